@@ -1,0 +1,127 @@
+#pragma once
+
+#include "ling/class.h"
+#include "ling/object_value.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <vector>
+
+namespace ling::internal {
+
+struct class_declarations;
+struct class_tables;
+
+/// Native behaviour of a class. Each entry is inherited by derived classes until one of them gives its own.
+struct class_hooks {
+    /// Makes an instance without arguments, one reference, of the given class or of one derived from it.
+    object_value* (*allocate)(object_value_class* klass) = nullptr;
+    /// Makes an instance from arguments; the default allocates one and calls its `$__init__`.
+    Any (*construct)(const Class_Generic& cls, std::span<const Any> arguments) = nullptr;
+    /// Calls an instance by position, in place of its method `$invoke`.
+    Any (*invoke)(const Any& self, std::span<const Any> arguments) = nullptr;
+    /// Runs when the last reference to an instance goes, while its fields are still whole, on that thread. No lock
+    /// of the runtime is held.
+    void (*finalize)(object_value_object& instance) = nullptr;
+};
+
+/// What the tables of a class answer for one name.
+struct found_member {
+    object_value* member = nullptr;         ///< Borrowed from the class, which keeps it as long as it lives.
+    object_value_class* definer = nullptr;  ///< The class that declares it.
+    bool classLevel = false;                ///< Takes no receiver.
+    explicit operator bool() const noexcept { return member != nullptr; }
+};
+
+/// The class itself, behind `Class_Generic`.
+///
+/// Look-ups read an immutable table that flattens the class and its ancestry: one probe, no lock. A change drops the
+/// table of the class and of all that derive from it, and the next look-up builds it again; tables that were once in
+/// use stay until the class dies, since a reader may still hold one.
+///
+/// The `..._unsafe` operations are for building a class: they may not run at the same time on one class.
+class LING_EXPORT object_value_class : public object_value {
+public:
+    explicit object_value_class(const String& name);
+
+    const String& name() const noexcept { return name_; }
+    std::span<object_value_class* const> ancestry() const;
+    bool isAncestor(const object_value_class* ancestor) const noexcept;
+    const class_hooks& hooks() const;  ///< With what is inherited.
+
+    /// Instance level: what a value of this class answers, class-level members of the class included.
+    found_member findMethod(const method_ident_untyped& id) const;
+    found_member findProperty(const property_ident_untyped& id) const;
+    /// Class level: what the class itself answers when it is the receiver.
+    found_member findClassMethod(const method_ident_untyped& id) const;
+    found_member findClassProperty(const property_ident_untyped& id) const;
+    /// The position of a declared field in an instance, or -1. Ancestors come first.
+    std::int64_t findField(const field_ident_untyped& id) const;
+    const Field* fieldAt(std::size_t position) const;
+    std::size_t fieldCount() const;
+
+    /// Adds a parent after those already there. None, or an error when it would make a class its own ancestor.
+    Any add_parent_unsafe(const Class_Generic& parent);
+    void add_field_unsafe(const field_ident_untyped& id, const Type& type, const String& doc);
+    void add_method_unsafe(const method_ident_untyped& id, object_value_class* definer, const I_Invokable_Generic& method);
+    void add_property_unsafe(const property_ident_untyped& id, object_value_class* definer, const Property& property);
+    void add_class_method_unsafe(const method_ident_untyped& id, object_value_class* definer,
+                                 const I_Invokable_Generic& method);
+    void add_class_property_unsafe(const property_ident_untyped& id, object_value_class* definer,
+                                   const Property& property);
+    void set_doc_unsafe(const String& doc);
+    void set_example_unsafe(Language language, const String& example);
+    void set_module_unsafe(const Module& module);
+    void set_hooks_unsafe(const class_hooks& hooks);  ///< Entries that are not null replace those of the class.
+    void set_generic_unsafe(const Class_Generic& generic, std::vector<Type> parameters);
+
+    /// The instance of this generic for `parameters`: made by the first caller, the same for all.
+    Class_Generic genericInstance(std::span<const Type> parameters);
+    /// Says how an instance of this generic is derived: called once per new instance to add its parents.
+    void set_generic_parents_unsafe(void (*addParents)(object_value_class* instance, std::span<const Type> parameters));
+
+    /// A class that is called makes an instance.
+    Any invoke(std::span<const Any> arguments) override;
+    /// What the class declares, for listings. Never null.
+    const class_declarations& declarations() const noexcept { return *declarations_; }
+    std::mutex& changeGuard() const noexcept { return changeGuard_; }
+
+protected:
+    ~object_value_class() override;
+
+private:
+    const class_tables& tables() const;
+    const class_tables& buildTables() const;
+    void changed();
+
+    String name_;
+    std::unique_ptr<class_declarations> declarations_;
+    mutable std::atomic<const class_tables*> tables_{nullptr};
+    mutable std::mutex changeGuard_;  // Guards declarations_ and the list of retired tables.
+};
+
+/// An instance of a class: its declared fields, and nothing else. Native classes derive their own data from it.
+class LING_EXPORT object_value_object : public object_value {
+public:
+    explicit object_value_object(object_value_class* klass);
+    ~object_value_object() override;
+
+    /// Copies a field under the object's guard. `position` comes from the class's `findField`.
+    Any field(std::size_t position) const;
+    void setField(std::size_t position, Any value);
+    Any invoke(std::span<const Any> arguments) override;
+
+protected:
+    void aboutToDie() noexcept override;
+
+private:
+    std::unique_ptr<Any[]> fields_;
+    std::size_t fieldCount_;
+};
+
+/// A class of the runtime itself, without members as yet: the start of the runtime adds them once all classes exist.
+LING_EXPORT Class_Generic native_class(const char* name, std::initializer_list<Class_Generic> parents);
+
+}  // namespace ling::internal

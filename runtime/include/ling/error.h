@@ -1,0 +1,85 @@
+#pragma once
+
+#include "ling/any.h"
+#include "ling/class_record.h"
+#include "ling/result.h"
+#include "ling/string.h"
+
+#include <utility>
+
+namespace ling {
+
+/// What went wrong, as a value.
+///
+/// An error built with the flag set is an error result: it travels in the place of the value that an operation could
+/// not give, and `is_error_result` finds it. Without the flag it is a plain value that can be stored and passed. Any
+/// class derived from `Error` makes errors; calling such a class with a message makes an error result.
+class LING_EXPORT Error : public Any {
+public:
+    explicit Error(const String& message, bool asResult = false);
+    /// An error of the class `cls`, which is `Error` or derived from it.
+    Error(const Class_Generic& cls, const String& message, bool asResult = true);
+
+    String message() const;
+    /// The error that led to this one, or none.
+    Any cause() const;
+    void setCause(const Any& cause) const;
+    /// The foreign exception that this error stands for, as its language gave it, or none.
+    Any exception() const;
+    void setException(const Any& exception) const;
+
+    /// Any error, flagged or not. Never fails on an error result for being one.
+    static Result<Error> cast(const Any& value);
+    static const Class_Generic& getClass();
+    static Type getType();
+};
+
+/// The end of an iteration: always an error result.
+class LING_EXPORT StopIteration : public Error {
+public:
+    StopIteration();
+    static Result<StopIteration> cast(const Any& value);
+    static const Class_Generic& getClass();
+    static Type getType();
+};
+
+namespace internal {
+
+/// The value is an error that stands for a failed operation.
+inline bool is_error_result(const Any& value) noexcept {
+    const object_value* object = value.object();
+    return object != nullptr && object->isErrorResult();
+}
+
+/// Resolves lazy values until something else is there: a value or an error result. External values are loaded.
+LING_EXPORT Any result_unwrap_lazy(Any value);
+
+/// The value itself, or what a lazy value, an external value or a weak reference stands for.
+LING_EXPORT Any unwrap(const Any& value);
+
+class LING_EXPORT object_value_error : public object_value_object {
+public:
+    object_value_error(object_value_class* klass, const String& message, bool asResult);
+
+    Any message() const { return locked(message_); }
+    Any cause() const { return locked(cause_); }
+    Any exception() const { return locked(exception_); }
+    void setMessage(Any message) { store(message_, std::move(message)); }
+    void setCause(Any cause) { store(cause_, std::move(cause)); }
+    void setException(Any exception) { store(exception_, std::move(exception)); }
+
+private:
+    Any locked(const Any& part) const;
+    void store(Any& part, Any value);
+
+    Any message_;
+    Any cause_;
+    Any exception_;
+};
+
+/// An error result of the class `Error`.
+inline Any failure(const String& message) { return Error(message, true); }
+
+}  // namespace internal
+
+}  // namespace ling

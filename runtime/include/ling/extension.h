@@ -1,0 +1,50 @@
+#pragma once
+
+#include "ling/any.h"
+#include "ling/string.h"
+
+#include <filesystem>
+#include <utility>
+#include <vector>
+
+namespace ling {
+
+/// When an initialisation handler runs. Handlers of one level run in the order they were queued.
+enum class InitLevel : std::uint8_t {
+    Classes = 1,        ///< Classes are defined.
+    Start = 2,          ///< Whatever has to run is started.
+    Documentation = 3,  ///< Modules are documented.
+    Functions = 4,      ///< Functions and properties are registered.
+};
+
+namespace internal {
+using init_handler = void (*)();
+/// Queues a handler. Extensions do so from their static initialisers. The caller's level decides, then the order.
+LING_EXPORT void add_init_handler(InitLevel level, init_handler handler);
+/// The queue itself, for a loader: not guarded, for the loading thread only.
+LING_EXPORT std::vector<std::pair<InitLevel, init_handler>>& init_handlers_unsafe();
+}  // namespace internal
+
+/// Runs the queued handlers level by level until the queue is empty. What a handler throws ends that handler only and
+/// is returned as text, one entry each.
+LING_EXPORT std::vector<String> run_init_handlers();
+
+/// What became of one file of an extensions directory.
+struct ExtensionReport {
+    std::filesystem::path file;
+    String problem;  ///< Empty when the extension is in use.
+};
+
+/// Loads every library (".so") of a directory, in the order of their names. Each one's entry function
+/// `quorvanta_extension_init` runs right after loading, then the handlers that it queued. A library without the entry
+/// function, or one that fails to load or throws, is reported and skipped. A directory that cannot be read is one
+/// report.
+LING_EXPORT std::vector<ExtensionReport> load_extensions(const std::filesystem::path& directory);
+
+/// Names the function that fetches resources of a URI scheme ("https"): called with (path, uri), it answers the bytes
+/// or an error result. A later registration replaces an earlier one.
+LING_EXPORT void register_scheme_provider(const String& scheme, const I_Invokable_Generic& provider);
+/// The bytes behind a URI, from the provider of its scheme, or an error result ("Unknown URI scheme: '{}'.").
+LING_EXPORT Any load_resource(const String& uri);
+
+}  // namespace ling

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "ling/export.h"
+#include "ling/forward.h"
+
+#include <cstddef>
+#include <functional>
+#include <string_view>
+
+namespace ling {
+
+namespace internal {
+
+/// The one record of a member name. Records are made once per name and live as long as the process, so two
+/// identifiers are the same name exactly when their records are the same object.
+struct LING_EXPORT identifier_data {
+    std::string_view utf8;  ///< NUL-terminated.
+    std::size_t hash;
+    const String* name;  ///< The same name as a string value.
+    bool isPrivate;      ///< Begins with "_": never shown to a guest language.
+};
+
+/// Finds or makes the record of a name. Takes a lock of the runtime for the look-up alone.
+LING_EXPORT const identifier_data& intern(std::string_view utf8);
+LING_EXPORT const identifier_data& intern(const String& name);
+
+}  // namespace internal
+
+/// The name of a member, interned. Compared by address; `name()` and `utf8()` read it back.
+class LING_EXPORT identifier {
+public:
+    const String& name() const noexcept { return *data_->name; }
+    std::string_view utf8() const noexcept { return data_->utf8; }
+    bool isPrivate() const noexcept { return data_->isPrivate; }
+    const internal::identifier_data* data() const noexcept { return data_; }
+    friend bool operator==(const identifier& a, const identifier& b) noexcept { return a.data_ == b.data_; }
+
+protected:
+    explicit identifier(const internal::identifier_data& data) noexcept : data_(&data) {}
+
+private:
+    const internal::identifier_data* data_;
+};
+
+/// Names of methods, properties and fields are kept apart by type, so that one is not passed for another.
+class LING_EXPORT method_ident_untyped : public identifier {
+public:
+    explicit method_ident_untyped(std::string_view utf8) : identifier(internal::intern(utf8)) {}
+    explicit method_ident_untyped(const String& name) : identifier(internal::intern(name)) {}
+    explicit method_ident_untyped(const ByteArray& utf8);
+    explicit method_ident_untyped(const internal::identifier_data& data) noexcept : identifier(data) {}
+};
+
+class LING_EXPORT property_ident_untyped : public identifier {
+public:
+    explicit property_ident_untyped(std::string_view utf8) : identifier(internal::intern(utf8)) {}
+    explicit property_ident_untyped(const String& name) : identifier(internal::intern(name)) {}
+    explicit property_ident_untyped(const ByteArray& utf8);
+    explicit property_ident_untyped(const internal::identifier_data& data) noexcept : identifier(data) {}
+};
+
+class LING_EXPORT field_ident_untyped : public identifier {
+public:
+    explicit field_ident_untyped(std::string_view utf8) : identifier(internal::intern(utf8)) {}
+    explicit field_ident_untyped(const String& name) : identifier(internal::intern(name)) {}
+    explicit field_ident_untyped(const ByteArray& utf8);
+    explicit field_ident_untyped(const internal::identifier_data& data) noexcept : identifier(data) {}
+};
+
+}  // namespace ling

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "ling/any.h"
+#include "ling/class.h"
+#include "ling/result.h"
+
+/// The small interfaces: what a value can say about itself.
+
+namespace ling {
+
+/// Values that never change: their hash and order go by content, and they may be keys.
+class LING_EXPORT I_Immutable : public Any {
+public:
+    static Result<I_Immutable> cast(const Any& value);
+    static const Class_Generic& getClass();
+};
+
+/// Values that make sense in this process only and are never written out.
+class LING_EXPORT I_RuntimeOnly : public Any {
+public:
+    static const Class_Generic& getClass();
+};
+
+class LING_EXPORT I_HasDoc : public Any {
+public:
+    String doc() const;  ///< Empty when the property cannot be read as text.
+    static Result<I_HasDoc> cast(const Any& value);
+    static const Class_Generic& getClass();
+    static const property_ident_untyped $$doc;
+};
+
+class LING_EXPORT I_HasName : public Any {
+public:
+    String name() const;
+    static Result<I_HasName> cast(const Any& value);
+    static const Class_Generic& getClass();
+    static const property_ident_untyped $$name;
+};
+
+/// Functions that know the code they run, as their language represents it.
+class LING_EXPORT I_HasCode : public Any {
+public:
+    Any code() const;
+    static Result<I_HasCode> cast(const Any& value);
+    static const Class_Generic& getClass();
+    static const property_ident_untyped $$code;
+};
+
+/// Values that can turn themselves into instances of other classes.
+class LING_EXPORT I_Convertible : public Any {
+public:
+    /// The value as an instance of `target`, or an error result when there is no such conversion.
+    Any tryInto(const Class_Generic& target) const;
+    static Result<I_Convertible> cast(const Any& value);
+    static const Class_Generic& getClass();
+    static const method_ident_untyped $tryInto;
+};
+
+/// What a language plug-in offers the runtime and the other languages. The members are class-level: the class itself
+/// answers them, and so does the one object that `$$instance` gives.
+class LING_EXPORT I_Language : public Any {
+public:
+    static Result<I_Language> cast(const Any& value);
+    static const Class_Generic& getClass();
+    static const method_ident_untyped $evaluate, $evaluateExpression, $evaluateMethod;
+    static const method_ident_untyped $toCode, $typeName, $fromNativeClass, $toNativeClass;
+    static const property_ident_untyped $$canEvaluate, $$instance;
+};
+
+}  // namespace ling

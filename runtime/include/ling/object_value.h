@@ -1,0 +1,77 @@
+#pragma once
+
+#include "ling/export.h"
+#include "ling/forward.h"
+#include "ling/kind.h"
+#include "ling/spin_lock.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace ling::internal {
+
+struct object_extras;
+
+/// Everything a `ling::Any` can point to: strings, containers, functions, classes, objects.
+///
+/// The count is intrusive and atomic; an object starts with one reference, which its maker owns, and is deleted
+/// on whichever thread drops the last one. Long chains of objects are taken apart without deep recursion.
+/// A value's storage is guarded by `guard()`, one byte, for a few instructions at a time.
+class LING_EXPORT object_value {
+public:
+    /// `klass` is borrowed and kept alive by the new object. Null stands for the native class of the kind, and,
+    /// for `Kind::Object`, marks an object that is itself a class.
+    explicit object_value(Kind kind, object_value_class* klass = nullptr) noexcept;
+    object_value(const object_value&) = delete;
+    object_value& operator=(const object_value&) = delete;
+
+    Kind kind() const noexcept { return kind_; }
+    /// The class given at construction, borrowed, or null for a native one. See `raw_class_of` for the answer
+    /// that is never null.
+    object_value_class* ownClass() const noexcept { return class_; }
+
+    void retain() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
+    void release() noexcept {
+        if (count_.fetch_sub(1, std::memory_order_release) == 1)
+            destroy();
+    }
+    /// Takes a reference unless the last one is already gone. For weak references, under their own guard.
+    bool retainIfAlive() noexcept;
+
+    /// True for an error that was built to travel as the result of a failed operation.
+    bool isErrorResult() const noexcept { return errorResult_; }
+
+    /// The value itself; a weak reference answers its target, or none when that is gone.
+    virtual Any lock();
+    /// Calls the value by position. `arguments` are borrowed. An error result when it cannot be called.
+    virtual Any invoke(std::span<const Any> arguments);
+
+    spin_lock& guard() const noexcept { return guard_; }
+    /// Members of this one object and its weak-reference anchor, made on first use. Null until then for `find`.
+    object_extras* findExtras() const noexcept { return extras_.load(std::memory_order_acquire); }
+    object_extras& ensureExtras();
+
+protected:
+    virtual ~object_value();
+    /// Runs once, when the last reference is gone and before any destructor: the object is still whole.
+    virtual void aboutToDie() noexcept {}
+    void markErrorResult(bool flag) noexcept { errorResult_ = flag; }
+
+private:
+    void destroy() noexcept;
+    void dismantle() noexcept;
+
+    std::atomic<std::uint32_t> count_{1};
+    const Kind kind_;
+    bool errorResult_ = false;
+    mutable spin_lock guard_;
+    object_value_class* const class_;
+    std::atomic<object_extras*> extras_{nullptr};
+};
+
+/// How many object values are alive in this process. Tests hold it against its value at their start.
+LING_EXPORT std::size_t live_object_count() noexcept;
+
+}  // namespace ling::internal
