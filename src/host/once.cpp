@@ -1,0 +1,43 @@
+#include "host/once.h"
+
+#include <Python.h>
+
+namespace ling::python {
+
+void Once::runAction(void (*action)(void*), void* context) {
+    for (;;) {
+        State seen = State::Idle;
+        if (state_.compare_exchange_strong(seen, State::Running, std::memory_order_acquire))
+            return runAsOwner(action, context);
+        if (seen == State::Done || owner_.load(std::memory_order_relaxed) == std::this_thread::get_id())
+            return;
+        wait();
+    }
+}
+
+void Once::runAsOwner(void (*action)(void*), void* context) {
+    struct Finish {
+        Once& once;
+        State state = State::Idle;
+        ~Finish() { once.finish(state); }
+    } finish{*this};
+    owner_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+    action(context);
+    finish.state = State::Done;
+}
+
+void Once::finish(State state) noexcept {
+    owner_.store(std::thread::id(), std::memory_order_relaxed);
+    state_.store(state, std::memory_order_release);
+    state_.notify_all();
+}
+
+void Once::wait() noexcept {
+    // Not PyGILState_Check: that one answers "yes" everywhere once the process has had a sub-interpreter.
+    PyThreadState* held = PyThreadState_GetUnchecked() != nullptr ? PyEval_SaveThread() : nullptr;
+    state_.wait(State::Running, std::memory_order_acquire);
+    if (held != nullptr)
+        PyEval_RestoreThread(held);
+}
+
+}  // namespace ling::python

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <thread>
+#include <type_traits>
+
+namespace ling::python {
+
+/// One-time initialisation that may run Python.
+///
+/// A function-local `static` of C++ cannot do that: its guard is a hidden mutex. A thread that waits for it with the
+/// interpreter lock held, while the initialiser wants that lock, waits for ever. Here a waiter gives the lock up for as
+/// long as it waits. An initialiser that comes back to its own `Once`, on the same thread, finds it done.
+///
+/// For namespace-scope objects: construction costs nothing at run time, and nothing is left to destroy.
+class Once {
+public:
+    constexpr Once() noexcept = default;
+    Once(const Once&) = delete;
+    Once& operator=(const Once&) = delete;
+
+    /// Runs `action` if no call before has finished it; returns when it is finished, or at once when called from
+    /// within the action. If the action throws, the next caller runs it. The lock may be held or not: it is in the
+    /// same state afterwards, but may have been given up in between.
+    template <class Action>
+    void run(Action&& action) {
+        if (!isDone())
+            runAction([](void* context) { (*static_cast<std::remove_reference_t<Action>*>(context))(); },
+                      const_cast<void*>(static_cast<const void*>(&action)));
+    }
+    bool isDone() const noexcept { return state_.load(std::memory_order_acquire) == State::Done; }
+
+private:
+    enum class State : std::uint32_t { Idle, Running, Done };
+
+    void runAction(void (*action)(void*), void* context);
+    void runAsOwner(void (*action)(void*), void* context);
+    void finish(State state) noexcept;
+    void wait() noexcept;
+
+    std::atomic<State> state_{State::Idle};
+    std::atomic<std::thread::id> owner_{};  // Who runs the action. Only its own thread compares equal.
+};
+
+}  // namespace ling::python
