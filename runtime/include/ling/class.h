@@ -79,7 +79,8 @@ public:
     static Result<Class_Generic> cast(const Any& value);
     static const Class_Generic& getClass();
     static Type getType();
-    static Class_Generic share(internal::object_value_class* record);
+    static Class_Generic share(internal::object_value_class* record);  ///< Adds a reference.
+    static Class_Generic adopt(internal::object_value_class* record);  ///< Takes the caller's reference over.
 
     friend bool operator==(const Class_Generic& a, const Class_Generic& b) noexcept { return a.isSameAs(b); }
 

@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <string_view>
 #include <vector>
 
@@ -60,6 +59,7 @@ public:
     /// The position of a declared field in an instance, or -1. Ancestors come first.
     std::int64_t findField(const field_ident_untyped& id) const;
     const Field* fieldAt(std::size_t position) const;
+    field_ident_untyped fieldIdentifier(std::size_t position) const;
     std::size_t fieldCount() const;
 
     /// Adds a parent after those already there. None, or an error when it would make a class its own ancestor.
@@ -77,6 +77,8 @@ public:
     void set_hooks_unsafe(const class_hooks& hooks);  ///< Entries that are not null replace those of the class.
     void set_generic_unsafe(const Class_Generic& generic, std::vector<Type> parameters);
 
+    void set_interface_unsafe();  ///< The class has no instances of its own; classes that derive from it may.
+
     /// The instance of this generic for `parameters`: made by the first caller, the same for all.
     Class_Generic genericInstance(std::span<const Type> parameters);
     /// Says how an instance of this generic is derived: called once per new instance to add its parents.
@@ -84,22 +86,22 @@ public:
 
     /// A class that is called makes an instance.
     Any invoke(std::span<const Any> arguments) override;
-    /// What the class declares, for listings. Never null.
+    /// The method by which the class answers look-ups itself, when it overrides the protocol of `Any`.
+    const found_member& methodProtocol() const;
+    const found_member& propertyProtocol() const;
+    /// What the class declares itself, for the listings of `Class_Generic`.
     const class_declarations& declarations() const noexcept { return *declarations_; }
-    std::mutex& changeGuard() const noexcept { return changeGuard_; }
 
 protected:
     ~object_value_class() override;
 
 private:
+    friend struct class_structure;
     const class_tables& tables() const;
-    const class_tables& buildTables() const;
-    void changed();
 
     String name_;
-    std::unique_ptr<class_declarations> declarations_;
+    const std::unique_ptr<class_declarations> declarations_;  // Guarded by the one lock of the class structure.
     mutable std::atomic<const class_tables*> tables_{nullptr};
-    mutable std::mutex changeGuard_;  // Guards declarations_ and the list of retired tables.
 };
 
 /// An instance of a class: its declared fields, and nothing else. Native classes derive their own data from it.

@@ -45,6 +45,7 @@ private:
 /// Names of methods, properties and fields are kept apart by type, so that one is not passed for another.
 class LING_EXPORT method_ident_untyped : public identifier {
 public:
+    explicit method_ident_untyped(const char* utf8) : identifier(internal::intern(std::string_view(utf8))) {}
     explicit method_ident_untyped(std::string_view utf8) : identifier(internal::intern(utf8)) {}
     explicit method_ident_untyped(const String& name) : identifier(internal::intern(name)) {}
     explicit method_ident_untyped(const ByteArray& utf8);
@@ -53,6 +54,7 @@ public:
 
 class LING_EXPORT property_ident_untyped : public identifier {
 public:
+    explicit property_ident_untyped(const char* utf8) : identifier(internal::intern(std::string_view(utf8))) {}
     explicit property_ident_untyped(std::string_view utf8) : identifier(internal::intern(utf8)) {}
     explicit property_ident_untyped(const String& name) : identifier(internal::intern(name)) {}
     explicit property_ident_untyped(const ByteArray& utf8);
@@ -61,6 +63,7 @@ public:
 
 class LING_EXPORT field_ident_untyped : public identifier {
 public:
+    explicit field_ident_untyped(const char* utf8) : identifier(internal::intern(std::string_view(utf8))) {}
     explicit field_ident_untyped(std::string_view utf8) : identifier(internal::intern(utf8)) {}
     explicit field_ident_untyped(const String& name) : identifier(internal::intern(name)) {}
     explicit field_ident_untyped(const ByteArray& utf8);

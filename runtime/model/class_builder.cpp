@@ -1,0 +1,84 @@
+#include "ling/class_builder.h"
+
+#include "ling/error.h"
+#include "ling/module.h"
+
+namespace ling::internal {
+
+namespace {
+
+/// A step of a builder that fails is a programming error: it is told and left out.
+void tellFailure(const Any& outcome) {
+    if (is_error_result(outcome))
+        assertion_log(String(u"[class_builder] ") + unchecked<Error>(outcome).message());
+}
+
+void claim(const I_Invokable_Generic& method, object_value_class* klass) {
+    if (method.is(Kind::Function))
+        static_cast<object_value_function*>(method.object())->setDefiningClass(klass);
+}
+
+}  // namespace
+
+class_builder::class_builder(std::string_view name, std::string_view module)
+    : class_(Class_Generic::adopt(new object_value_class(String(name)))), module_(module) {}
+
+class_builder& class_builder::parent(const Class_Generic& parent) {
+    tellFailure(class_.record()->add_parent_unsafe(parent));
+    return *this;
+}
+
+class_builder& class_builder::doc(std::string_view utf8) {
+    class_.record()->set_doc_unsafe(String(utf8));
+    return *this;
+}
+
+class_builder& class_builder::example(Language language, std::string_view utf8) {
+    class_.record()->set_example_unsafe(language, String(utf8));
+    return *this;
+}
+
+class_builder& class_builder::hooks(const class_hooks& hooks) {
+    class_.record()->set_hooks_unsafe(hooks);
+    return *this;
+}
+
+class_builder& class_builder::field(const field_ident_untyped& id, const Type& type, std::string_view doc) {
+    class_.record()->add_field_unsafe(id, type, String(doc));
+    return *this;
+}
+
+class_builder& class_builder::method(const method_ident_untyped& id, const I_Invokable_Generic& method) {
+    claim(method, class_.record());
+    class_.record()->add_method_unsafe(id, class_.record(), method);
+    return *this;
+}
+
+class_builder& class_builder::property(const property_ident_untyped& id, const property_builder_base& property) {
+    class_.record()->add_property_unsafe(id, class_.record(), property.build());
+    return *this;
+}
+
+class_builder& class_builder::classMethod(const method_ident_untyped& id, const I_Invokable_Generic& method) {
+    claim(method, class_.record());
+    class_.record()->add_class_method_unsafe(id, class_.record(), method);
+    return *this;
+}
+
+class_builder& class_builder::classProperty(const property_ident_untyped& id,
+                                            const property_builder_base& property) {
+    class_.record()->add_class_property_unsafe(id, class_.record(), property.build());
+    return *this;
+}
+
+Class_Generic class_builder::build() {
+    if (class_.parents().empty() && !(class_ == Any::getClass()))
+        class_.record()->add_parent_unsafe(Any::getClass());
+    if (!module_.isEmpty())
+        tellFailure(register_class(module_.toStdString(), class_));
+    return class_;
+}
+
+class_builder extend_class(const Class_Generic& cls) { return class_builder(cls); }
+
+}  // namespace ling::internal

@@ -1,0 +1,340 @@
+#include "ling/class_record.h"
+
+#include "ling/error.h"
+#include "ling/list.h"
+#include "ling/members.h"
+#include "model/class_tables.h"
+#include "model/define.h"
+
+#include <algorithm>
+#include <mutex>
+
+namespace ling::internal {
+
+/// The one lock of the class structure, and what is done under it. Changing a class is rare, and a change of one class
+/// reaches its descendants and reads its ancestors, so one lock for all of them is the simple order. No reference is
+/// dropped and no foreign code runs under it.
+struct class_structure {
+    static std::mutex& guard() {
+        static std::mutex& mutex = *new std::mutex;
+        return mutex;
+    }
+
+    static const class_tables& tablesLocked(const object_value_class* klass) {
+        if (const class_tables* present = klass->tables_.load(std::memory_order_acquire))
+            return *present;
+        std::unique_ptr<class_tables> built = build_tables(const_cast<object_value_class*>(klass), &tablesLocked);
+        const class_tables* tables = built.get();
+        klass->declarations_->retired.push_back(std::move(built));
+        klass->tables_.store(tables, std::memory_order_release);
+        return *tables;
+    }
+
+    static void invalidate(object_value_class* klass) {
+        if (klass->tables_.exchange(nullptr, std::memory_order_acq_rel) == nullptr)
+            return;  // Without tables of its own it cannot have children that have any.
+        for (object_value_class* child : klass->declarations_->children)
+            invalidate(child);
+    }
+
+    /// Changes the declarations of a class; `change` answers what it replaced, to be dropped outside the lock.
+    template <class Change>
+    static void change(object_value_class* klass, Change&& change) {
+        [[maybe_unused]] Any replaced;
+        std::lock_guard hold(guard());
+        replaced = change(*klass->declarations_);
+        invalidate(klass);
+    }
+
+    static void removeChild(object_value_class* parent, object_value_class* child) {
+        std::vector<object_value_class*>& children = parent->declarations_->children;
+        children.erase(std::remove(children.begin(), children.end(), child), children.end());
+    }
+};
+
+namespace {
+
+template <class Identifier>
+Any addMember(std::vector<declared_member<Identifier>>& members, const Identifier& id, object_value_class* definer,
+              const Any& member) {
+    for (declared_member<Identifier>& present : members)
+        if (present.id == id) {
+            present.definer = definer;
+            return std::exchange(present.member, member);
+        }
+    members.push_back({id, member, definer});
+    return Any();
+}
+
+object_value* allocateObject(object_value_class* klass) { return new object_value_object(klass); }
+
+}  // namespace
+
+object_value_class::object_value_class(const String& name)
+    : object_value(Kind::Object), name_(name), declarations_(std::make_unique<class_declarations>()) {}
+
+object_value_class::~object_value_class() {
+    std::lock_guard hold(class_structure::guard());
+    for (const Class_Generic& parent : declarations_->parents)
+        class_structure::removeChild(parent.record(), this);
+}
+
+const class_tables& object_value_class::tables() const {
+    if (const class_tables* present = tables_.load(std::memory_order_acquire))
+        return *present;
+    std::lock_guard hold(class_structure::guard());
+    return class_structure::tablesLocked(this);
+}
+
+std::span<object_value_class* const> object_value_class::ancestry() const { return tables().ancestry; }
+
+bool object_value_class::isAncestor(const object_value_class* ancestor) const noexcept {
+    if (ancestor == this)
+        return true;
+    const std::vector<object_value_class*>& all = tables().ancestry;
+    return std::find(all.begin(), all.end(), ancestor) != all.end();
+}
+
+const class_hooks& object_value_class::hooks() const { return tables().hooks; }
+
+found_member object_value_class::findMethod(const method_ident_untyped& id) const { return tables().methods.find(id); }
+found_member object_value_class::findProperty(const property_ident_untyped& id) const {
+    return tables().properties.find(id);
+}
+found_member object_value_class::findClassMethod(const method_ident_untyped& id) const {
+    return tables().classMethods.find(id);
+}
+found_member object_value_class::findClassProperty(const property_ident_untyped& id) const {
+    return tables().classProperties.find(id);
+}
+const found_member& object_value_class::methodProtocol() const { return tables().methodProtocol; }
+const found_member& object_value_class::propertyProtocol() const { return tables().propertyProtocol; }
+
+std::int64_t object_value_class::findField(const field_ident_untyped& id) const {
+    const std::vector<declared_field>& fields = tables().fields;
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        if (fields[i].id == id)
+            return static_cast<std::int64_t>(i);
+    return -1;
+}
+
+const Field* object_value_class::fieldAt(std::size_t position) const {
+    const std::vector<declared_field>& fields = tables().fields;
+    return position < fields.size() ? &fields[position].field : nullptr;
+}
+
+field_ident_untyped object_value_class::fieldIdentifier(std::size_t position) const {
+    return tables().fields[position].id;
+}
+
+std::size_t object_value_class::fieldCount() const { return tables().fields.size(); }
+
+Any object_value_class::add_parent_unsafe(const Class_Generic& parent) {
+    if (parent.record() == this || parent.record()->isAncestor(this))
+        return failure(String(u"A class cannot be its own ancestor: '{}'.").arg(name_));
+    class_structure::change(this, [&](class_declarations& own) {
+        if (std::find(own.parents.begin(), own.parents.end(), parent) == own.parents.end()) {
+            own.parents.push_back(parent);
+            parent.record()->declarations_->children.push_back(this);
+        }
+        return Any();
+    });
+    return Any();
+}
+
+void object_value_class::add_field_unsafe(const field_ident_untyped& id, const Type& type, const String& doc) {
+    class_structure::change(this, [&](class_declarations& own) {
+        own.fields.push_back({id, {type, doc}});
+        return Any();
+    });
+}
+
+void object_value_class::add_method_unsafe(const method_ident_untyped& id, object_value_class* definer,
+                                           const I_Invokable_Generic& method) {
+    class_structure::change(this,
+                            [&](class_declarations& own) { return addMember(own.methods, id, definer, method); });
+}
+
+void object_value_class::add_property_unsafe(const property_ident_untyped& id, object_value_class* definer,
+                                             const Property& property) {
+    class_structure::change(this,
+                            [&](class_declarations& own) { return addMember(own.properties, id, definer, property); });
+}
+
+void object_value_class::add_class_method_unsafe(const method_ident_untyped& id, object_value_class* definer,
+                                                 const I_Invokable_Generic& method) {
+    class_structure::change(this,
+                            [&](class_declarations& own) { return addMember(own.classMethods, id, definer, method); });
+}
+
+void object_value_class::add_class_property_unsafe(const property_ident_untyped& id, object_value_class* definer,
+                                                   const Property& property) {
+    class_structure::change(
+        this, [&](class_declarations& own) { return addMember(own.classProperties, id, definer, property); });
+}
+
+void object_value_class::set_doc_unsafe(const String& doc) {
+    class_structure::change(this, [&](class_declarations& own) { return std::exchange(own.doc, doc); });
+}
+
+void object_value_class::set_example_unsafe(Language language, const String& example) {
+    class_structure::change(this, [&](class_declarations& own) {
+        return std::exchange(own.examples[static_cast<std::size_t>(language)], example);
+    });
+}
+
+void object_value_class::set_module_unsafe(const Module& module) {
+    class_structure::change(this, [&](class_declarations& own) { return std::exchange(own.module, module); });
+}
+
+void object_value_class::set_interface_unsafe() {
+    class_structure::change(this, [](class_declarations& own) {
+        own.isInterface = true;
+        return Any();
+    });
+}
+
+void object_value_class::set_hooks_unsafe(const class_hooks& hooks) {
+    class_structure::change(this, [&](class_declarations& own) {
+        if (hooks.allocate != nullptr)
+            own.hooks.allocate = hooks.allocate;
+        if (hooks.construct != nullptr)
+            own.hooks.construct = hooks.construct;
+        if (hooks.invoke != nullptr)
+            own.hooks.invoke = hooks.invoke;
+        if (hooks.finalize != nullptr)
+            own.hooks.finalize = hooks.finalize;
+        return Any();
+    });
+}
+
+void object_value_class::set_generic_unsafe(const Class_Generic& generic, std::vector<Type> parameters) {
+    class_structure::change(this, [&](class_declarations& own) {
+        own.parameters = std::move(parameters);
+        return std::exchange(own.generic, generic);
+    });
+}
+
+void object_value_class::set_generic_parents_unsafe(void (*addParents)(object_value_class*, std::span<const Type>)) {
+    class_structure::change(this, [&](class_declarations& own) {
+        own.addGenericParents = addParents;
+        return Any();
+    });
+}
+
+namespace {
+
+Class_Generic findInstance(const class_declarations& generic, std::span<const Type> parameters) {
+    for (const Class_Generic& instance : generic.instances)
+        if (std::ranges::equal(instance.record()->declarations().parameters, parameters))
+            return instance;
+    return Class_Generic();
+}
+
+String instanceName(const String& generic, std::span<const Type> parameters) {
+    string_builder name;
+    name.append(generic).append("<");
+    for (std::size_t i = 0; i < parameters.size(); ++i)
+        name.append(i == 0 ? "" : ", ").append(parameters[i].toString());
+    return name.append(">").build();
+}
+
+}  // namespace
+
+Class_Generic object_value_class::genericInstance(std::span<const Type> parameters) {
+    const Class_Generic generic = Class_Generic::share(this);
+    auto present = [&] {
+        std::lock_guard hold(class_structure::guard());
+        return findInstance(*declarations_, parameters);
+    }();
+    if (!present.isNone())
+        return present;
+
+    auto* made = new object_value_class(instanceName(name_, parameters));
+    const Class_Generic instance = Class_Generic::adopt(made);
+    made->add_parent_unsafe(generic);
+    made->set_generic_unsafe(generic, {parameters.begin(), parameters.end()});
+    if (declarations_->addGenericParents != nullptr)
+        declarations_->addGenericParents(made, parameters);
+    made->set_doc_unsafe(declarations_->doc);
+    made->set_module_unsafe(generic.parentModule());
+    if (declarations_->isInterface)
+        made->set_interface_unsafe();
+
+    std::lock_guard hold(class_structure::guard());
+    present = findInstance(*declarations_, parameters);  // Another thread may have been faster.
+    if (!present.isNone())
+        return present;
+    declarations_->instances.push_back(instance);
+    return instance;
+}
+
+Any object_value_class::invoke(std::span<const Any> arguments) {
+    return Class_Generic::share(this).construct(arguments);
+}
+
+object_value_object::object_value_object(object_value_class* klass)
+    : object_value(Kind::Object, klass), fieldCount_(klass->fieldCount()) {
+    if (fieldCount_ != 0)
+        fields_ = std::make_unique<Any[]>(fieldCount_);
+}
+
+object_value_object::~object_value_object() = default;
+
+void object_value_object::aboutToDie() noexcept {
+    if (auto finalize = ownClass()->hooks().finalize)
+        finalize(*this);
+}
+
+Any object_value_object::field(std::size_t position) const {
+    // A class that gained a field after this instance was made reads as none here.
+    std::lock_guard hold(guard());
+    return position < fieldCount_ ? fields_[position] : Any();
+}
+
+void object_value_object::setField(std::size_t position, Any value) {
+    std::lock_guard hold(guard());
+    if (position < fieldCount_)
+        fields_[position].swap(value);
+    // The old value dies with the parameter, after the guard.
+}
+
+Any object_value_object::invoke(std::span<const Any> arguments) {
+    const Any self = Any::share(this);
+    if (auto invoke = ownClass()->hooks().invoke)
+        return invoke(self, arguments);
+    if (!ownClass()->findMethod(I_Invokable_Generic::$invoke))
+        return object_value::invoke(arguments);
+    const Any list = List_Generic(std::vector<Any>(arguments.begin(), arguments.end()));
+    return self.callMethod(I_Invokable_Generic::$invoke, {list});
+}
+
+namespace {
+
+/// The root gives every class plain objects as its instances, unless a class says otherwise.
+Class_Generic makeRoot() {
+    auto* root = new object_value_class(u"Any");
+    root->set_hooks_unsafe({.allocate = &allocateObject});
+    return Class_Generic::adopt(root);
+}
+
+}  // namespace
+
+const Class_Generic& rootClass() {
+    static const Class_Generic& root = *new Class_Generic(makeRoot());
+    return root;
+}
+
+Class_Generic native_class(const char* name, std::initializer_list<Class_Generic> parents) {
+    auto* made = new object_value_class(String(name));
+    const Class_Generic cls = Class_Generic::adopt(made);
+    for (const Class_Generic& parent : parents)
+        made->add_parent_unsafe(parent);
+    if (parents.size() == 0)
+        made->add_parent_unsafe(rootClass());
+    if (std::string_view(name).starts_with("I_"))
+        made->set_interface_unsafe();
+    return cls;
+}
+
+}  // namespace ling::internal

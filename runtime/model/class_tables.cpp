@@ -1,0 +1,142 @@
+#include "model/class_tables.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace ling::internal {
+
+const found_member member_table::kAbsent;
+
+member_table::member_table(std::size_t count)
+    : mask_(std::bit_ceil(count * 2 + 1) - 1), slots_(std::make_unique<slot[]>(mask_ + 1)) {}
+
+void member_table::addUnlessPresent(const identifier& id, const found_member& member) {
+    std::size_t index = id.data()->hash & mask_;
+    while (slots_[index].key != nullptr) {
+        if (slots_[index].key == id.data())
+            return;
+        index = (index + 1) & mask_;
+    }
+    slots_[index] = {id.data(), member};
+    kept_.push_back(Any::share(member.member));
+}
+
+namespace {
+
+using Ancestry = std::vector<object_value_class*>;
+
+bool standsBehindAnother(const object_value_class* candidate, const std::vector<Ancestry>& lists) {
+    return std::any_of(lists.begin(), lists.end(), [candidate](const Ancestry& list) {
+        return std::find(list.begin() + (list.empty() ? 0 : 1), list.end(), candidate) != list.end();
+    });
+}
+
+/// The first class that heads a list and waits for no other. Null when the parents' orders contradict each other.
+object_value_class* nextInOrder(const std::vector<Ancestry>& lists) {
+    for (const Ancestry& list : lists)
+        if (!list.empty() && !standsBehindAnother(list.front(), lists))
+            return list.front();
+    return nullptr;
+}
+
+void takeOut(object_value_class* taken, std::vector<Ancestry>& lists) {
+    for (Ancestry& list : lists)
+        list.erase(std::remove(list.begin(), list.end(), taken), list.end());
+}
+
+/// Each class before its parents, parents in the order of declaration. Where the parents' own orders contradict each
+/// other, as foreign class systems may have it, the first list wins instead of refusing the class.
+Ancestry linearise(object_value_class* klass, std::vector<Ancestry> lists) {
+    Ancestry order{klass};
+    takeOut(klass, lists);
+    while (true) {
+        object_value_class* next = nextInOrder(lists);
+        if (next == nullptr) {
+            auto open = std::find_if(lists.begin(), lists.end(), [](const Ancestry& list) { return !list.empty(); });
+            if (open == lists.end())
+                return order;
+            next = open->front();
+        }
+        order.push_back(next);
+        takeOut(next, lists);
+    }
+}
+
+void inherit(class_hooks& hooks, const class_hooks& from) {
+    if (hooks.allocate == nullptr)
+        hooks.allocate = from.allocate;
+    if (hooks.construct == nullptr)
+        hooks.construct = from.construct;
+    if (hooks.invoke == nullptr)
+        hooks.invoke = from.invoke;
+    if (hooks.finalize == nullptr)
+        hooks.finalize = from.finalize;
+}
+
+/// Ancestors first, so that a field keeps its place in every derived class.
+void addFields(std::vector<declared_field>& all, const std::vector<declared_field>& own) {
+    for (const declared_field& field : own) {
+        auto same = std::find_if(all.begin(), all.end(), [&](const declared_field& f) { return f.id == field.id; });
+        if (same == all.end())
+            all.push_back(field);
+        else
+            same->field = field.field;
+    }
+}
+
+template <class Members>
+std::size_t countMembers(const Ancestry& ancestry, Members class_declarations::*list) {
+    std::size_t count = 0;
+    for (const object_value_class* ancestor : ancestry)
+        count += (ancestor->declarations().*list).size();
+    return count;
+}
+
+template <class Members>
+void addMembers(member_table& table, const Ancestry& ancestry, Members class_declarations::*list, bool classLevel) {
+    for (object_value_class* ancestor : ancestry)
+        for (const auto& declared : ancestor->declarations().*list)
+            table.addUnlessPresent(declared.id, {declared.member.object(), declared.definer, classLevel});
+}
+
+void fillMembers(class_tables& tables) {
+    const Ancestry& ancestry = tables.ancestry;
+    const std::size_t classMethods = countMembers(ancestry, &class_declarations::classMethods);
+    const std::size_t classProperties = countMembers(ancestry, &class_declarations::classProperties);
+    tables.classMethods = member_table(classMethods);
+    tables.classProperties = member_table(classProperties);
+    tables.methods = member_table(classMethods + countMembers(ancestry, &class_declarations::methods));
+    tables.properties = member_table(classProperties + countMembers(ancestry, &class_declarations::properties));
+    addMembers(tables.classMethods, ancestry, &class_declarations::classMethods, true);
+    addMembers(tables.classProperties, ancestry, &class_declarations::classProperties, true);
+    addMembers(tables.methods, ancestry, &class_declarations::methods, false);
+    addMembers(tables.methods, ancestry, &class_declarations::classMethods, true);
+    addMembers(tables.properties, ancestry, &class_declarations::properties, false);
+    addMembers(tables.properties, ancestry, &class_declarations::classProperties, true);
+    tables.methodProtocol = tables.methods.find(Any::$__method__);
+    tables.propertyProtocol = tables.methods.find(Any::$__property__);
+}
+
+}  // namespace
+
+std::unique_ptr<class_tables> build_tables(object_value_class* klass,
+                                           const class_tables& (*tablesOf)(const object_value_class*)) {
+    auto tables = std::make_unique<class_tables>();
+    const class_declarations& own = klass->declarations();
+    std::vector<Ancestry> lists;
+    Ancestry parents;
+    for (const Class_Generic& parent : own.parents) {
+        lists.push_back(tablesOf(parent.record()).ancestry);
+        parents.push_back(parent.record());
+    }
+    lists.push_back(parents);
+    tables->ancestry = linearise(klass, std::move(lists));
+    for (const object_value_class* ancestor : tables->ancestry)
+        inherit(tables->hooks, ancestor->declarations().hooks);
+    for (auto ancestor = tables->ancestry.rbegin(); ancestor != tables->ancestry.rend(); ++ancestor)
+        addFields(tables->fields, (*ancestor)->declarations().fields);
+    fillMembers(*tables);
+    return tables;
+}
+
+}  // namespace ling::internal

@@ -1,0 +1,388 @@
+#include "ling/function.h"
+
+#include "ling/class_builder.h"
+#include "ling/class_record.h"
+#include "ling/error.h"
+#include "ling/interfaces.h"
+#include "ling/list.h"
+#include "ling/members.h"
+#include "model/argument_frame.h"
+#include "model/binding.h"
+#include "model/define.h"
+
+#include <algorithm>
+#include <mutex>
+
+namespace ling {
+
+namespace internal {
+
+Any object_value_function::setParameterDefaults(std::span<const Any>) {
+    return failure(String(u"The defaults of '{}' cannot be changed.").arg(name()));
+}
+
+void object_value_function::setDefiningClass(object_value_class* klass) noexcept {
+    definingClass_.store(klass, std::memory_order_release);
+}
+
+namespace {
+
+bool isVariadic(const Signature& signature) {
+    const std::vector<Parameter>& parameters = signature.parameters();
+    return !parameters.empty() && parameters.back().mode() == ParameterMode::VariadicPositional;
+}
+
+constexpr std::size_t kNeverExact = static_cast<std::size_t>(-1);
+
+}  // namespace
+
+object_value_native_function::object_value_native_function(String name, Signature signature, String doc,
+                                                           bool independent)
+    : name_(std::move(name)),
+      doc_(std::move(doc)),
+      signature_(std::move(signature)),
+      exactCount_(isVariadic(signature_) ? kNeverExact : signature_.parameters().size()),
+      independent_(independent) {}
+
+Result<Signature> object_value_native_function::signature() const {
+    std::lock_guard hold(guard());
+    return signature_;
+}
+
+Any object_value_native_function::setParameterDefaults(std::span<const Any> defaults) {
+    Signature present = *signature();
+    std::vector<Parameter> parameters = present.parameters();
+    if (defaults.size() > parameters.size())
+        return failure(String(u"Too many defaults for '{}': {} for {} parameters.")
+                           .arg(name_, defaults.size(), parameters.size()));
+    const std::size_t first = parameters.size() - defaults.size();
+    for (std::size_t i = 0; i < defaults.size(); ++i)
+        parameters[first + i] = parameters[first + i].withDefault(defaults[i]);
+    Signature changed(std::move(parameters), present.resultType());
+    std::lock_guard hold(guard());
+    signature_.swap(changed);
+    return Any();
+    // The signature that was replaced dies after the guard: it is declared before it.
+}
+
+Any object_value_native_function::invokeAdjusted(std::span<const Any> arguments) {
+    const Signature known = *signature();
+    const std::vector<Parameter>& parameters = known.parameters();
+    const std::size_t named = parameters.size() - (isVariadic(known) ? 1 : 0);
+    if (arguments.size() > named)
+        return named == parameters.size() ? superfluousArgument(name_, parameters.size(), arguments)
+                                          : call(arguments);
+    argument_frame frame(named);
+    frame.addAll(arguments);
+    for (std::size_t i = arguments.size(); i < named; ++i) {
+        if (!parameters[i].hasDefault())
+            return missingArgument(name_, parameters[i].name());
+        frame.add(parameters[i].defaultValue());
+    }
+    return call(frame);
+}
+
+Any object_value_native_function::argumentError(std::size_t index, const Any& found) const {
+    const Signature known = *signature();
+    const Parameter& parameter = known.parameters()[std::min(index, known.parameters().size() - 1)];
+    return failure(String(u"Argument '{}' of '{}' must be of type '{}', not '{}'.")
+                       .arg(parameter.name(), name_, parameter.type().toString(), qualname(raw_class_of(found))));
+}
+
+namespace {
+
+/// A function with its leading arguments already supplied.
+class object_value_bound_function final : public object_value_function {
+public:
+    object_value_bound_function(I_Invokable_Generic target, std::span<const Any> leading)
+        : target_(std::move(target)), leading_(leading.begin(), leading.end()) {}
+
+    Any invoke(std::span<const Any> arguments) override {
+        argument_frame frame(leading_.size() + arguments.size());
+        frame.addAll(leading_);
+        frame.addAll(arguments);
+        return target_.invoke(frame);
+    }
+    String name() const override { return nameOf(target_); }
+    String doc() const override { return docOf(target_); }
+    bool isIndependent() const noexcept override { return true; }
+
+    Result<Signature> signature() const override {
+        Result<Signature> whole = target_.signature();
+        if (!whole)
+            return whole;
+        const std::vector<Parameter>& all = whole->parameters();
+        std::vector<Parameter> open;
+        for (std::size_t i = 0; i < all.size(); ++i)
+            if (i >= leading_.size() || all[i].mode() == ParameterMode::VariadicPositional)
+                open.push_back(all[i]);
+        return Signature(std::move(open), whole->resultType());
+    }
+
+private:
+    const I_Invokable_Generic target_;
+    const std::vector<Any> leading_;
+};
+
+object_value_function* functionRecord(const Any& value) noexcept {
+    return value.is(Kind::Function) ? static_cast<object_value_function*>(value.object()) : nullptr;
+}
+
+}  // namespace
+
+String nameOf(const Any& invokable) {
+    if (const object_value_function* function = functionRecord(invokable))
+        return function->name();
+    const Any name = invokable.propertyValue(I_HasName::$$name);
+    return String::cast(name).valueOr(qualname(invokable));
+}
+
+String docOf(const Any& invokable) {
+    if (const object_value_function* function = functionRecord(invokable))
+        return function->doc();
+    return String::cast(invokable.propertyValue(I_HasDoc::$$doc)).valueOr(String());
+}
+
+Signature native_signature(std::string_view names, std::span<const Type> types, bool rest, bool withReceiver,
+                           const Type& result) {
+    std::vector<Parameter> parameters;
+    std::vector<String> given = String(names).split(u",");
+    for (std::size_t i = 0; i < types.size(); ++i) {
+        const bool receiver = withReceiver && i == 0;
+        const std::size_t position = withReceiver ? i - 1 : i;
+        String name = !receiver && position < given.size() ? given[position].trimmed() : String();
+        if (receiver)
+            name = u"self";
+        else if (name.isEmpty())
+            name = String(u"arg{}").arg(position + 1);
+        const bool variadic = rest && i + 1 == types.size();
+        parameters.emplace_back(name, types[i],
+                                variadic ? ParameterMode::VariadicPositional : ParameterMode::Ordinary);
+    }
+    return Signature(std::move(parameters), result);
+}
+
+}  // namespace internal
+
+using internal::functionRecord;
+using internal::nameOf;
+
+Any I_Invokable_Generic::notInvokable() const {
+    return internal::failure(String(u"The value is not callable: {}.").arg(*this));
+}
+
+Any I_Invokable_Generic::invokeWith(const I_Sequence_Generic& arguments) const {
+    Result<List_Generic> list = arguments.collectImpl();
+    if (!list)
+        return list.error();
+    return invoke(list->copyItems());
+}
+
+Any I_Invokable_Generic::invokeWith(const I_Map_Generic& arguments) const { return invokeWith({}, arguments); }
+
+Any I_Invokable_Generic::invokeWith(std::span<const Any> positional, const I_Map_Generic& named) const {
+    return internal::invoke_by_name(*this, positional, named);
+}
+
+Result<Signature> I_Invokable_Generic::signature() const {
+    if (const internal::object_value_function* function = functionRecord(*this))
+        return function->signature();
+    return Signature::cast(propertyValue($$signature));
+}
+
+Type I_Invokable_Generic::resultType() const {
+    if (Result<Class_Generic> cls = Class_Generic::cast(*this))
+        return Type(*cls);
+    if (functionRecord(*this) == nullptr)
+        if (Result<Type> type = Type::cast(propertyValue($$resultType)))
+            return *type;
+    Result<Signature> known = signature();
+    return known ? known->resultType() : Untyped::getType();
+}
+
+std::int64_t I_Invokable_Generic::parameterCount() const {
+    if (functionRecord(*this) == nullptr)
+        if (Result<Integer> count = Integer::cast(propertyValue($$parameterCount)))
+            return count->value();
+    Result<Signature> known = signature();
+    return known ? static_cast<std::int64_t>(known->parameters().size()) : 0;
+}
+
+bool I_Invokable_Generic::isIndependent() const {
+    if (const internal::object_value_function* function = functionRecord(*this))
+        return function->isIndependent();
+    // What is called without being a function of the runtime brings its own receiver, unless it says otherwise.
+    Result<Boolean> answer = Boolean::cast(propertyValue($$independent));
+    return !answer || answer->value();
+}
+
+I_Invokable_Generic I_Invokable_Generic::bindArgsImpl(std::span<const Any> leading) const {
+    return FunctionCL_Generic::adopt(new internal::object_value_bound_function(*this, leading));
+}
+
+Result<I_Invokable_Generic> I_Invokable_Generic::cast(const Any& value) {
+    if (functionRecord(value) != nullptr)
+        return unchecked<I_Invokable_Generic>(value);
+    return internal::cast_handle<I_Invokable_Generic>(value);
+}
+
+const Class_Generic& I_Invokable_Generic::getClass() {
+    static const Class_Generic& cls = *new Class_Generic(
+        internal::native_class("I_Invokable", {I_HasName::getClass(), I_HasDoc::getClass()}));
+    return cls;
+}
+Type I_Invokable_Generic::getType() { return Type(getClass()); }
+
+const method_ident_untyped I_Invokable_Generic::$invoke{"invoke"};
+const property_ident_untyped I_Invokable_Generic::$$signature{"signature"};
+const property_ident_untyped I_Invokable_Generic::$$resultType{"resultType"};
+const property_ident_untyped I_Invokable_Generic::$$parameterCount{"parameterCount"};
+const property_ident_untyped I_Invokable_Generic::$$independent{"independent"};
+const property_ident_untyped I_Invokable_Generic::$$definingClass{"definingClass"};
+const property_ident_untyped I_Invokable_Generic::$$defaults{"defaults"};
+
+Any FunctionCL_Generic::setParameterDefaults(const List_Generic& defaults) const {
+    return setParameterDefaults(std::span<const Any>(defaults.copyItems()));
+}
+Result<FunctionCL_Generic> FunctionCL_Generic::cast(const Any& value) {
+    if (functionRecord(value) != nullptr)
+        return unchecked<FunctionCL_Generic>(value);
+    return Result<FunctionCL_Generic>::failure(internal::cast_error(value, getClass()));
+}
+const Class_Generic& FunctionCL_Generic::getClass() {
+    static const Class_Generic& cls =
+        *new Class_Generic(internal::native_class("Function", {I_Invokable_Generic::getClass()}));
+    return cls;
+}
+Type FunctionCL_Generic::getType() { return Type(getClass()); }
+
+namespace internal {
+
+namespace {
+
+List_Generic defaultsOf(const Signature& signature) {
+    List_Generic defaults;
+    for (const Parameter& parameter : signature.parameters())
+        if (parameter.hasDefault())
+            defaults.append(parameter.defaultValue());
+    return defaults;
+}
+
+Any definingClassOf(const FunctionCL_Generic& function) {
+    return Class_Generic::share(function.record()->definingClass());
+}
+
+void defineFunctionMembers() {
+    extend_class(FunctionCL_Generic::getClass())
+        .doc("A function of the runtime.")
+        .property(I_HasName::$$name, property_builder()
+                                         .getter([](const FunctionCL_Generic& self) { return nameOf(self); })
+                                         .doc("The name of the function."))
+        .property(I_HasDoc::$$doc, property_builder()
+                                       .getter([](const FunctionCL_Generic& self) { return docOf(self); })
+                                       .doc("What the function does."))
+        .property(I_Invokable_Generic::$$signature,
+                  property_builder()
+                      .getter([](const FunctionCL_Generic& self) { return self.signature(); })
+                      .doc("Its parameters and the type of its result."))
+        .property(I_Invokable_Generic::$$defaults,
+                  property_builder()
+                      .getter([](const FunctionCL_Generic& self) -> Any {
+                          Result<Signature> signature = self.signature();
+                          return signature ? defaultsOf(*signature) : signature.error();
+                      })
+                      .setter([](const FunctionCL_Generic& self, const List_Generic& defaults) {
+                          return self.setParameterDefaults(defaults);
+                      })
+                      .doc("The default values of its last parameters."))
+        .property(I_Invokable_Generic::$$definingClass, property_builder()
+                                                            .getter(&definingClassOf)
+                                                            .doc("The class that declares it as a method, or none."))
+        .build();
+}
+
+void defineInvokableMembers() {
+    extend_class(I_Invokable_Generic::getClass())
+        .doc("What can be called.")
+        .method(
+            "invokeWith", "arguments",
+            [](const I_Invokable_Generic& self, const Any& arguments) -> Any {
+                if (Result<I_Map_Generic> named = I_Map_Generic::cast(arguments))
+                    return self.invokeWith(*named);
+                Result<I_Sequence_Generic> positional = I_Sequence_Generic::cast(arguments);
+                return positional ? self.invokeWith(*positional) : positional.error();
+            },
+            "Calls it with a list of arguments, or with a map of arguments by name.")
+        .method(
+            "bindArgs", "arguments",
+            [](const I_Invokable_Generic& self, std::span<const Any> leading) { return self.bindArgsImpl(leading); },
+            "A function that calls this one with the given arguments in front of its own.")
+        .property(I_Invokable_Generic::$$resultType,
+                  property_builder()
+                      .getter([](const I_Invokable_Generic& self) -> Any {
+                          Result<Signature> signature = Signature::cast(
+                              self.propertyValue(I_Invokable_Generic::$$signature));
+                          return signature ? signature->resultType() : Untyped::getType();
+                      })
+                      .doc("The type of its result."))
+        .property(I_Invokable_Generic::$$parameterCount,
+                  property_builder()
+                      .getter([](const I_Invokable_Generic& self) -> Any {
+                          Result<Signature> signature = Signature::cast(
+                              self.propertyValue(I_Invokable_Generic::$$signature));
+                          return signature ? Any(signature->parameters().size()) : Any(0);
+                      })
+                      .doc("How many parameters it has."))
+        .build();
+    extend_class(FunctionCL_Generic::getClass())
+        .property(I_Invokable_Generic::$$independent,
+                  property_builder()
+                      .getter([](const FunctionCL_Generic& self) { return self.isIndependent(); })
+                      .doc("Whether it is called without a receiver in front."))
+        .build();
+}
+
+void defineSignatureMembers() {
+    extend_class(Signature::getClass())
+        .doc("The parameters of a function and the type of its result.")
+        .property("parameters",
+                  property_builder()
+                      .getter([](const Signature& self) {
+                          return List_Generic(std::vector<Any>(self.parameters().begin(), self.parameters().end()));
+                      })
+                      .doc("The parameters, in order."))
+        .property("resultType", property_builder()
+                                    .getter([](const Signature& self) { return self.resultType(); })
+                                    .doc("The type of the result."))
+        .method(Any::$__display__, "", [](const Signature& self) { return self.toString(); })
+        .build();
+    extend_class(Parameter::getClass())
+        .doc("One parameter of a function.")
+        .property(I_HasName::$$name, property_builder()
+                                         .getter([](const Parameter& self) { return self.name(); })
+                                         .doc("The name of the parameter."))
+        .property("type", property_builder()
+                              .getter([](const Parameter& self) { return self.type(); })
+                              .doc("The type of values it accepts."))
+        .property("hasDefault", property_builder()
+                                    .getter([](const Parameter& self) { return self.hasDefault(); })
+                                    .doc("Whether it may be left out."))
+        .property("defaultValue", property_builder()
+                                      .getter([](const Parameter& self) { return self.defaultValue(); })
+                                      .doc("The value it has when it is left out, or none."))
+        .method(Any::$__display__, "",
+                [](const Parameter& self) { return self.toString(kSignatureTypes | kSignatureDefaults); })
+        .build();
+}
+
+}  // namespace
+
+void define_function_members() {
+    defineInvokableMembers();
+    defineFunctionMembers();
+    defineSignatureMembers();
+}
+
+}  // namespace internal
+
+}  // namespace ling

@@ -1,0 +1,62 @@
+#include "ling/identifier.h"
+
+#include "ling/byte_array.h"
+#include "ling/string.h"
+
+#include <mutex>
+#include <shared_mutex>
+#include <string>
+#include <unordered_map>
+
+namespace ling {
+
+namespace internal {
+
+namespace {
+
+/// Every name that was ever used as an identifier. Never shrinks: names are those of members, which are few.
+class identifier_table {
+public:
+    const identifier_data& findOrMake(std::string_view utf8) {
+        {
+            std::shared_lock reading(guard_);
+            if (auto found = names_.find(utf8); found != names_.end())
+                return *found->second;
+        }
+        std::unique_lock writing(guard_);
+        if (auto found = names_.find(utf8); found != names_.end())
+            return *found->second;
+        const identifier_data* made = make(utf8);
+        names_.emplace(made->utf8, made);
+        return *made;
+    }
+
+private:
+    static const identifier_data* make(std::string_view utf8) {
+        const auto* text = new std::string(utf8);
+        // The bits of a text's hash are mixed once here, since tables of members use the low ones as they are.
+        const std::uint64_t mixed = std::hash<std::string_view>{}(utf8) * 0x9E3779B97F4A7C15ULL;
+        return new identifier_data{*text, static_cast<std::size_t>(mixed ^ (mixed >> 32)),
+                                   new String(String::fromUTF8(utf8)), utf8.starts_with('_')};
+    }
+
+    std::shared_mutex guard_;
+    std::unordered_map<std::string_view, const identifier_data*> names_;
+};
+
+identifier_table& identifiers() {
+    static identifier_table& table = *new identifier_table;
+    return table;
+}
+
+}  // namespace
+
+const identifier_data& intern(std::string_view utf8) { return identifiers().findOrMake(utf8); }
+
+}  // namespace internal
+
+method_ident_untyped::method_ident_untyped(const ByteArray& utf8) : identifier(internal::intern(utf8.view())) {}
+property_ident_untyped::property_ident_untyped(const ByteArray& utf8) : identifier(internal::intern(utf8.view())) {}
+field_ident_untyped::field_ident_untyped(const ByteArray& utf8) : identifier(internal::intern(utf8.view())) {}
+
+}  // namespace ling

@@ -1,0 +1,96 @@
+#include "ling/object_value.h"
+
+#include "ling/class_record.h"
+#include "ling/error.h"
+#include "values/extras.h"
+
+#include <utility>
+
+namespace ling::internal {
+
+namespace {
+
+std::atomic<std::size_t> liveObjects{0};
+
+/// Objects whose last reference went while another object was being taken apart this deep on the same thread wait
+/// in a chain, so that a list nested a million deep does not need a million stack frames.
+struct deferred_deaths {
+    static constexpr int kDeepest = 48;
+    int depth;
+    object_value* first;
+};
+
+// Without a destructor: values in statics may die after a thread's locals are gone.
+thread_local deferred_deaths deferredDeaths{0, nullptr};
+
+}  // namespace
+
+object_extras::~object_extras() {
+    delete ownMembers.load(std::memory_order_relaxed);
+    if (weak_anchor* held = anchor.load(std::memory_order_relaxed))
+        held->release();
+}
+
+object_value::object_value(Kind kind, object_value_class* klass) noexcept : kind_(kind), class_(klass) {
+    liveObjects.fetch_add(1, std::memory_order_relaxed);
+    if (class_ != nullptr)
+        class_->retain();
+}
+
+object_value::~object_value() {
+    delete extras_.load(std::memory_order_relaxed);
+    if (class_ != nullptr)
+        class_->release();
+    liveObjects.fetch_sub(1, std::memory_order_relaxed);
+}
+
+bool object_value::retainIfAlive() noexcept {
+    std::uint32_t count = count_.load(std::memory_order_relaxed);
+    while (count != 0)
+        if (count_.compare_exchange_weak(count, count + 1, std::memory_order_relaxed))
+            return true;
+    return false;
+}
+
+object_extras& object_value::ensureExtras() {
+    if (object_extras* present = findExtras())
+        return *present;
+    return *publish(extras_, new object_extras, [](object_extras* late) { delete late; });
+}
+
+Any object_value::lock() { return Any::share(this); }
+
+Any object_value::invoke(std::span<const Any>) { return failure(String(u"The value is not callable: {}.").arg(Any::share(this))); }
+
+void object_value::destroy() noexcept {
+    // Pairs with the releases of all other owners: what they wrote to the object is seen here.
+    (void)count_.load(std::memory_order_acquire);
+    deferred_deaths& deaths = deferredDeaths;
+    if (deaths.depth >= deferred_deaths::kDeepest) {
+        ensureExtras().nextDead = std::exchange(deaths.first, this);
+        return;
+    }
+    ++deaths.depth;
+    dismantle();
+    while (deaths.depth == 1 && deaths.first != nullptr) {
+        object_value* next = deaths.first;
+        deaths.first = next->findExtras()->nextDead;
+        next->dismantle();
+    }
+    --deaths.depth;
+}
+
+void object_value::dismantle() noexcept {
+    if (object_extras* extras = findExtras())
+        if (weak_anchor* anchor = extras->anchor.load(std::memory_order_acquire))
+            anchor->detach();
+    // The object is whole while its class's finaliser looks at it, so it needs a reference to hand out; one that the
+    // finaliser keeps would outlive the object and is the finaliser's error.
+    count_.store(1, std::memory_order_relaxed);
+    aboutToDie();
+    delete this;
+}
+
+std::size_t live_object_count() noexcept { return liveObjects.load(std::memory_order_relaxed); }
+
+}  // namespace ling::internal
