@@ -4,12 +4,22 @@
 
 namespace ling::python {
 
+namespace {
+
+/// An address that no other living thread has.
+const void* thisThread() noexcept {
+    thread_local const char mark = 0;
+    return &mark;
+}
+
+}  // namespace
+
 void Once::runAction(void (*action)(void*), void* context) {
     for (;;) {
         State seen = State::Idle;
         if (state_.compare_exchange_strong(seen, State::Running, std::memory_order_acquire))
             return runAsOwner(action, context);
-        if (seen == State::Done || owner_.load(std::memory_order_relaxed) == std::this_thread::get_id())
+        if (seen == State::Done || owner_.load(std::memory_order_relaxed) == thisThread())
             return;
         wait();
     }
@@ -21,13 +31,13 @@ void Once::runAsOwner(void (*action)(void*), void* context) {
         State state = State::Idle;
         ~Finish() { once.finish(state); }
     } finish{*this};
-    owner_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+    owner_.store(thisThread(), std::memory_order_relaxed);
     action(context);
     finish.state = State::Done;
 }
 
 void Once::finish(State state) noexcept {
-    owner_.store(std::thread::id(), std::memory_order_relaxed);
+    owner_.store(nullptr, std::memory_order_relaxed);
     state_.store(state, std::memory_order_release);
     state_.notify_all();
 }

@@ -2,8 +2,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <thread>
-#include <type_traits>
 
 namespace ling::python {
 
@@ -25,9 +23,10 @@ public:
     /// same state afterwards, but may have been given up in between.
     template <class Action>
     void run(Action&& action) {
-        if (!isDone())
-            runAction([](void* context) { (*static_cast<std::remove_reference_t<Action>*>(context))(); },
-                      const_cast<void*>(static_cast<const void*>(&action)));
+        if (isDone())
+            return;
+        auto call = [&action] { action(); };
+        runAction([](void* context) { (*static_cast<decltype(call)*>(context))(); }, &call);
     }
     bool isDone() const noexcept { return state_.load(std::memory_order_acquire) == State::Done; }
 
@@ -40,7 +39,7 @@ private:
     void wait() noexcept;
 
     std::atomic<State> state_{State::Idle};
-    std::atomic<std::thread::id> owner_{};  // Who runs the action. Only its own thread compares equal.
+    std::atomic<const void*> owner_{nullptr};  // Which thread runs the action.
 };
 
 }  // namespace ling::python

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "ling/error.h"
+#include "ling/hash_containers.h"
+#include "ling/list.h"
+#include "ling/module.h"
+#include "ling/native_function.h"
+
+#include <initializer_list>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+/// What the plug-in needs of the runtime beyond the names that every host's runtime has, in one place.
+///
+/// A host's own runtime is to take the place of the one this plug-in was built with. The port begins here: each line
+/// says in one expression what has to be found again over there. Nothing else of the plug-in knows how these are done.
+namespace ling::python::platform {
+
+/// An error result with a text of ours.
+inline ling::Any failure(const ling::String& message) { return ling::Error(message, true); }
+
+/// The text in the wide form that `PyConfig` takes.
+inline std::wstring wideText(const ling::String& text) { return text.toWide(); }
+/// Where the last `unit` stands in `text`, or -1.
+inline std::int64_t lastIndexOf(const ling::String& text, char16_t unit) { return text.lastIndexOf({&unit, 1}); }
+
+/// The items of a list as they are now.
+inline std::vector<ling::Any> itemsOf(const ling::List_Generic& list) { return list.copyItems(); }
+
+/// A new map with `entries` in it, in this order.
+inline ling::Map_Generic makeMap(std::initializer_list<std::pair<ling::Any, ling::Any>> entries = {}) {
+    return ling::Map_Generic(std::span<const std::pair<ling::Any, ling::Any>>(entries.begin(), entries.size()));
+}
+
+/// A function from native code; `names` lists its parameters, separated by commas.
+template <class Code>
+ling::FunctionCL_Generic makeFunction(std::string_view name, std::string_view names, Code&& code,
+                                      std::string_view doc = {}) {
+    return ling::make_function(name, names, std::forward<Code>(code), doc);
+}
+
+/// Puts a module that we made into the host's tree, under its own name. None, or an error result.
+inline ling::Any registerModule(const ling::Module& module) { return ling::internal::register_module(module); }
+
+/// One line for the host's log, about something that went wrong where nobody waits for a result.
+inline void report(const ling::String& line) { ling::internal::assertion_log(line); }
+
+}  // namespace ling::python::platform

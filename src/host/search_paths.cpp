@@ -1,0 +1,79 @@
+#include "host/search_paths.h"
+
+#include "bridge/convert.h"
+#include "host/entry.h"
+#include "host/names.h"
+#include "host/py_ref.h"
+
+#include <climits>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+
+namespace ling::python {
+
+namespace {
+
+constexpr std::string_view kSitePackages = "/site-packages";
+constexpr std::string_view kStandardLibrary = "/python3/lib/python313.zip";
+
+bool isArchive(const std::filesystem::directory_entry& entry) {
+    return entry.is_regular_file() && entry.path().extension() == ".zip";
+}
+
+void addPath(const std::string& path) { (void)addSysPathOnce(ling::String(path)); }
+
+/// Appends unless an equal item is there. What fails in between leaves the list as it is and is forgotten.
+void appendOnce(PyObject* list, const ling::String& path) {
+    PyRef text = PyRef::steal(toPython(path));
+    if (!text || PySequence_Contains(list, text.get()) != 0 || PyList_Append(list, text.get()) != 0)
+        PyErr_Clear();
+}
+
+}  // namespace
+
+const ling::List_Generic& pendingSysPaths() {
+    static const ling::List_Generic& paths = *new ling::List_Generic(ling::List_Generic::empty());
+    return paths;
+}
+
+std::string ownDirectory() {
+    Dl_info info;
+    if (dladdr(reinterpret_cast<const void*>(&ownDirectory), &info) == 0)
+        return {};
+    char resolved[PATH_MAX] = "";
+    static_assert(sizeof(resolved) == 4096);
+    (void)realpath(info.dli_fname, resolved);  // A failure shows as a path that holds nothing.
+    const std::string file(resolved);
+    return file.substr(0, file.rfind('/'));
+}
+
+void addOwnSearchPaths() {
+    const std::string directory = ownDirectory();
+    const std::string packages = directory + std::string(kSitePackages);
+    for (const auto& entry : std::filesystem::directory_iterator(packages)) {
+        if (isArchive(entry))
+            addPath(entry.path().string());
+    }
+    addPath(packages);
+    addPath(directory + std::string(kStandardLibrary));
+}
+
+ling::Any addSysPathOnce(const ling::String& path) {
+    if (Py_IsInitialized() == 0) {
+        pendingSysPaths().append(path);
+        return {};
+    }
+    PythonEntry entry;
+    PyRef sys = PyRef::steal(PyImport_ImportModule(names::sys.text()));
+    if (!sys)
+        return takePythonError();
+    PyRef list = PyRef::steal(attribute(sys.get(), names::path));
+    if (list && PyList_Check(list.get()))
+        appendOnce(list.get(), path);
+    else
+        PyErr_Clear();
+    return {};
+}
+
+}  // namespace ling::python

@@ -1,0 +1,13 @@
+#pragma once
+
+namespace ling::python {
+
+/// What follows the start of an interpreter of our own: the `ling` module "python" with its documentation, its icon
+/// and the modules exported under it. Answers whether the start goes on: not when something that is no module has the
+/// name already.
+bool setUpPythonModule();
+
+/// What follows every start: the class `LanguagePython`, once per process, and the scheme providers.
+void setUpLanguage();
+
+}  // namespace ling::python
