@@ -4,6 +4,7 @@
 #include "ling/class.h"
 #include "ling/function.h"
 
+#include <concepts>
 #include <cstdint>
 #include <string_view>
 #include <tuple>
@@ -14,7 +15,7 @@
 ///
 ///     auto add = make_function("add", "a, b", [](std::int64_t a, std::int64_t b) { return a + b; }, "Adds.");
 ///
-/// A parameter may be `const Any&`, a handle type, `bool`, `std::int64_t`, `double` or `std::span<const Any>` (last:
+/// A parameter may be `const Any&`, a handle type, `bool`, any integer type, `double` or `std::span<const Any>` (last:
 /// all arguments that remain). A result may be any of the values, `Result<T>` or `void` (none).
 
 namespace ling::internal {
@@ -36,11 +37,13 @@ struct argument<bool> {
         return value.is(Kind::Boolean) ? Result<bool>(value.asBoolean()) : Result<bool>::failure(Any());
     }
 };
-template <>
-struct argument<std::int64_t> {
+/// Any integer type; a value that it cannot hold is refused.
+template <std::integral T>
+struct argument<T> {
     static Type type() { return Integer::getType(); }
-    static Result<std::int64_t> read(const Any& value) {
-        return value.is(Kind::Integer) ? Result<std::int64_t>(value.asInteger()) : Result<std::int64_t>::failure(Any());
+    static Result<T> read(const Any& value) {
+        const bool fits = value.is(Kind::Integer) && std::in_range<T>(value.asInteger());
+        return fits ? Result<T>(static_cast<T>(value.asInteger())) : Result<T>::failure(Any());
     }
 };
 template <>

@@ -1,0 +1,221 @@
+#include "ling/ling.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace ling {
+namespace {
+
+using internal::defclass_impl;
+using internal::object_value_class;
+using internal::property_builder;
+
+Class_Generic plainClass(const char* name, std::initializer_list<Class_Generic> parents = {}) {
+    internal::class_builder builder = defclass_impl(name, "");
+    for (const Class_Generic& parent : parents)
+        builder.parent(parent);
+    return builder.build();
+}
+
+String names(const std::vector<Class_Generic>& classes) {
+    string_builder text;
+    for (const Class_Generic& cls : classes)
+        text.append(text.length() == 0 ? "" : " ").append(cls.name());
+    return text.build();
+}
+
+String messageOf(const Any& value) {
+    EXPECT_TRUE(internal::is_error_result(value)) << display(value).toStdString();
+    Result<Error> error = Error::cast(value);
+    return error ? error->message() : String();
+}
+
+TEST(Class, AncestryPutsEachClassBeforeItsParents) {
+    const Class_Generic top = plainClass("Top");
+    const Class_Generic left = plainClass("Left", {top});
+    const Class_Generic right = plainClass("Right", {top});
+    const Class_Generic bottom = plainClass("Bottom", {left, right});
+    EXPECT_EQ(names(bottom.ancestry()), u"Bottom Left Right Top Any");
+    EXPECT_TRUE(bottom.isAncestor(top));
+    EXPECT_TRUE(bottom.isAncestor(bottom));
+    EXPECT_FALSE(top.isAncestor(bottom));
+}
+
+TEST(Class, ContradictingOrdersStillGiveEveryAncestorOnce) {
+    const Class_Generic a = plainClass("A");
+    const Class_Generic b = plainClass("B");
+    const Class_Generic ab = plainClass("AB", {a, b});
+    const Class_Generic ba = plainClass("BA", {b, a});
+    EXPECT_EQ(names(plainClass("Both", {ab, ba}).ancestry()), u"Both AB BA A B Any");
+}
+
+TEST(Class, RefusesToBecomeItsOwnAncestor) {
+    const Class_Generic parent = plainClass("Parent");
+    const Class_Generic child = plainClass("Child", {parent});
+    EXPECT_EQ(messageOf(parent.record()->add_parent_unsafe(child)), u"A class cannot be its own ancestor: 'Parent'.");
+    EXPECT_EQ(messageOf(parent.record()->add_parent_unsafe(parent)), u"A class cannot be its own ancestor: 'Parent'.");
+    EXPECT_EQ(names(parent.ancestry()), u"Parent Any");
+}
+
+TEST(Class, ChangesReachDescendantsAndTheirInstances) {
+    const Class_Generic parent = plainClass("Parent");
+    const Class_Generic child = plainClass("Child", {parent});
+    const Any instance = child.allocateInstance();
+    const method_ident_untyped $late("late");
+    EXPECT_EQ(messageOf(instance.callMethod($late)), u"Method 'late' not found in: <Child>.");
+    parent.record()->add_method_unsafe($late, parent.record(), make_method("late", "", [](const Any&) { return 1; }));
+    EXPECT_TRUE(instance.callMethod($late).isSameAs(Any(1)));
+    parent.record()->add_method_unsafe($late, parent.record(), make_method("late", "", [](const Any&) { return 2; }));
+    EXPECT_TRUE(instance.callMethod($late).isSameAs(Any(2)));
+    child.record()->add_method_unsafe($late, child.record(), make_method("late", "", [](const Any&) { return 3; }));
+    EXPECT_TRUE(instance.callMethod($late).isSameAs(Any(3)));
+    EXPECT_TRUE(parent.allocateInstance().callMethod($late).isSameAs(Any(2)));
+}
+
+TEST(Class, LookUpsGoOnWhileTheClassChanges) {
+    const Class_Generic cls = plainClass("Busy");
+    const method_ident_untyped $steady("steady");
+    cls.record()->add_method_unsafe($steady, cls.record(), make_method("steady", "", [](const Any&) { return 7; }));
+    const Any instance = cls.allocateInstance();
+    std::atomic<bool> done{false};
+    std::thread reader([&] {
+        while (!done)
+            EXPECT_TRUE(instance.callMethod($steady).isSameAs(Any(7)));
+    });
+    for (int i = 0; i < 300; ++i)
+        cls.record()->add_method_unsafe(method_ident_untyped(String(u"m{}").arg(i)), cls.record(),
+                                        make_method("m", "", [](const Any&) { return 0; }));
+    done = true;
+    reader.join();
+    EXPECT_EQ(cls.methods(Inherited::No).size(), 301u);
+}
+
+TEST(Class, FieldsKeepTheirPlaceInDerivedClassesAndCheckTypes) {
+    const field_ident_untyped $name("name");
+    const field_ident_untyped $count("count");
+    const Class_Generic base = defclass_impl("Base", "").field($name, String::getType(), "What it is called.").build();
+    const Class_Generic derived = defclass_impl("Derived", "").parent(base).field($count, Integer::getType()).build();
+    EXPECT_EQ(derived.fields(Inherited::Yes).size(), 2u);
+    EXPECT_EQ(derived.definedField($name)->doc, u"What it is called.");
+    const Any instance = derived.allocateInstance();
+    EXPECT_TRUE(instance.fieldValue($count).isNone());
+    EXPECT_TRUE(instance.setFieldValue($name, String(u"x")).isNone());
+    EXPECT_EQ(display(instance.fieldValue($name)), u"x");
+    EXPECT_EQ(messageOf(instance.setFieldValue($count, String(u"many"))),
+              u"Field 'count' takes a value of type 'Integer', not 'ling.String'.");
+    EXPECT_EQ(messageOf(instance.fieldValue(field_ident_untyped("absent"))), u"Field 'absent' not found in: <Derived>.");
+    EXPECT_EQ(messageOf(Any(1).fieldValue($name)), u"Field 'name' not found in: 1.");
+}
+
+TEST(Class, ClassLevelMembersAnswerOnTheClassAndOnInstances) {
+    const Class_Generic cls = defclass_impl("Counter", "")
+                                  .classMethod("start", "", [] { return std::int64_t{10}; })
+                                  .classProperty(property_ident_untyped("limit"), property_builder().value(Any(99)))
+                                  .property("size", property_builder().getter([](const Any&) { return std::int64_t{3}; }))
+                                  .build();
+    const Any instance = cls.allocateInstance();
+    for (const Any& receiver : {Any(cls), instance}) {
+        EXPECT_TRUE(receiver.callMethod(method_ident_untyped("start")).isSameAs(Any(10)));
+        EXPECT_TRUE(receiver.propertyValue(property_ident_untyped("limit")).isSameAs(Any(99)));
+    }
+    EXPECT_TRUE(instance.propertyValue(property_ident_untyped("size")).isSameAs(Any(3)));
+    EXPECT_EQ(messageOf(Any(cls).propertyValue(property_ident_untyped("size"))),
+              u"Property 'size' not found in: Counter.");
+    EXPECT_EQ(display(Any(cls).propertyValue(I_HasName::$$name)), u"Counter");
+}
+
+TEST(Class, CallingMakesAnInstanceThroughItsInitialiser) {
+    const field_ident_untyped $size("size");
+    const Class_Generic cls = defclass_impl("Sized", "")
+                                  .field($size)
+                                  .method(Any::$__init__, "size",
+                                          [$size](const Any& self, std::int64_t size) -> Any {
+                                              return size < 0 ? internal::failure(u"Too small.")
+                                                              : self.setFieldValue($size, size);
+                                          })
+                                  .build();
+    EXPECT_TRUE(cls(4).fieldValue($size).isSameAs(Any(4)));
+    EXPECT_EQ(messageOf(cls(-1)), u"Too small.");
+    EXPECT_EQ(messageOf(cls()), u"Missing argument 'size' of '__init__'.");
+    const std::pair<Any, Any> named[] = {{String(u"size"), Any(5)}};
+    EXPECT_TRUE(cls.invokeWith(Map_Generic(named)).fieldValue($size).isSameAs(Any(5)));
+    EXPECT_EQ(messageOf(plainClass("Bare")(1)), u"The class 'Bare' takes no arguments.");
+    EXPECT_EQ(messageOf(I_Sequence_Generic::getClass()()), u"The interface 'ling.I_Sequence' has no instances of its own.");
+}
+
+TEST(Class, FinaliserSeesTheWholeInstanceOnce) {
+    static std::vector<std::int64_t> seen;
+    seen.clear();
+    const field_ident_untyped $mark("mark");
+    internal::class_hooks hooks;
+    hooks.finalize = [](internal::object_value_object& dying) {
+        seen.push_back(Any::share(&dying).fieldValue(field_ident_untyped("mark")).asInteger());
+    };
+    const Class_Generic base = defclass_impl("Base", "").field($mark).hooks(hooks).build();
+    const Class_Generic derived = plainClass("Derived", {base});
+    for (const Class_Generic& cls : {base, derived})
+        cls.allocateInstance().setFieldValue($mark, static_cast<std::int64_t>(seen.size()));
+    EXPECT_EQ(seen, (std::vector<std::int64_t>{0, 1}));
+}
+
+TEST(Class, GenericInstancesAreMadeOncePerParameterList) {
+    const Class_Generic ofText = I_Sequence_Generic::genericInstance(String::getType());
+    EXPECT_EQ(ofText, I_Sequence_Generic::genericInstance(String::getType()));
+    EXPECT_FALSE(ofText == I_Sequence_Generic::genericInstance(Integer::getType()));
+    EXPECT_EQ(ofText.name(), u"I_Sequence<String>");
+    EXPECT_EQ(ofText.parentGeneric(), I_Sequence_Generic::getClass());
+    EXPECT_EQ(ofText.parameters().front(), String::getType());
+    EXPECT_TRUE(ofText.isAncestor(I_Sequence_Generic::getClass()));
+    EXPECT_TRUE(ofText.isAncestor(I_Iterable_Generic::genericInstance(String::getType())));
+
+    std::vector<std::thread> threads;
+    std::vector<Class_Generic> made(8);
+    for (std::size_t i = 0; i < made.size(); ++i)
+        threads.emplace_back([&made, i] { made[i] = I_Iterable_Generic::genericInstance(Date::getType()); });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const Class_Generic& cls : made)
+        EXPECT_EQ(cls, made.front());
+}
+
+TEST(Members, ObjectsCarryMembersOfTheirOwn) {
+    const Any object = plainClass("Plain").allocateInstance();
+    const property_ident_untyped $colour("colour");
+    const method_ident_untyped $shout("shout");
+    EXPECT_TRUE(insert_property_value(object, $colour, String(u"red")).isNone());
+    EXPECT_TRUE(insert_property_value(object, $colour, String(u"blue")).isNone());
+    EXPECT_EQ(display(object.propertyValue($colour)), u"blue");
+    EXPECT_TRUE(insert_method(object, $shout, make_method("shout", "", [](const Any& self) { return self; })).isNone());
+    EXPECT_TRUE(object.callMethod($shout).isSameAs(object));
+    EXPECT_EQ(display(own_properties_of(object)), u"['colour']");
+    EXPECT_EQ(display(own_methods_of(object)), u"['shout']");
+    EXPECT_TRUE(remove_property(object, $colour));
+    EXPECT_FALSE(remove_property(object, $colour));
+    EXPECT_TRUE(property_of(object, $colour).isNone());
+    remove_method(object, $shout);  // The method held a reference to nothing, but its object must go with the test.
+    EXPECT_EQ(messageOf(insert_property_value(Any(5), $colour, Any(1))),
+              u"A value of class 'ling.Integer' cannot carry members.");
+}
+
+TEST(Members, AClassMayAnswerLookUpsItself) {
+    const Class_Generic cls =
+        defclass_impl("Echo", "")
+            .method(Any::$__method__, "name",
+                    [](const Any&, const String& name) -> Any {
+                        if (name == u"absent")
+                            return Any();
+                        return make_function("echo", "", [name] { return name; });
+                    })
+            .method(Any::$__property__, "name",
+                    [](const Any&, const String& name) -> Any { return Property::ofValue(name + u"!"); })
+            .build();
+    const Any echo = cls.allocateInstance();
+    EXPECT_EQ(display(echo.callMethod(method_ident_untyped("hello"))), u"hello");
+    EXPECT_EQ(display(echo.propertyValue(property_ident_untyped("hello"))), u"hello!");
+    EXPECT_TRUE(raw_method_of(echo, method_ident_untyped("hello")).isNone());
+    EXPECT_TRUE(method_of(echo, method_ident_untyped("absent")).isNone());
+}
+
+}  // namespace
+}  // namespace ling
