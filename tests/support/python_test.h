@@ -1,0 +1,49 @@
+#pragma once
+
+#include "host/gil_guard.h"
+#include "host/py_ref.h"
+#include "ling/any.h"
+#include "ling/string.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// A test with a running interpreter, called as a host calls: without the interpreter lock.
+///
+/// After each test no Python error is pending, the lock is free, and as many `ling` values are alive as before. What a
+/// test fills for the first time (a cache, an interned name) looks like a leak the first time only, so a test with
+/// values left over runs once more, and fails if values are left over again.
+class PythonTest : public testing::Test {
+protected:
+    PythonTest();
+
+    void SetUp() override;
+    void TearDown() override;
+    void TestBody() override = 0;
+
+    /// Under a guard of the caller's: the value of a Python expression in a namespace of its own that has the
+    /// builtins and what `run` has defined in this test. A failure of the test, and null, when it raises.
+    ling::python::PyRef eval(const char* expression);
+    /// Runs statements in that namespace. A failure of the test when they raise.
+    void run(const char* statements);
+    /// `str()` of the value of an expression. Takes the lock itself.
+    std::string text(const char* expression);
+    /// Takes the lock itself and runs statements.
+    void runLocked(const char* statements);
+
+private:
+    ling::python::PyRef evaluate(const char* code, int start);
+    bool isBalanced(std::size_t before);
+    void forgetNamespace();
+
+    std::size_t before_ = 0;
+    PyObject* namespace_ = nullptr;  // Owned; dropped in TearDown, under the lock.
+};
+
+/// The message of an error result; a failure of the test, and "", for any other value.
+std::string messageOf(const ling::Any& value);
+/// The text of a string value; a failure of the test, and "", for any other value.
+std::string textOf(const ling::Any& value);
