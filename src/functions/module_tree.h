@@ -14,4 +14,8 @@ namespace ling::python {
 /// Lock     takes the interpreter lock itself; the interpreter must be running.
 ling::Any exportModule(const ling::String& lingName, const ling::String& pythonName, int flag);
 
+/// Exports every top-level module that Python can find under the `ling` module "python". None, or an error result when
+/// the modules cannot be listed. Takes the interpreter lock itself; the interpreter must be running.
+ling::Any importAllModules();
+
 }  // namespace ling::python
