@@ -1,7 +1,7 @@
+#include "ling/extension.h"
 #include "host/interpreter.h"
 #include "host/module_functions.h"
 #include "host/search_paths.h"
-#include "ling/extension.h"
 
 /// The plug-in as the host sees it: one entry function, and what its static initialisers queue. The class units queue
 /// the definition of their classes themselves, at the level before the start, and so do the functions and the
@@ -28,6 +28,4 @@ const bool handlersAreQueued = [] {
 
 /// Called by the host, once, right after it has loaded the library and before it runs the queued handlers. Queues the
 /// search paths for the start. A file-system error goes on to the host.
-extern "C" __attribute__((visibility("default"))) void quorvanta_extension_init() {
-    ling::python::addOwnSearchPaths();
-}
+extern "C" __attribute__((visibility("default"))) void quorvanta_extension_init() { ling::python::addOwnSearchPaths(); }

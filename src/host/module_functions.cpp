@@ -73,7 +73,8 @@ ling::Any importObject(const ling::String& path) {
 
 void registerAddSysPath() {
     (void)ling::internal::register_function(
-        kModule, platform::makeFunction("python_add_sys_path", "path", &addSysPathOnce, "Adds a path to sys.path once."));
+        kModule,
+        platform::makeFunction("python_add_sys_path", "path", &addSysPathOnce, "Adds a path to sys.path once."));
 }
 
 void registerImport() {

@@ -15,8 +15,8 @@ constexpr const char* kScript =
     "            return response.read()\n    ";
 
 ling::FunctionCL_Generic makeLoader() {
-    const ling::FunctionCL_Generic loader = platform::makeFunction(
-        "load", "in_path, in_uri", &loadResource, "Fetches the resource behind a URI through Python.");
+    const ling::FunctionCL_Generic loader = platform::makeFunction("load", "in_path, in_uri", &loadResource,
+                                                                   "Fetches the resource behind a URI through Python.");
     (void)loader.setParameterDefaults({ling::String(), ling::String()});
     return loader;
 }

@@ -5,9 +5,9 @@
 #include "host/names.h"
 #include "host/py_ref.h"
 
+#include <dlfcn.h>
 #include <climits>
 #include <cstdlib>
-#include <dlfcn.h>
 #include <filesystem>
 
 namespace ling::python {

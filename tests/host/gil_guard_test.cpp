@@ -77,9 +77,10 @@ TEST_F(GilGuardTest, ThreadLocalAndContextVariableLastFromCallToCall) {
 }
 
 TEST_F(GilGuardTest, TracingLastsFromCallToCall) {
-    runLocked("import sys\nevents = []\n"
-              "def trace(frame, event, argument):\n    events.append(frame.f_code.co_name)\n"
-              "def traced(): pass\n");
+    runLocked(
+        "import sys\nevents = []\n"
+        "def trace(frame, event, argument):\n    events.append(frame.f_code.co_name)\n"
+        "def traced(): pass\n");
     onNewThread([this] {
         runLocked("sys.settrace(trace)\n");
         runLocked("traced()\n");
@@ -96,8 +97,9 @@ TEST_F(GilGuardTest, ThousandShortThreadsLeaveNoThreadState) {
 }
 
 TEST_F(GilGuardTest, ThreadEndRunsWhatItsStateHolds) {
-    runLocked("import threading\nended = []\nlocal = threading.local()\n"
-              "class Held:\n    def __del__(self): ended.append(threading.get_ident())\n");
+    runLocked(
+        "import threading\nended = []\nlocal = threading.local()\n"
+        "class Held:\n    def __del__(self): ended.append(threading.get_ident())\n");
     onNewThread([this] { runLocked("local.held = Held()\n"); });
     EXPECT_EQ(text("len(ended)"), "1");
 }

@@ -20,22 +20,24 @@ protected:
     /// Puts modules of the test's own into `sys.modules`.
     void SetUp() override {
         PythonTest::SetUp();
-        runLocked("import sys, types\n"
-                  "m = types.ModuleType('host_test_module')\n"
-                  "m.text = 'abc'\nm.number = 42\nm.nothing = None\nm.__dict__['a.b'] = 'dotted'\n"
-                  "m.__getattr__ = lambda name: 'made up'\n"
-                  "m.__dict__[''] = 'unnamed'\nm.__dict__['\\u00e4'] = 'umlaut'\n"
-                  "sys.modules['host_test_module'] = m\n"
-                  "sys.modules['host_test_object'] = types.SimpleNamespace(text='no module')\n"
-                  "class Finder:\n"
-                  "    def find_spec(self, name, path=None, target=None):\n"
-                  "        if name == 'host_test_leaves': raise SystemExit(3)\n"
-                  "        if name == 'host_test_raises': raise ValueError('from the finder')\n"
-                  "finder = Finder()\nsys.meta_path.append(finder)\n");
+        runLocked(
+            "import sys, types\n"
+            "m = types.ModuleType('host_test_module')\n"
+            "m.text = 'abc'\nm.number = 42\nm.nothing = None\nm.__dict__['a.b'] = 'dotted'\n"
+            "m.__getattr__ = lambda name: 'made up'\n"
+            "m.__dict__[''] = 'unnamed'\nm.__dict__['\\u00e4'] = 'umlaut'\n"
+            "sys.modules['host_test_module'] = m\n"
+            "sys.modules['host_test_object'] = types.SimpleNamespace(text='no module')\n"
+            "class Finder:\n"
+            "    def find_spec(self, name, path=None, target=None):\n"
+            "        if name == 'host_test_leaves': raise SystemExit(3)\n"
+            "        if name == 'host_test_raises': raise ValueError('from the finder')\n"
+            "finder = Finder()\nsys.meta_path.append(finder)\n");
     }
     void TearDown() override {
-        runLocked("sys.meta_path.remove(finder)\n"
-                  "for name in ('host_test_module', 'host_test_object'): del sys.modules[name]\n");
+        runLocked(
+            "sys.meta_path.remove(finder)\n"
+            "for name in ('host_test_module', 'host_test_object'): del sys.modules[name]\n");
         PythonTest::TearDown();
     }
 };

@@ -5,10 +5,10 @@
 #include "ling/extension.h"
 #include "support/python_test.h"
 
+#include <unistd.h>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <unistd.h>
 
 namespace {
 
@@ -40,8 +40,7 @@ TEST_F(SchemeLoaderTest, DataUrisGiveTheirBytes) {
 }
 
 TEST_F(SchemeLoaderTest, AMalformedUriIsThePythonError) {
-    EXPECT_EQ(messageOf(ling::load_resource("data:no comma")),
-              "not enough values to unpack (expected 2, got 1)");
+    EXPECT_EQ(messageOf(ling::load_resource("data:no comma")), "not enough values to unpack (expected 2, got 1)");
 }
 
 TEST_F(SchemeLoaderTest, AFileIsGivenWhole) {

@@ -45,7 +45,7 @@ struct AddRow {
     const char* name;
     const char* before;  // What `sys.path` is set to.
     const char16_t* path;
-    const char* after;   // repr() of what it is then.
+    const char* after;  // repr() of what it is then.
 };
 
 const AddRow kAddRows[] = {
