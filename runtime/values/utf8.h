@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+/// Text between UTF-8 and UTF-16. What is ill-formed is replaced: each maximal ill-formed subsequence of UTF-8 and each
+/// lone surrogate of UTF-16 becomes one U+FFFD. Runs of ASCII go sixteen characters at a time.
+
+namespace ling::internal {
+
+/// Copies the ASCII characters at the beginning, up to the first other one, and answers how many there were.
+std::size_t widen_ascii(std::string_view utf8, char16_t* to) noexcept;
+std::size_t narrow_ascii(std::u16string_view units, char* to) noexcept;
+
+/// The number of units that the text takes in the other form.
+std::size_t utf16_length(std::string_view utf8) noexcept;
+std::size_t utf8_length(std::u16string_view units) noexcept;
+
+/// Writes as many units as the function above says.
+void utf8_to_utf16(std::string_view utf8, char16_t* to) noexcept;
+void utf16_to_utf8(std::u16string_view units, char* to) noexcept;
+
+/// One character of UTF-16 text: its code point and the units it takes. A lone surrogate is U+FFFD and not well-formed.
+struct utf16_character {
+    char32_t code;
+    unsigned units;
+    bool wellFormed;
+};
+utf16_character decode_utf16(std::u16string_view units) noexcept;  ///< Of text that is not empty.
+
+bool is_well_formed_utf8(std::string_view utf8) noexcept;
+bool is_well_formed_utf16(std::u16string_view units) noexcept;
+
+}  // namespace ling::internal
