@@ -58,6 +58,8 @@ public:
             const ParameterMode mode = parameter(i).mode();
             if (places_[i] || mode == ParameterMode::VariadicPositional || mode == ParameterMode::VariadicNamed)
                 continue;
+            if (parameter(i).hasDefault() && mode == ParameterMode::NameOnly)
+                continue;  // It has no position to be passed in: the callee fills it.
             if (!parameter(i).hasDefault())
                 return missingArgument(function_, parameter(i).name());
             places_[i] = parameter(i).defaultValue();

@@ -60,7 +60,7 @@ Any Property::set(const Any& self, const Any& value) const {
     const object_value_property& own = record(*this);
     if (own.setter.isNone())
         return internal::failure(u"The property is read-only.");
-    return own.setter.isIndependent() ? own.setter(value) : own.setter(self, value);
+    return own.isIndependent ? own.setter(value) : own.setter(self, value);
 }
 
 Property Property::ofValue(const Any& value, const String& doc) {
@@ -105,7 +105,7 @@ Property property_builder_base::build() const {
     made->getter = getter_;
     made->setter = setter_;
     made->isValue = hasValue_;
-    made->isIndependent = hasValue_ || getter_.isNone() || getter_.isIndependent();
+    made->isIndependent = independent_.value_or(hasValue_ || getter_.isNone() || getter_.isIndependent());
     made->value = value_;
     made->doc = doc_;
     made->type = type_;

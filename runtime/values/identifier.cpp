@@ -17,12 +17,15 @@ namespace {
 /// Every name that was ever used as an identifier. Never shrinks: names are those of members, which are few.
 class identifier_table {
 public:
+    const identifier_data* find(std::string_view utf8) noexcept {
+        std::shared_lock reading(guard_);
+        auto found = names_.find(utf8);
+        return found == names_.end() ? nullptr : found->second;
+    }
+
     const identifier_data& findOrMake(std::string_view utf8) {
-        {
-            std::shared_lock reading(guard_);
-            if (auto found = names_.find(utf8); found != names_.end())
-                return *found->second;
-        }
+        if (const identifier_data* present = find(utf8))
+            return *present;
         std::unique_lock writing(guard_);
         if (auto found = names_.find(utf8); found != names_.end())
             return *found->second;
@@ -52,6 +55,7 @@ identifier_table& identifiers() {
 }  // namespace
 
 const identifier_data& intern(std::string_view utf8) { return identifiers().findOrMake(utf8); }
+const identifier_data* find_interned(std::string_view utf8) noexcept { return identifiers().find(utf8); }
 
 }  // namespace internal
 

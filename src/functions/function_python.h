@@ -3,6 +3,7 @@
 #include <Python.h>
 
 #include "ling/any.h"
+#include "ling/class.h"
 
 namespace ling::python {
 
@@ -12,5 +13,9 @@ namespace ling::python {
 /// Owns     the function keeps the callable alive; `object` is borrowed.
 /// Lock     must be held. Runs no Python code: the signature is asked for when it is needed.
 ling::Any functionFromPython(PyObject* object);
+
+/// The class `FunctionPython`, made on first use. It specialises `PythonProxy`, so that a callable comes back as the
+/// same object.
+const ling::Class_Generic& functionPythonClass();
 
 }  // namespace ling::python

@@ -110,9 +110,10 @@ public:
     explicit object_value_object(object_value_class* klass);
     ~object_value_object() override;
 
-    /// Copies a field under the object's guard. `position` comes from the class's `findField`.
-    Any field(std::size_t position) const;
-    void setField(std::size_t position, Any value);
+    /// Copies a field under the object's guard. `position` comes from the class's `findField`. A native class may keep
+    /// a declared field in its own form and answer for it here.
+    virtual Any field(std::size_t position) const;
+    virtual void setField(std::size_t position, Any value);
     Any invoke(std::span<const Any> arguments) override;
 
 protected:

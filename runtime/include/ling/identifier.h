@@ -23,6 +23,8 @@ struct LING_EXPORT identifier_data {
 /// Finds or makes the record of a name. Takes a lock of the runtime for the look-up alone.
 LING_EXPORT const identifier_data& intern(std::string_view utf8);
 LING_EXPORT const identifier_data& intern(const String& name);
+/// The record of a name that is an identifier already, or null: then no class declares a member of that name.
+LING_EXPORT const identifier_data* find_interned(std::string_view utf8) noexcept;
 
 }  // namespace internal
 

@@ -4,6 +4,8 @@
 #include "ling/function.h"
 #include "ling/result.h"
 
+#include <optional>
+
 namespace ling {
 
 /// A property: how a named value is read and, perhaps, written. It carries either a stored value or functions.
@@ -47,6 +49,8 @@ public:
     void assign_doc(ByteArray&& utf8);
     void assign_doc(const String& doc) { doc_ = doc; }
     void assign_type(const Type& type) { type_ = type; }
+    /// Says whether reading needs the receiver. Left unsaid, the getter's own independence decides.
+    void assign_independent(bool independent) { independent_ = independent; }
     Property build() const;
 
 private:
@@ -56,6 +60,7 @@ private:
     bool hasValue_ = false;
     String doc_;
     Type type_;
+    std::optional<bool> independent_;
 };
 
 /// Writes one line about a programming error to the assertion log, which is standard error unless a host takes it.

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <Python.h>
+
+#include "ling/any.h"
+
+#include <cstddef>
+#include <memory>
+
+namespace ling::python {
+
+/// The arguments of one call into Python, converted one by one: on the stack when they are few. The interpreter lock
+/// must be held for as long as it lives.
+class ArgumentArray {
+public:
+    explicit ArgumentArray(std::size_t capacity);
+    ArgumentArray(const ArgumentArray&) = delete;
+    ArgumentArray& operator=(const ArgumentArray&) = delete;
+    ~ArgumentArray();
+
+    /// Converts `value`. False when it has no Python form; a Python error may be pending then.
+    bool add(const ling::Any& value);
+    /// Calls with all that was added, by position. A new reference, or null with the Python error set.
+    PyObject* call(PyObject* callable) const;
+
+private:
+    static constexpr std::size_t kSmall = 6;
+    // The place in front is free for the callee to put a receiver into.
+    PyObject* small_[kSmall + 1];
+    std::unique_ptr<PyObject*[]> large_;
+    PyObject** items_;
+    std::size_t count_ = 0;
+};
+
+/// The converted result of a call, or the pending exception as an error result. Takes `result` over; null is a failure.
+/// What a conversion leaves pending stays pending.
+ling::Any takeResult(PyObject* result);
+/// The error result for an argument without a Python form; nothing stays pending.
+ling::Any cannotConvert(const ling::Any& argument);
+
+}  // namespace ling::python

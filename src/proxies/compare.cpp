@@ -1,0 +1,82 @@
+#include "proxies/compare.h"
+
+#include "bridge/compile_helper.h"
+#include "bridge/convert.h"
+#include "host/entry.h"
+#include "host/platform.h"
+#include "host/py_ref.h"
+#include "ling/comparison.h"
+#include "proxies/python_proxy.h"
+
+#include <optional>
+
+namespace ling::python {
+
+namespace {
+
+constexpr const char* kHelperSource =
+    "def cmp(a, b):\n    if a > b:\n        return 1\n    else:\n        if a < b:\n            return -1\n    return 0";
+
+struct Attempt {
+    int operation;
+    int answer;
+};
+constexpr Attempt kAttempts[] = {{Py_LT, -1}, {Py_GT, 1}, {Py_EQ, 0}};
+
+/// What the left object's own comparison says, if one of its operators answers `True`. One that raises is passed over,
+/// and its exception with it: the next operator must not start with an error pending.
+std::optional<int> compareByType(PyObject* left, PyObject* right) {
+    const richcmpfunc compare = Py_TYPE(left)->tp_richcompare;
+    if (compare == nullptr)
+        return std::nullopt;
+    for (const Attempt& attempt : kAttempts) {
+        PyRef result = PyRef::steal(compare(left, right, attempt.operation));
+        if (!result)
+            PyErr_Clear();
+        if (result.get() == Py_True)
+            return attempt.answer;
+    }
+    return std::nullopt;
+}
+
+/// The compiled helper, kept for the process; null, with `error` set, when it cannot be compiled. Two threads that come
+/// first at once may both compile it: the lock orders them, and the one that is kept serves for all.
+PyObject* helper(ling::Any& error) {
+    static constinit PyObject* kept = nullptr;
+    if (kept == nullptr) {
+        PyObject* compiled = compileHelper(kHelperSource, error);
+        if (kept == nullptr)
+            kept = compiled;
+        else
+            Py_XDECREF(compiled);
+    }
+    return kept;
+}
+
+std::int64_t byIdentity(const ling::Any& self, const ling::Any& other) {
+    return ling::object_id(self) - ling::object_id(other);
+}
+
+}  // namespace
+
+ling::Any compareObjects(const ling::Any& self, const ling::Any& other) {
+    PyObject* left = PythonProxy::pythonObject(self);
+    PyObject* right = PythonProxy::pythonObject(other);
+    if (left == nullptr || right == nullptr)
+        return byIdentity(self, other);
+    if (left == right)
+        return 0;
+    PythonEntry entry;
+    if (const std::optional<int> answer = compareByType(left, right))
+        return *answer;
+    ling::Any problem;
+    PyObject* function = helper(problem);
+    if (function == nullptr)
+        return platform::failure(u"Unable to call helper function.");
+    PyRef result = PyRef::steal(PyObject_CallFunctionObjArgs(function, left, right, nullptr));
+    const ling::Any order = result ? ling::internal::result_unwrap_lazy(toLing(result.get())) : ling::Any();
+    PyErr_Clear();
+    return order.is(ling::Kind::Integer) ? order : ling::Any(byIdentity(self, other));
+}
+
+}  // namespace ling::python

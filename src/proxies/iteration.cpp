@@ -1,0 +1,102 @@
+#include "bridge/convert.h"
+#include "host/entry.h"
+#include "host/platform.h"
+#include "host/py_ref.h"
+#include "ling/class_builder.h"
+#include "ling/error.h"
+#include "ling/extension.h"
+#include "ling/iterable.h"
+#include "proxies/argument_array.h"
+#include "proxies/iteration.h"
+#include "proxies/method_names.h"
+#include "proxies/python_proxy.h"
+
+namespace ling::python {
+
+namespace {
+
+ling::Any nextItem(const ling::Any& self) {
+    PythonEntry entry;
+    PyObject* iterator = PythonProxy::pythonObject(self);
+    if (iterator == nullptr)
+        return ling::StopIteration();
+    if (PyIter_Check(iterator) == 0)
+        return platform::failure(u"The object is not an iterator.");
+    if (PyRef item = PyRef::steal(PyIter_Next(iterator)))
+        return toLing(item.get());
+    return PyErr_Occurred() == nullptr ? ling::Any(ling::StopIteration()) : takeResult(nullptr);
+}
+
+ling::Class_Generic makeIteratorClass() {
+    return ling::internal::defclass_impl("PythonProxyIterator", "ling.python")
+        .parent(PythonProxy::getClass())
+        .parent(ling::I_Iterator_Generic::genericInstance(ling::Untyped::getType()))
+        .method(ling::I_Iterator_Generic::$next, "", &nextItem)
+        .build();
+}
+
+ling::Class_Generic makeIterableClass() {
+    return ling::internal::defclass_impl("PythonProxyIterable", "ling.python")
+        .parent(PythonProxy::getClass())
+        .parent(ling::I_Iterable_Generic::genericInstance(ling::Untyped::getType()))
+        .method(ling::I_Iterable_Generic::$iter, "", &iterate)
+        .method(ling::I_Iterable_Generic::$contains, "value", &containsValue)
+        .build();
+}
+
+const bool iteratorIsQueued =
+    (ling::internal::add_init_handler(ling::InitLevel::Classes, [] { (void)PythonProxyIterator::getClass(); }), true);
+const bool iterableIsQueued =
+    (ling::internal::add_init_handler(ling::InitLevel::Classes, [] { (void)PythonProxyIterable::getClass(); }), true);
+
+}  // namespace
+
+const ling::Class_Generic& PythonProxyIterator::getClass() {
+    static const ling::Class_Generic& cls = *new ling::Class_Generic(makeIteratorClass());
+    return cls;
+}
+
+const ling::Class_Generic& PythonProxyIterable::getClass() {
+    static const ling::Class_Generic& cls = *new ling::Class_Generic(makeIterableClass());
+    return cls;
+}
+
+ling::Any iterate(const ling::Any& self) {
+    PythonEntry entry;
+    PyObject* object = PythonProxy::pythonObject(self);
+    if (object == nullptr)
+        return platform::failure(u"Invalid object.");
+    PyRef method = PyRef::steal(attribute(object, names::dunderIter));
+    if (!method || PyCallable_Check(method.get()) == 0) {
+        PyErr_Clear();
+        return platform::failure(u"Missing '__iter__' method.");
+    }
+    PyRef iterator = PyRef::steal(PyObject_CallNoArgs(method.get()));
+    return iterator ? PythonProxy::create(ProxyClass::Iterator, iterator.get()) : takeResult(nullptr);
+}
+
+ling::Any asBoolean(const ling::Any& result) {
+    const ling::Any value = ling::internal::result_unwrap_lazy(result);
+    return ling::internal::is_error_result(value) ? value : ling::Boolean::cast(value).toAny();
+}
+
+ling::Any asInteger(const ling::Any& result) {
+    const ling::Any value = ling::internal::result_unwrap_lazy(result);
+    return ling::internal::is_error_result(value) ? value : ling::Integer::cast(value).toAny();
+}
+
+ling::Any containsValue(const ling::Any& self, const ling::Any& value) {
+    return asBoolean(PythonProxy::callPythonMethod(self, names::dunderContains, {value}));
+}
+
+ling::Any lengthOf(const ling::Any& self) { return asInteger(PythonProxy::callPythonMethod(self, names::dunderLen)); }
+
+ling::Any takeItems(PyObject* iterator, const ling::List_Generic& items) {
+    while (PyRef item = PyRef::steal(PyIter_Next(iterator))) {
+        items.append(toLing(item.get()));
+        PyErr_Clear();  // What a conversion leaves pending must not stand in the way of the next step.
+    }
+    return PyErr_Occurred() == nullptr ? ling::Any() : takeResult(nullptr);
+}
+
+}  // namespace ling::python

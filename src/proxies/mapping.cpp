@@ -1,0 +1,155 @@
+#include "bridge/convert.h"
+#include "host/entry.h"
+#include "host/platform.h"
+#include "host/py_ref.h"
+#include "ling/class_builder.h"
+#include "ling/error.h"
+#include "ling/extension.h"
+#include "ling/map_interface.h"
+#include "proxies/argument_array.h"
+#include "proxies/iteration.h"
+#include "proxies/method_names.h"
+#include "proxies/python_proxy.h"
+
+#include <optional>
+
+namespace ling::python {
+
+namespace {
+
+/// The short ways for an exact `dict` and a key that is an exact `str` or `int`: looking it up runs nobody's code
+/// unless the table holds keys of other classes under the same hash, whose comparison the named methods would run as
+/// well. Each answers nothing where the named method has to be asked.
+namespace exact {
+
+/// A converted key that may go the short way, or null.
+PyRef plainKey(PyObject* object, const ling::Any& key) {
+    if (object == nullptr || !PyDict_CheckExact(object) || key.isNone() ||
+        (key.kind() != ling::Kind::String && key.kind() != ling::Kind::Integer))
+        return {};
+    return PyRef::steal(toPython(key));
+}
+
+std::optional<ling::Any> get(const ling::Any& self, const ling::Any& key, const ling::Any& fallback) {
+    PyObject* object = PythonProxy::pythonObject(self);
+    PythonEntry entry;
+    PyRef plain = plainKey(object, key);
+    if (!plain)
+        return std::nullopt;
+    PyRef value = PyRef::borrow(PyDict_GetItemWithError(object, plain.get()));
+    if (value)
+        return toLing(value.get());
+    return PyErr_Occurred() == nullptr ? fallback : takeResult(nullptr);
+}
+
+std::optional<ling::Any> set(const ling::Any& self, const ling::Any& key, const ling::Any& value) {
+    PyObject* object = PythonProxy::pythonObject(self);
+    PythonEntry entry;
+    PyRef plain = plainKey(object, key);
+    if (!plain)
+        return std::nullopt;
+    PyRef item = PyRef::steal(toPython(value));
+    if (!item)
+        return cannotConvert(value);
+    return PyDict_SetItem(object, plain.get(), item.get()) == 0 ? ling::Any() : takeResult(nullptr);
+}
+
+std::optional<ling::Any> length(const ling::Any& self) {
+    PyObject* object = PythonProxy::pythonObject(self);
+    if (object == nullptr || !PyDict_CheckExact(object))
+        return std::nullopt;
+    PythonEntry entry;
+    return ling::Any(PyDict_GET_SIZE(object));
+}
+
+}  // namespace exact
+
+ling::Any set(const ling::Any& self, const ling::Any& key, const ling::Any& value) {
+    if (std::optional<ling::Any> outcome = exact::set(self, key, value))
+        return *std::move(outcome);
+    return PythonProxy::callPythonMethod(self, names::dunderSetitem, {key, value});
+}
+
+ling::Any remove(const ling::Any& self, const ling::Any& key) {
+    return PythonProxy::callPythonMethod(self, names::pop, {key});
+}
+
+/// Asks the proxy whether it has the key through `ling`'s dispatch, so that an override counts; only then reads it.
+ling::Any get(const ling::Any& self, const ling::Any& key, const ling::Any& fallback) {
+    if (self.object()->ownClass() == PythonProxyMapping::getClass().record() && self.object()->findExtras() == nullptr)
+        if (std::optional<ling::Any> value = exact::get(self, key, fallback))
+            return *std::move(value);
+    const ling::Any present = asBoolean(self.callMethod(ling::I_Map_Generic::$contains, {key}));
+    if (ling::internal::is_error_result(present))
+        return present;
+    return present.asBoolean() ? PythonProxy::callPythonMethod(self, names::dunderGetitem, {key}) : fallback;
+}
+
+ling::Any clear(const ling::Any& self) { return PythonProxy::callPythonMethod(self, names::clear); }
+
+ling::Any length(const ling::Any& self) {
+    if (std::optional<ling::Any> known = exact::length(self))
+        return *std::move(known);
+    return lengthOf(self);
+}
+
+/// A list of all that the view under `name` gives now.
+ling::Any listOf(const ling::Any& self, const Name& name) {
+    PythonEntry entry;
+    PyObject* object = PythonProxy::pythonObject(self);
+    ling::List_Generic items = ling::List_Generic::empty();
+    if (object == nullptr)
+        return items;
+    PyRef method = PyRef::steal(attribute(object, name));
+    PyRef view = method ? PyRef::steal(PyObject_CallNoArgs(method.get())) : PyRef();
+    PyRef iterator = view ? PyRef::steal(PyObject_GetIter(view.get())) : PyRef();
+    if (!iterator) {
+        const ling::Any error = takePythonError();
+        return error.isNone() ? platform::failure(u"Unknown error.") : error;
+    }
+    const ling::Any problem = takeItems(iterator.get(), items);
+    return problem.isNone() ? ling::Any(items) : problem;
+}
+
+ling::Any keys(const ling::Any& self) { return listOf(self, names::keys); }
+ling::Any values(const ling::Any& self) { return listOf(self, names::values); }
+ling::Type itemType(const ling::Any&) { return ling::Untyped::getType(); }
+
+ling::FunctionCL_Generic getMethod() {
+    ling::FunctionCL_Generic method = ling::make_method("get", "key, default", &get);
+    (void)method.setParameterDefaults({ling::Any()});
+    return method;
+}
+
+ling::Class_Generic makeClass() {
+    using Mutable = ling::I_MutableMap_Generic;
+    using Map = ling::I_Map_Generic;
+    using ling::internal::property_builder;
+    const ling::Type untyped = ling::Untyped::getType();
+    return ling::internal::defclass_impl("PythonProxyMapping", "ling.python")
+        .parent(PythonProxy::getClass())
+        .parent(Mutable::genericInstance(untyped, untyped))
+        .method(Mutable::$set, "key, value", &set)
+        .method(Mutable::$remove, "key", &remove)
+        .method(Map::$get, getMethod())
+        .method(Map::$contains, "key", &containsValue)
+        .method(Mutable::$clear, "", &clear)
+        .property(Map::$$valuesType, property_builder().getter(&itemType).doc("The type of the values: any."))
+        .property(Map::$$values, property_builder().getter(&values).doc("All values, in the order of their keys."))
+        .property(Map::$$length, property_builder().getter(&length).doc("How many keys there are."))
+        .property(Map::$$keysType, property_builder().getter(&itemType).doc("The type of the keys: any."))
+        .property(Map::$$keys, property_builder().getter(&keys).doc("All keys, in their order."))
+        .build();
+}
+
+const bool classIsQueued =
+    (ling::internal::add_init_handler(ling::InitLevel::Classes, [] { (void)PythonProxyMapping::getClass(); }), true);
+
+}  // namespace
+
+const ling::Class_Generic& PythonProxyMapping::getClass() {
+    static const ling::Class_Generic& cls = *new ling::Class_Generic(makeClass());
+    return cls;
+}
+
+}  // namespace ling::python
