@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include <unistd.h>
+
 using ling::python::GilGuard;
 using ling::python::Once;
 
@@ -103,6 +105,42 @@ TEST_F(OnceTest, TheLockIsAsItWasAfterAWait) {
     }
     EXPECT_EQ(PyThreadState_GetUnchecked(), nullptr);
     initialiser.join();
+}
+
+/// One thread initialises, with the lock, and gives the lock up for a while as any Python code does. Another takes it
+/// meanwhile and needs the same initialisation. Ends the process: with 0 when both came through, by a signal else.
+[[noreturn]] void meetInTheMiddle() {
+    alarm(10);
+    static constinit Once once;
+    std::atomic<bool> started = false;
+    std::atomic<bool> othersTurn = false;
+    std::thread initialiser([&] {
+        GilGuard gil;
+        once.run([&] {
+            started = true;
+            PyThreadState* const state = PyEval_SaveThread();
+            while (!othersTurn)
+                std::this_thread::yield();
+            PyEval_RestoreThread(state);
+        });
+    });
+    std::thread waiter([&] {
+        while (!started)
+            std::this_thread::yield();
+        GilGuard gil;
+        othersTurn = true;
+        once.run([] {});
+    });
+    initialiser.join();
+    waiter.join();
+    _exit(0);
+}
+
+using OnceDeathTest = OnceTest;
+
+TEST_F(OnceDeathTest, AWaiterWithTheLockLetsTheInitialiserFinish) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(meetInTheMiddle(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

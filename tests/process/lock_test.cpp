@@ -1,0 +1,23 @@
+#include <gtest/gtest.h>
+
+#include "process/support/host_run.h"
+
+/// How processes end in which Python and the host hold things of one another: on time, with status 0, and in silence.
+
+namespace {
+
+class ExitTest : public testing::TestWithParam<const char*> {};
+
+TEST_P(ExitTest, IsHarmless) {
+    const auto extensions = host_run::stage() / "qcomponents/qextensions";
+    const host_run::Ended ended = host_run::runHost("lock_host", {GetParam(), extensions.string()});
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.err, "");
+    EXPECT_EQ(ended.out, "end\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Ends, ExitTest,
+                         testing::Values("statics", "statics-busy", "waiting-threads", "exit-on-thread", "thread-local",
+                                         "forked-thread", "forked-by-python"));
+
+}  // namespace
