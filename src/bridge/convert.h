@@ -16,7 +16,8 @@ namespace ling::python {
 /// All but `takePythonError` and `fetchPythonError` take the interpreter lock themselves.
 
 /// A Python object as a `ling` value: a native value where there is one (none, booleans, integers, floats, text, bytes,
-/// dates, decimals, errors), the very value that a wrapper holds, else a proxy, a class or a function around the object.
+/// dates, decimals, errors), the very value that a wrapper holds, else a proxy, a class or a function around the
+/// object.
 ///
 /// Returns  always a value. An exception object gives an error result, as do some others whose conversion fails.
 /// Owns     `object` is borrowed and may be null, which gives none. The result keeps what it needs alive.

@@ -18,7 +18,7 @@ namespace ling::python {
 /// called from any thread, also below Python code.
 
 /// Statements. The value of a `return` statement is the result. What the code assigns to the names of `locals` is
-/// stored in `outLocals` at the end; an error before leaves `outLocals` as it is.
+/// stored in `outLocals` at the end; code that raises leaves `outLocals` as it is.
 ling::Any evaluate(const ling::String& code, const ling::I_Map_Generic& locals, const ling::I_Map_Generic& globals,
                    const ling::I_Map_Generic& outLocals);
 

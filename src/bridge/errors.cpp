@@ -1,0 +1,189 @@
+#include "bridge/errors.h"
+
+#include "bridge/convert.h"
+#include "bridge/text.h"
+#include "host/cached_import.h"
+#include "host/error_scope.h"
+#include "host/names.h"
+#include "host/py_ref.h"
+#include "ling/comparison.h"
+#include "lingobject/wrapper.h"
+#include "proxies/python_type.h"
+
+#include <unordered_map>
+
+namespace ling::python {
+
+namespace {
+
+constinit CachedImport formatException{"traceback", "format_exception"};
+constinit const Name kLing{"ling"};
+
+// From exceptions to errors.
+
+/// How deep exceptions may stand for each other through their attribute "ling". Nobody nests them, but an exception
+/// may refer to itself.
+constexpr int kDeepestExceptions = 32;
+thread_local int exceptionDepth = 0;
+
+struct ExceptionDepth {
+    ExceptionDepth() noexcept { ++exceptionDepth; }
+    ~ExceptionDepth() { --exceptionDepth; }
+};
+
+/// The error that the exception was raised for, or whatever else its attribute holds. Null without one.
+PyRef carriedValue(PyObject* exception) {
+    PyObject* key = exceptionDepth <= kDeepestExceptions ? kLing.object() : nullptr;
+    return PyRef::steal(key != nullptr ? PyObject_GetAttr(exception, key) : nullptr);
+}
+
+ling::String textOrEmpty(PyObject* object) { return ling::String::cast(toLing(object)).valueOr(ling::String()); }
+
+/// The whole text that Python would show for a syntax error, or empty.
+ling::String formattedText(PyObject* exception) {
+    PyObject* format = formatException.get();
+    PyRef lines = PyRef::steal(format != nullptr ? PyObject_CallOneArg(format, exception) : nullptr);
+    PyRef separator = PyRef::steal(lines ? PyUnicode_New(0, 0) : nullptr);
+    PyRef joined = PyRef::steal(separator ? PyUnicode_Join(separator.get(), lines.get()) : nullptr);
+    ling::String text = textOrEmpty(joined.get());
+    PyErr_Clear();
+    return text;
+}
+
+ling::String messageOf(PyObject* exception) {
+    ling::String message;
+    if (PyObject_TypeCheck(exception, reinterpret_cast<PyTypeObject*>(PyExc_SyntaxError)) != 0)
+        message = formattedText(exception);
+    if (!message.isEmpty())
+        return message;
+    PyRef shown = PyRef::steal(PyObject_Str(exception));
+    return textOrEmpty(shown.get());
+}
+
+// From errors to exceptions.
+
+/// The class behind a value that is, or stands for, a class; a none handle for any other.
+ling::Class_Generic resolvedClass(const ling::Any& value) {
+    return ling::Class_Generic::cast(ling::internal::unwrap(value)).valueOr(ling::Class_Generic());
+}
+
+PyObject* raiseText(PyObject* exceptionClass, const ling::Error& error) {
+    PyRef text = PyRef::steal(textToPython(error.message()));
+    if (text)
+        PyErr_SetObject(exceptionClass, text.get());
+    return nullptr;
+}
+
+/// Borrowed; null when there is none.
+PyObject* chooseExceptionClass(const ling::Class_Generic& cls) {
+    if (cls == ling::StopIteration::getClass())
+        return PyExc_StopIteration;
+    if (PyTypeObject* type = pythonTypeOf(cls))
+        return reinterpret_cast<PyObject*>(type);
+    return cls == ling::Error::getClass() ? PyExc_RuntimeError : exceptionClassFor(cls);
+}
+
+void attachError(PyObject* exception, const ling::Error& error) {
+    PyRef wrapper = PyRef::steal(wrapValue(error));
+    PyObject* key = kLing.object();
+    if (!wrapper || key == nullptr || PyObject_SetAttr(exception, key, wrapper.get()) != 0)
+        PyErr_Clear();
+}
+
+using ExceptionClasses = std::unordered_map<ling::internal::object_value_class*, PyObject*>;
+
+/// Read and written with the interpreter lock held, which no operation on it gives up. Keeps its classes alive.
+ExceptionClasses& exceptionClasses() {
+    static ExceptionClasses& classes = *new ExceptionClasses;
+    return classes;
+}
+
+PyRef makeExceptionClass(const ling::Class_Generic& cls) {
+    const std::string name = ling::qualname(cls).toStdString();
+    const std::string dotted = name.find('.') == std::string::npos ? "ling." + name : name;
+    PyRef members = PyRef::steal(PyDict_New());
+    PyObject* key = kLing.object();
+    if (!members || key == nullptr || PyDict_SetItem(members.get(), key, Py_None) != 0)
+        return {};
+    return PyRef::steal(PyErr_NewException(dotted.c_str(), PyExc_RuntimeError, members.get()));
+}
+
+}  // namespace
+
+ling::Any errorFromException(PyObject* exception) {
+    const ErrorScope scope;
+    const ExceptionDepth depth;
+    if (PyRef carried = carriedValue(exception))
+        return toLing(carried.get());
+    PyErr_Clear();
+    const ling::Class_Generic cls = errorClassOf(reinterpret_cast<PyObject*>(Py_TYPE(exception)));
+    PyErr_Clear();
+    const ling::String message = messageOf(exception);
+    if (pythonTypeOf(cls) != nullptr)
+        return ling::Error(message, true);
+    return cls(message);
+}
+
+ling::Class_Generic errorClassOf(PyObject* exceptionType) {
+    if (exceptionType == PyExc_StopIteration)
+        return ling::StopIteration::getClass();
+    if (exceptionType == nullptr || !PyType_Check(exceptionType))
+        return ling::Error::getClass();
+    const ling::Class_Generic cls = resolvedClass(toLing(exceptionType));
+    const bool makesErrors = !cls.isNone() && cls.resultType().specializes(ling::Error::getType());
+    return makesErrors ? cls : ling::Error::getClass();
+}
+
+PyObject* exceptionClassFor(const ling::Class_Generic& cls) {
+    ExceptionClasses& classes = exceptionClasses();
+    if (const auto known = classes.find(cls.record()); known != classes.end())
+        return known->second;
+    PyRef made = makeExceptionClass(cls);
+    if (!made) {
+        PyErr_Clear();
+        return nullptr;
+    }
+    // Making it may have given the lock up, and another thread may have been first.
+    const auto [entry, isNew] = classes.try_emplace(cls.record(), made.get());
+    if (isNew) {
+        cls.record()->retain();
+        (void)made.release();
+    }
+    return entry->second;
+}
+
+PyObject* raiseError(const ling::Error& error) {
+    PyErr_Clear();
+    const ling::Class_Generic cls = ling::raw_class_of(error);
+    if (cls == ling::Error::getClass() && error.exception().isNone())
+        return raiseText(PyExc_RuntimeError, error);
+    PyObject* exceptionClass = chooseExceptionClass(cls);
+    if (exceptionClass == nullptr)
+        return raiseText(PyExc_RuntimeError, error);
+    PyRef exception = PyRef::steal(PyObject_CallNoArgs(exceptionClass));
+    if (!exception) {
+        PyErr_Clear();
+        return raiseText(exceptionClass, error);
+    }
+    attachError(exception.get(), error);
+    PyErr_SetObject(exceptionClass, exception.get());
+    return nullptr;
+}
+
+std::optional<ling::Error> fetchPythonError() {
+    PyRef exception = PyRef::steal(PyErr_GetRaisedException());
+    if (!exception)
+        return std::nullopt;
+    const ling::Any value = toLing(exception.get());
+    PyErr_Clear();
+    if (ling::Result<ling::Error> error = ling::Error::cast(value))
+        return *std::move(error);
+    return std::nullopt;
+}
+
+ling::Any takePythonError() {
+    std::optional<ling::Error> error = fetchPythonError();
+    return error ? ling::Any(*std::move(error)) : ling::Any();
+}
+
+}  // namespace ling::python

@@ -1,0 +1,209 @@
+#include "bridge/to_ling.h"
+
+#include "bridge/convert.h"
+#include "bridge/date_time.h"
+#include "bridge/errors.h"
+#include "bridge/text.h"
+#include "functions/function_python.h"
+#include "host/gil_guard.h"
+#include "host/py_ref.h"
+#include "ling/basic_values.h"
+#include "ling/byte_array.h"
+#include "lingobject/wrapper.h"
+#include "proxies/python_proxy.h"
+#include "proxies/python_type.h"
+
+#include <cmath>
+#include <limits>
+
+namespace ling::python {
+
+namespace {
+
+/// What the rules look at.
+struct Subject {
+    PyObject* object;
+    PyTypeObject* type;
+};
+
+/// A rule answers the value, or that the object is not one of its.
+using Answer = std::optional<ling::Any>;
+using Rule = Answer (*)(const Subject&);
+constexpr std::nullopt_t kNotMine = std::nullopt;
+
+ling::Any bytesFrom(const char* data, Py_ssize_t size) {
+    return ling::ByteArray(std::string_view(data, static_cast<std::size_t>(size)));
+}
+
+/// A float without a fraction becomes an integer. One that is out of range, infinities included, gives what the
+/// processor makes of it: the least integer.
+ling::Any fromDouble(double number) {
+    constexpr double kLimit = 9223372036854775808.0;
+    if (std::isnan(number))
+        return number;
+    double whole = 0;
+    if (std::modf(number, &whole) != 0.0)
+        return number;
+    const bool fits = whole >= -kLimit && whole < kLimit;
+    return fits ? static_cast<std::int64_t>(whole) : std::numeric_limits<std::int64_t>::min();
+}
+
+/// -1, with Python's error pending, beyond 64 bits.
+ling::Any fromLong(PyObject* number) { return PyLong_AsLongLong(number); }
+
+Answer proxyIf(bool isMine, ProxyClass kind, PyObject* object) {
+    return isMine ? Answer(PythonProxy::create(kind, object)) : kNotMine;
+}
+
+template <class Value>
+Answer answerOf(std::optional<Value> value) {
+    return value ? Answer(*std::move(value)) : kNotMine;
+}
+
+Answer none(const Subject& it) { return it.object == Py_None ? Answer(ling::Any()) : kNotMine; }
+
+Answer notImplemented(const Subject& it) {
+    return it.object == Py_NotImplemented ? Answer(ling::Undefined()) : kNotMine;
+}
+
+Answer wrappedValue(const Subject& it) {
+    const ling::Any* held = isLingObject(it.object) ? heldValue(it.object) : nullptr;
+    return held != nullptr ? Answer(*held) : kNotMine;
+}
+
+Answer boolean(const Subject& it) {
+    return it.type == &PyBool_Type ? Answer(ling::Any(it.object == Py_True)) : kNotMine;
+}
+
+Answer byteArray(const Subject& it) {
+    if (!PyByteArray_Check(it.object))
+        return kNotMine;
+    return bytesFrom(PyByteArray_AS_STRING(it.object), PyByteArray_GET_SIZE(it.object));
+}
+
+Answer bytes(const Subject& it) {
+    if (!PyBytes_Check(it.object))
+        return kNotMine;
+    return bytesFrom(PyBytes_AS_STRING(it.object), PyBytes_GET_SIZE(it.object));
+}
+
+Answer decimal(const Subject& it) { return it.type == decimalType() ? Answer(readDecimal(it.object)) : kNotMine; }
+
+Answer floating(const Subject& it) {
+    return PyFloat_Check(it.object) ? Answer(fromDouble(PyFloat_AS_DOUBLE(it.object))) : kNotMine;
+}
+
+/// Everything else that calls itself a number. Where Python finds no integer in it, -1 stands beside the pending error.
+Answer number(const Subject& it) {
+    if (PyNumber_Check(it.object) == 0)
+        return kNotMine;
+    PyRef whole = PyRef::steal(PyNumber_Long(it.object));
+    return whole ? fromLong(whole.get()) : ling::Any(-1);
+}
+
+/// An object whose `__class__` cannot be read is no exception.
+Answer exception(const Subject& it) {
+    const int answer = PyObject_IsInstance(it.object, PyExc_Exception);
+    if (answer > 0)
+        return errorFromException(it.object);
+    if (answer < 0)
+        PyErr_Clear();
+    return kNotMine;
+}
+
+Answer type(const Subject& it) {
+    return PyType_Check(it.object) ? Answer(PythonType::fromPythonType(it.object)) : kNotMine;
+}
+
+Answer callable(const Subject& it) {
+    return PyCallable_Check(it.object) != 0 ? Answer(functionFromPython(it.object)) : kNotMine;
+}
+
+Answer text(const Subject& it) { return PyUnicode_Check(it.object) ? Answer(textFromPython(it.object)) : kNotMine; }
+
+Answer mapping(const Subject& it) { return proxyIf(PyDict_Check(it.object), ProxyClass::Mapping, it.object); }
+
+/// Any class of Python that defines `__getitem__` has the item slot, mappings that are no `dict` included.
+Answer sequence(const Subject& it) {
+    const PySequenceMethods* methods = it.type->tp_as_sequence;
+    const bool hasItems = methods != nullptr && methods->sq_item != nullptr;
+    return proxyIf(hasItems || PyList_Check(it.object), ProxyClass::Sequence, it.object);
+}
+
+Answer set(const Subject& it) { return proxyIf(PySet_Check(it.object), ProxyClass::Set, it.object); }
+
+Answer iterable(const Subject& it) { return proxyIf(it.type->tp_iter != nullptr, ProxyClass::Iterable, it.object); }
+
+Answer date(const Subject& it) { return it.type == dateType() ? answerOf(readDate(it.object)) : kNotMine; }
+
+Answer time(const Subject& it) { return it.type == timeType() ? answerOf(readTime(it.object)) : kNotMine; }
+
+Answer dateTime(const Subject& it) { return it.type == dateTimeType() ? answerOf(readDateTime(it.object)) : kNotMine; }
+
+Answer anyObject(const Subject& it) { return PythonProxy::create(ProxyClass::Object, it.object); }
+
+/// The first rule that takes the object decides; the order is a promise to those who write Python classes.
+constexpr Rule kRules[] = {
+    none,            // the `None` object
+    notImplemented,  // undefined
+    wrappedValue,    // the very value that came from `ling`
+    boolean,         // exactly `bool`
+    byteArray,       // `bytearray` and derived: bytes, copied
+    bytes,           // `bytes` and derived: bytes, copied
+    decimal,         // exactly `decimal.Decimal`; one derived is a number like others
+    floating,        // `float` and derived: an integer where there is no fraction
+    number,          // what has `__index__`, `__int__` or `__float__`: an integer
+    exception,       // instances of `Exception`: an error result
+    type,            // classes
+    callable,        // functions, methods, instances with `__call__`
+    text,            // `str` and derived
+    mapping,         // `dict` and derived
+    sequence,        // `list`, and everything with items by position
+    set,             // `set` and derived
+    iterable,        // everything else that can be iterated
+    date,            // exactly `datetime.date`
+    time,            // exactly `datetime.time`
+    dateTime,        // exactly `datetime.datetime`
+    anyObject,       // and the rest
+};
+
+/// The types that nearly all values have, each with the answer of the rule that would take it in the end. None of them
+/// satisfies an earlier rule.
+Answer byCommonType(PyObject* object) {
+    PyTypeObject* const exact = Py_TYPE(object);
+    if (exact == &PyUnicode_Type)
+        return textFromPython(object);
+    if (exact == &PyLong_Type)
+        return fromLong(object);
+    if (exact == &PyFloat_Type)
+        return fromDouble(PyFloat_AS_DOUBLE(object));
+    if (exact == &PyBool_Type)
+        return ling::Any(object == Py_True);
+    if (exact == &PyDict_Type)
+        return PythonProxy::create(ProxyClass::Mapping, object);
+    if (exact == &PyList_Type || exact == &PyTuple_Type)
+        return PythonProxy::create(ProxyClass::Sequence, object);
+    return kNotMine;
+}
+
+}  // namespace
+
+ling::Any toLingByRules(PyObject* object) {
+    if (object == nullptr)
+        return {};
+    const Subject subject{object, Py_TYPE(object)};
+    Answer answer;
+    for (const Rule* rule = kRules; !answer; ++rule)
+        answer = (*rule)(subject);
+    return *std::move(answer);
+}
+
+ling::Any toLing(PyObject* object) {
+    if (object == nullptr || object == Py_None)
+        return {};
+    const GilGuard gil;
+    Answer answer = byCommonType(object);
+    return answer ? *std::move(answer) : toLingByRules(object);
+}
+
+}  // namespace ling::python

@@ -1,0 +1,108 @@
+#include "language/evaluate.h"
+
+#include "bridge/convert.h"
+#include "host/entry.h"
+#include "host/interpreter.h"
+#include "host/platform.h"
+#include "host/stack_room.h"
+#include "language/builtins.h"
+#include "language/call_state.h"
+#include "language/code_wrap.h"
+#include "language/namespace.h"
+#include "language/variables.h"
+
+namespace ling::python {
+
+namespace {
+
+/// None when an evaluation can begin on this thread.
+ling::Any prepare() {
+    if (!hasStackRoom())
+        return platform::failure(u"The evaluation is nested too deeply.");
+    return ensureStarted();
+}
+
+/// The first problem that reading maps met. A map that is a Python object may have met one while it converted a value,
+/// and left it pending.
+ling::Any problemOf(std::initializer_list<const ling::Result<Variables>*> maps) {
+    for (const ling::Result<Variables>* map : maps) {
+        if (!*map)
+            return map->error();
+    }
+    return takePythonError();
+}
+
+/// The dictionaries that code runs in. The variables of the caller are among the globals: functions that the code
+/// defines see them there.
+struct Dictionaries {
+    PyRef globals = PyRef::steal(PyDict_New());
+    PyRef locals = PyRef::steal(PyDict_New());
+};
+
+/// None, or an error result.
+ling::Any fill(const Dictionaries& in, std::initializer_list<const Variables*> layers) {
+    if (!in.globals || !in.locals)
+        return takePythonError();
+    ling::Any problem = mergeNamespace(in.globals.get());
+    for (const Variables* layer : layers) {
+        if (!problem.isNone())
+            return problem;
+        problem = bindVariables(in.globals.get(), *layer);
+    }
+    return problem;
+}
+
+/// Runs the wrapped code, and answers what it returned.
+ling::Any runMethod(const ling::String& text, const Dictionaries& in, const ling::I_Map_Generic& outLocals) {
+    PyRef capsule;
+    CallState* state = CallState::install(in.locals.get(), outLocals, capsule);
+    if (state == nullptr)
+        return takePythonError();
+    const bool hasRun = static_cast<bool>(callBuiltin(names::exec, text, in.globals.get(), in.locals.get()));
+    const ling::Any error = hasRun ? ling::Any() : takePythonError();
+    const ling::Any result = state->close();
+    return hasRun ? result : error;
+}
+
+}  // namespace
+
+ling::Any evaluate(const ling::String& code, const ling::I_Map_Generic& locals, const ling::I_Map_Generic& globals,
+                   const ling::I_Map_Generic& outLocals) {
+    return evaluateMethod(ling::Any(), code, locals, globals, outLocals);
+}
+
+ling::Any evaluateMethod(const ling::Any& self, const ling::String& code, const ling::I_Map_Generic& locals,
+                         const ling::I_Map_Generic& globals, const ling::I_Map_Generic& outLocals) {
+    if (ling::Any problem = prepare(); !problem.isNone())
+        return problem;
+    const PythonEntry entry;
+    const ling::Result<Variables> local = readVariables(locals);
+    const ling::Result<Variables> global = readVariables(globals);
+    const ling::Result<Variables> out = readVariables(outLocals);
+    if (ling::Any problem = problemOf({&local, &global, &out}); !problem.isNone())
+        return problem;
+    const Dictionaries dictionaries;
+    if (ling::Any problem = fill(dictionaries, {&*global, &*out, &*local}); !problem.isNone())
+        return problem;
+    if (ling::Any problem = bindVariable(dictionaries.globals.get(), ling::String(u"self"), self); !problem.isNone())
+        return problem;
+    return runMethod(wrapMethod(code, local->names), dictionaries, outLocals);
+}
+
+ling::Any evaluateExpression(const ling::String& code, const ling::I_Map_Generic& locals,
+                             const ling::I_Map_Generic& globals) {
+    if (ling::Any problem = prepare(); !problem.isNone())
+        return problem;
+    const PythonEntry entry;
+    const ling::Result<Variables> global = readVariables(globals);
+    const ling::Result<Variables> local = readVariables(locals);
+    if (ling::Any problem = problemOf({&global, &local}); !problem.isNone())
+        return problem;
+    const Dictionaries dictionaries;
+    if (ling::Any problem = fill(dictionaries, {&*global, &*local}); !problem.isNone())
+        return problem;
+    PyRef result = callBuiltin(names::eval, code, dictionaries.globals.get(), dictionaries.locals.get());
+    return result ? toLing(result.get()) : takePythonError();
+}
+
+}  // namespace ling::python

@@ -1,0 +1,87 @@
+#include "language/language_python.h"
+
+#include "bridge/render.h"
+#include "bridge/type_names.h"
+#include "functions/module_tree.h"
+#include "host/interpreter.h"
+#include "language/call_forms.h"
+#include "ling/class_builder.h"
+#include "ling/interfaces.h"
+#include "proxies/python_type.h"
+
+namespace ling::python {
+
+namespace {
+
+constexpr const char* kScriptExample = "ling.python.LanguagePython.evaluateExpression( '[1, 2, 3]' )";
+
+/// The one object of the class; none until the class is there.
+ling::Any& languageInstance() {
+    static ling::Any& instance = *new ling::Any;
+    return instance;
+}
+
+ling::Any typeName(const ling::Any& type) {
+    if (const ling::Result<ling::Type> asType = ling::Type::cast(type))
+        return annotationText(*asType);
+    const ling::Result<ling::Class_Generic> cls = ling::Class_Generic::cast(type);
+    return cls ? ling::Any(annotationText(ling::Type(*cls))) : cls.error();
+}
+
+/// A class of Python arrives as the class that stands for it. Where the runtime has a class of its own for the same
+/// thing, that is the answer.
+ling::Any fromNativeClass(const ling::Class_Generic& pythonClass) {
+    const ling::Class_Generic native = nativeClassOf(pythonClass);
+    return native.isNone() ? pythonClass : native;
+}
+
+/// The class that stands for the Python class, or none where Python has none.
+ling::Any toNativeClass(const ling::Class_Generic& cls) {
+    return pythonTypeOf(cls) != nullptr ? cls : pythonClassOf(cls);
+}
+
+ling::Any importModules() {
+    ling::Any problem = ensureStarted();
+    return problem.isNone() ? importAllModules() : problem;
+}
+
+void addEvaluation(ling::internal::class_builder& builder) {
+    builder.classMethod(ling::I_Language::$evaluate, makeEvaluate("evaluate"))
+        .classMethod(ling::I_Language::$evaluateExpression, makeEvaluateExpression("evaluateExpression"))
+        .classMethod(ling::I_Language::$evaluateMethod, makeEvaluateMethod("evaluateMethod"))
+        .classProperty(ling::I_Language::$$canEvaluate,
+                       ling::internal::property_builder().value(true).doc("Python evaluates code."));
+}
+
+void addNames(ling::internal::class_builder& builder) {
+    builder.classMethod("toCode", "value", &renderPython, "Renders a value as Python source.")
+        .classMethod("typeName", "type", &typeName, "Returns the Python name of a type.")
+        .classMethod("fromNativeClass", "cls", &fromNativeClass, "Returns the class for a Python class.")
+        .classMethod("toNativeClass", "cls", &toNativeClass, "Returns the Python class for a class.")
+        .classProperty(ling::I_HasName::$$name,
+                       ling::internal::property_builder().value(ling::String("Python")).doc("Name of the language."));
+}
+
+void addInstance(ling::internal::class_builder& builder) {
+    const auto instance = [] { return languageInstance(); };
+    builder.classProperty(ling::I_Language::$$instance,
+                          ling::internal::property_builder().getter(instance).doc("The one object of the class."));
+}
+
+}  // namespace
+
+void buildLanguageClass() {
+    ling::internal::class_builder builder = ling::internal::defclass_impl("LanguagePython", "ling.python");
+    builder.parent(ling::I_Language::getClass())
+        .doc("Implementation of 'I_Language' interface for Python language.")
+        .example(ling::lang_name_cpp, "LanguagePython::evaluateExpression( u\"[1, 2, 3]\"_bytea );")
+        .example(ling::lang_name_js, kScriptExample)
+        .example(ling::lang_name_python, kScriptExample);
+    addEvaluation(builder);
+    addNames(builder);
+    addInstance(builder);
+    builder.classMethod("importAllModules", "", &importModules, "Imports all standard python modules.");
+    languageInstance() = builder.build().allocateInstance();
+}
+
+}  // namespace ling::python

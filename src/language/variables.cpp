@@ -1,0 +1,69 @@
+#include "language/variables.h"
+
+#include "bridge/convert.h"
+#include "bridge/text.h"
+#include "host/platform.h"
+#include "host/py_ref.h"
+
+namespace ling::python {
+
+namespace {
+
+ling::Any readInto(Variables& variables, const ling::I_Map_Generic& map, const ling::Any& key) {
+    const ling::Result<ling::String> name = ling::String::cast(key);
+    if (!name)
+        return platform::failure(ling::String(u"Invalid variable name: {}.").arg(key));
+    ling::Any value = map.get(key);
+    if (ling::internal::is_error_result(value))
+        return value;
+    variables.names.push_back(*name);
+    variables.values.push_back(std::move(value));
+    return {};
+}
+
+ling::Any readAll(Variables& variables, const ling::I_Map_Generic& map) {
+    const ling::Any keys = map.keys();
+    if (ling::internal::is_error_result(keys))
+        return keys;
+    const ling::Result<ling::I_Iterable_Generic> iterable = ling::I_Iterable_Generic::cast(keys);
+    if (!iterable)
+        return iterable.error();
+    ling::iteration each = iterable->beginImpl();
+    while (each.advance()) {
+        if (ling::Any problem = readInto(variables, map, each.item()); !problem.isNone())
+            return problem;
+    }
+    return each.error();
+}
+
+}  // namespace
+
+ling::Result<Variables> readVariables(const ling::I_Map_Generic& map) {
+    Variables variables;
+    if (ling::Any problem = readAll(variables, map); !problem.isNone())
+        return ling::Result<Variables>::failure(std::move(problem));
+    return variables;
+}
+
+ling::Any bindVariable(PyObject* target, const ling::String& name, const ling::Any& value) {
+    PyRef object = PyRef::steal(toPython(value));
+    PyRef key = PyRef::steal(object ? textToPython(name) : nullptr);
+    if (key && PyDict_SetItem(target, key.get(), object.get()) == 0)
+        return {};
+    return pendingErrorOr(platform::failure(ling::String(u"Unable to convert a value: {}.").arg(value)));
+}
+
+ling::Any bindVariables(PyObject* target, const Variables& variables) {
+    for (std::size_t i = 0; i < variables.names.size(); ++i) {
+        if (ling::Any problem = bindVariable(target, variables.names[i], variables.values[i]); !problem.isNone())
+            return problem;
+    }
+    return {};
+}
+
+ling::Any pendingErrorOr(const ling::Any& fallback) {
+    const ling::Any error = takePythonError();
+    return error.isNone() ? fallback : error;
+}
+
+}  // namespace ling::python
