@@ -1,0 +1,109 @@
+#include "lingobject/attributes.h"
+
+#include "ling/class.h"
+#include "ling/error.h"
+#include "ling/function.h"
+#include "ling/indirect_values.h"
+#include "ling/members.h"
+#include "lingobject/instance.h"
+#include "lingobject/member_name.h"
+#include "lingobject/slot_result.h"
+#include "lingobject/special_names.h"
+
+namespace ling::python {
+
+namespace {
+
+using ling::internal::identifier_data;
+
+/// The value that members are looked up on: a lazy one is resolved first, since its members are those of its result.
+ling::Any receiverOf(const ling::Any& value) {
+    return value.is(ling::Kind::Lazy) ? ling::internal::result_unwrap_lazy(value) : value;
+}
+
+/// A new reference, or null: with the Python error set, or with nothing pending when there is no such member.
+PyObject* lookUpMember(const ling::Any& value, const identifier_data& name) {
+    if (raisesItself(value))
+        return nullptr;
+    const ling::Property property = ling::property_of(value, ling::property_ident_untyped(name));
+    if (PyErr_Occurred() != nullptr)
+        return nullptr;
+    if (!property.isNone())
+        return giveResult(property.get(value));
+    const ling::method_ident_untyped id(name);
+    if (ling::method_of(value, id).isNone())
+        return nullptr;
+    return giveResult(value.boundMethod(id));
+}
+
+enum class MessageEnd : bool { Bare, FullStop };
+
+/// "name: message", with or without a full stop: the texts differ by the kind of store that failed.
+int refuse(PyObject* name, const ling::Any& error, MessageEnd end) {
+    const std::string message = messageOf(error).toStdString();
+    PyErr_Format(PyExc_RuntimeError, end == MessageEnd::FullStop ? "%U: %s." : "%U: %s", name, message.c_str());
+    return -1;
+}
+
+int finish(PyObject* name, const ling::Any& outcome, MessageEnd end) {
+    const ling::Any value = ling::internal::result_unwrap_lazy(outcome);
+    if (ling::internal::is_error_result(value))
+        return refuse(name, value, end);
+    return PyErr_Occurred() == nullptr ? 0 : -1;
+}
+
+int assignMember(const ling::Any& self, PyObject* name, const identifier_data& id, const ling::Any& value) {
+    const ling::property_ident_untyped propertyId(id);
+    const ling::Class_Generic cls = ling::class_of(self);
+    const ling::Property property = ling::property_of(self, propertyId);
+    if (!property.isNone()) {
+        if (!property.setter().isNone())
+            return finish(name, property.set(self, value), MessageEnd::FullStop);
+        if (!cls.definedProperty(propertyId).isNone()) {
+            PyErr_Format(PyExc_RuntimeError, "Read-only attribute: %U.", name);
+            return -1;
+        }
+    }
+    const ling::field_ident_untyped fieldId(id);
+    if (cls.definedField(fieldId) != nullptr)
+        return finish(name, self.setFieldValue(fieldId, value), MessageEnd::Bare);
+    return finish(name, ling::insert_property_value(self, propertyId, value), MessageEnd::Bare);
+}
+
+/// Takes a property off the object itself; what the class declares stays.
+int deleteMember(const ling::Any& self, PyObject* name, const identifier_data& id) {
+    if (ling::remove_property(self, ling::property_ident_untyped(id)))
+        return 0;
+    if (PyErr_Occurred() == nullptr)
+        PyErr_SetObject(PyExc_AttributeError, name);
+    return -1;
+}
+
+}  // namespace
+
+PyObject* lookUpAttribute(PyObject* self, PyObject* name) {
+    if (isPrivateName(name)) {
+        PyObject* special = nullptr;
+        return answerSpecialName(valueOf(self), name, special) ? special : PyObject_GenericGetAttr(self, name);
+    }
+    const identifier_data* id = memberName(name);
+    if (id == nullptr)
+        return nullptr;
+    PyObject* found = lookUpMember(receiverOf(valueOf(self)), *id);
+    if (found != nullptr || PyErr_Occurred() != nullptr)
+        return found;
+    return PyObject_GenericGetAttr(self, name);
+}
+
+int assignAttribute(PyObject* self, PyObject* name, PyObject* value) {
+    const identifier_data* id = memberName(name);
+    if (id == nullptr)
+        return -1;
+    const ling::Any receiver = receiverOf(valueOf(self));
+    if (value == nullptr)
+        return deleteMember(receiver, name, *id);
+    ling::Any converted;
+    return takeArgument(value, converted) ? assignMember(receiver, name, *id, converted) : -1;
+}
+
+}  // namespace ling::python

@@ -1,0 +1,228 @@
+#include "lingobject/operators.h"
+
+#include "ling/basic_values.h"
+#include "ling/comparison.h"
+#include "ling/error.h"
+#include "ling/interfaces.h"
+#include "ling/map_interface.h"
+#include "ling/members.h"
+#include "ling/sequence.h"
+#include "lingobject/instance.h"
+#include "lingobject/slot_result.h"
+#include "lingobject/wrapper.h"
+
+#include <cstdlib>
+
+namespace ling::python {
+
+namespace {
+
+using ling::I_MutableMap_Generic;
+using ling::I_MutableSequence_Generic;
+using ling::I_Sequence_Generic;
+
+/// A binary operator: the method that carries it out, the one that does where that is missing, and what is said when
+/// the value has neither.
+struct BinaryOperator {
+    const ling::method_ident_untyped& method;
+    const char* fallback;
+    const char16_t* missing;
+};
+
+const BinaryOperator kSubtract{ling::Any::$__sub__, nullptr, u"[ling_number_subtract] None method '__sub__' in: {}"};
+const BinaryOperator kInplaceSubtract{ling::Any::$__isub__, nullptr,
+                                      u"[ling_number_inplace_subtract] None method '__isub__' in: {}"};
+const BinaryOperator kDivide{ling::Any::$__div__, nullptr, u"[ling_number_divide] None method '__div__' in: {}."};
+const BinaryOperator kInplaceDivide{ling::Any::$__idiv__, nullptr,
+                                    u"[ling_number_divide] None method '__idiv__' in: {}."};
+const BinaryOperator kConcat{ling::Any::$__add__, "concat", u"[ling_sequence_concat] None method 'concat' in: {}"};
+const BinaryOperator kInplaceConcat{ling::Any::$__iadd__, "extend",
+                                    u"[ling_sequence_extend] None method 'extend' in: {}."};
+const BinaryOperator kRepeat{ling::Any::$__mul__, "repeat", u"[ling_sequence_repeat] None method 'repeat' in: {}."};
+const BinaryOperator kInplaceRepeat{ling::Any::$__imul__, nullptr,
+                                    u"[ling_sequence_inplace_repeat] None method '__imul__' in: {}."};
+
+/// The identifier of the method to call, by the row's name or its fallback's; `found` says whether there is one.
+ling::method_ident_untyped chooseMethod(const ling::Any& value, const BinaryOperator& row, bool& found) {
+    found = !ling::method_of(value, row.method).isNone();
+    if (found || row.fallback == nullptr)
+        return row.method;
+    const ling::method_ident_untyped fallback(row.fallback);
+    found = !ling::method_of(value, fallback).isNone();
+    return fallback;
+}
+
+PyObject* applyOperator(const BinaryOperator& row, PyObject* self, const ling::Any& operand) {
+    const ling::Any value = ling::internal::unwrap(valueOf(self));
+    if (raisesItself(value))
+        return nullptr;
+    bool found = false;
+    const ling::method_ident_untyped method = chooseMethod(value, row, found);
+    if (!found)
+        return raise(PyExc_NotImplementedError, ling::String(row.missing).arg(value));
+    return giveResultOrMessage(value.callMethod(method, {operand}));
+}
+
+template <const BinaryOperator& Row>
+PyObject* binarySlot(PyObject* self, PyObject* other) {
+    ling::Any operand;
+    // Python also calls with the operands the other way round; a wrapper on the right is not supported.
+    if (!isLingObject(self) || !takeArgument(other, operand))
+        return nullptr;
+    return applyOperator(Row, self, operand);
+}
+
+template <const BinaryOperator& Row>
+PyObject* repeatSlot(PyObject* self, Py_ssize_t count) {
+    return isLingObject(self) ? applyOperator(Row, self, ling::Any(count)) : nullptr;
+}
+
+Py_ssize_t length(PyObject* self) {
+    const ling::Any value =
+        ling::internal::result_unwrap_lazy(valueOf(self).propertyValue(I_Sequence_Generic::$$length));
+    if (PyErr_Occurred() != nullptr)
+        return -1;
+    const ling::Result<ling::Integer> number = ling::Integer::cast(value);
+    if (number)
+        return static_cast<Py_ssize_t>(number->value());
+    (void)raiseMessage(ling::internal::is_error_result(value) ? value : number.error());
+    return -1;
+}
+
+PyObject* item(PyObject* self, Py_ssize_t index) {
+    return giveResultOrMessage(valueOf(self).callMethod(I_Sequence_Generic::$at, {index}));
+}
+
+int assignItem(PyObject* self, Py_ssize_t index, PyObject* value) {
+    const ling::Any& held = valueOf(self);
+    if (value == nullptr)
+        return giveOutcome(held.callMethod(I_MutableSequence_Generic::$removeAt, {index}));
+    ling::Any converted;
+    if (!takeArgument(value, converted))
+        return -1;
+    return giveOutcome(held.callMethod(I_MutableSequence_Generic::$set, {index, converted}));
+}
+
+int contains(PyObject* self, PyObject* searched) {
+    ling::Any operand;
+    if (!takeArgument(searched, operand))
+        return -1;
+    const ling::Any value = ling::internal::result_unwrap_lazy(
+        valueOf(self).callMethod(ling::I_Iterable_Generic::$contains, {operand}));
+    if (PyErr_Occurred() != nullptr)
+        return -1;
+    const ling::Result<ling::Boolean> answer = ling::Boolean::cast(value);
+    if (answer)
+        return answer->value() ? 1 : 0;
+    (void)raiseMessage(ling::internal::is_error_result(value) ? value : answer.error());
+    return -1;
+}
+
+PyObject* raiseKey(const ling::Any& key) { return raise(PyExc_KeyError, ling::display(key)); }
+
+PyObject* subscriptMap(const ling::I_Map_Generic& map, const ling::Any& key) {
+    if (!ling::I_Immutable::cast(key))
+        return raiseKey(key);
+    const ling::Any value = ling::internal::result_unwrap_lazy(map.get(key));
+    return ling::internal::is_error_result(value) ? raiseKey(key) : giveResult(value);
+}
+
+PyObject* subscriptSequence(const I_Sequence_Generic& sequence, const ling::Any& index) {
+    return index.is(ling::Kind::Integer) ? giveResultOrMessage(sequence.at(index)) : raiseKey(index);
+}
+
+PyObject* subscript(PyObject* self, PyObject* key) {
+    ling::Any converted;
+    if (!takeArgument(key, converted))
+        return nullptr;
+    if (!isLingObject(self))
+        return raiseKey(converted);
+    const ling::Any& value = valueOf(self);
+    if (raisesItself(value))
+        return nullptr;
+    if (const auto map = ling::I_Map_Generic::cast(value))
+        return subscriptMap(*map, converted);
+    if (const auto sequence = I_Sequence_Generic::cast(value))
+        return subscriptSequence(*sequence, converted);
+    return raiseKey(converted);
+}
+
+/// The methods that store under a key and delete it.
+struct StoreMethods {
+    const ling::method_ident_untyped& set;
+    const ling::method_ident_untyped& remove;
+};
+
+/// The methods for a container of this kind and this key, or null when the key does not fit.
+const StoreMethods* storeMethods(const ling::Any& container, const ling::Any& key) {
+    static const StoreMethods kMap{I_MutableMap_Generic::$set, I_MutableMap_Generic::$remove};
+    static const StoreMethods kSequence{I_MutableSequence_Generic::$set, I_MutableSequence_Generic::$removeAt};
+    if (ling::I_Map_Generic::cast(container))
+        return &kMap;
+    const bool fits = I_Sequence_Generic::cast(container) && key.is(ling::Kind::Integer);
+    return fits ? &kSequence : nullptr;
+}
+
+int assignSubscript(PyObject* self, PyObject* key, PyObject* value) {
+    ling::Any convertedKey;
+    ling::Any convertedValue;
+    if (!takeArgument(key, convertedKey) || (value != nullptr && !takeArgument(value, convertedValue)))
+        return -1;
+    const StoreMethods* methods = isLingObject(self) ? storeMethods(valueOf(self), convertedKey) : nullptr;
+    if (methods == nullptr) {
+        (void)raiseKey(convertedKey);
+        return -1;
+    }
+    if (value == nullptr)
+        return giveOutcome(valueOf(self).callMethod(methods->remove, {convertedKey}));
+    return giveOutcome(valueOf(self).callMethod(methods->set, {convertedKey, convertedValue}));
+}
+
+/// A zero-filled table, made on first need under the interpreter lock.
+template <class Table>
+Table* makeTable() {
+    return static_cast<Table*>(std::calloc(1, sizeof(Table)));
+}
+
+}  // namespace
+
+PyNumberMethods* numberTable() {
+    static PyNumberMethods* table = [] {
+        auto* slots = makeTable<PyNumberMethods>();
+        slots->nb_subtract = binarySlot<kSubtract>;
+        slots->nb_inplace_subtract = binarySlot<kInplaceSubtract>;
+        slots->nb_true_divide = binarySlot<kDivide>;
+        slots->nb_inplace_true_divide = binarySlot<kInplaceDivide>;
+        return slots;
+    }();
+    return table;
+}
+
+PySequenceMethods* sequenceTable() {
+    static PySequenceMethods* table = [] {
+        auto* slots = makeTable<PySequenceMethods>();
+        slots->sq_length = length;
+        slots->sq_concat = binarySlot<kConcat>;
+        slots->sq_repeat = repeatSlot<kRepeat>;
+        slots->sq_item = item;
+        slots->sq_ass_item = assignItem;
+        slots->sq_contains = contains;
+        slots->sq_inplace_concat = binarySlot<kInplaceConcat>;
+        slots->sq_inplace_repeat = repeatSlot<kInplaceRepeat>;
+        return slots;
+    }();
+    return table;
+}
+
+PyMappingMethods* mappingTable() {
+    static PyMappingMethods* table = [] {
+        auto* slots = makeTable<PyMappingMethods>();
+        slots->mp_length = length;
+        slots->mp_subscript = subscript;
+        slots->mp_ass_subscript = assignSubscript;
+        return slots;
+    }();
+    return table;
+}
+
+}  // namespace ling::python

@@ -1,0 +1,65 @@
+#include "lingobject/protocols.h"
+
+#include "bridge/render.h"
+#include "host/gil_guard.h"
+#include "ling/comparison.h"
+#include "ling/error.h"
+#include "ling/interfaces.h"
+#include "ling/iterable.h"
+#include "lingobject/instance.h"
+#include "lingobject/slot_result.h"
+
+#include <utility>
+
+namespace ling::python {
+
+void deallocate(PyObject* self) {
+    GilGuard gil;
+    ling::Any* cell = std::exchange(reinterpret_cast<Instance*>(self)->value, nullptr);
+    // The value's end may run any code, Python code included; an error pending around us is not its business.
+    PyObject* pending = PyErr_GetRaisedException();
+    delete cell;
+    PyErr_SetRaisedException(pending);
+    PyObject_Free(self);
+}
+
+Py_hash_t hash(PyObject* self) {
+    const ling::Any& value = valueOf(self);
+    const std::int64_t number = ling::I_Immutable::cast(value) ? ling::hash_of(value) : ling::object_id(value);
+    return number == -1 ? -2 : static_cast<Py_hash_t>(number);
+}
+
+PyObject* compare(PyObject* self, PyObject* other, int operation) {
+    ling::Any right;
+    if (!takeArgument(other, right))
+        return nullptr;
+    const std::int64_t order = ling::compare_objects(valueOf(self), right);
+    if (PyErr_Occurred() != nullptr)
+        return nullptr;
+    Py_RETURN_RICHCOMPARE(order, 0, operation);
+}
+
+PyObject* representation(PyObject* self) { return giveResult(renderPython(valueOf(self))); }
+
+PyObject* text(PyObject* self) { return giveResult(ling::display(valueOf(self))); }
+
+PyObject* iterate(PyObject* self) {
+    const ling::Any& value = valueOf(self);
+    if (raisesItself(value))
+        return nullptr;
+    const ling::Result<ling::I_Iterable_Generic> iterable = ling::I_Iterable_Generic::cast(value);
+    return iterable ? giveResult(iterable->iter()) : nullptr;
+}
+
+PyObject* nextItem(PyObject* self) {
+    const ling::Result<ling::I_Iterator_Generic> iterator = ling::I_Iterator_Generic::cast(valueOf(self));
+    if (!iterator)
+        return nullptr;
+    const ling::Any item = ling::internal::result_unwrap_lazy(iterator->next());
+    if (!ling::internal::is_error_result(item))
+        return giveResult(item);
+    PyErr_Clear();  // Any failure ends the loop quietly.
+    return nullptr;
+}
+
+}  // namespace ling::python

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <Python.h>
+
+#include "bridge/convert.h"
+#include "ling/error.h"
+
+/// The adapters between what `ling` operations answer and what a slot must give to Python.
+///
+/// A conversion may leave an error pending beside a value that says nothing (an integer beyond 64 bits). Python must
+/// never see a result together with an error, so an argument that did that is raised before anything is called, and a
+/// result that did it is raised in the place of the value.
+namespace ling::python {
+
+/// Converts an argument. False with the Python error set when the conversion left one pending.
+inline bool takeArgument(PyObject* object, ling::Any& converted) {
+    converted = toLing(object);
+    return PyErr_Occurred() == nullptr;
+}
+
+/// A converted result: a new reference, or null with the Python error set. An error result raises the exception that
+/// stands for it.
+inline PyObject* giveResult(const ling::Any& result) {
+    if (PyErr_Occurred() != nullptr)
+        return nullptr;
+    PyObject* converted = toPython(ling::internal::result_unwrap_lazy(result));
+    if (converted != nullptr && PyErr_Occurred() != nullptr) {
+        Py_DECREF(converted);
+        return nullptr;
+    }
+    return converted;
+}
+
+/// Raises `type` with a text of ours. Always null, for slots that end with it.
+PyObject* raise(PyObject* type, const ling::String& text);
+/// Raises `RuntimeError` with the message of an error result, and nothing else.
+PyObject* raiseMessage(const ling::Any& error);
+/// The message of an error result, or an empty text.
+ling::String messageOf(const ling::Any& error);
+
+/// A converted result of an operation whose failure is told by a `RuntimeError` with the plain message.
+inline PyObject* giveResultOrMessage(const ling::Any& result) {
+    const ling::Any value = ling::internal::result_unwrap_lazy(result);
+    return ling::internal::is_error_result(value) ? raiseMessage(value) : giveResult(value);
+}
+
+/// The outcome of an operation without a result: 0, or -1 with a `RuntimeError` with the plain message.
+inline int giveOutcome(const ling::Any& outcome) {
+    const ling::Any value = ling::internal::result_unwrap_lazy(outcome);
+    if (ling::internal::is_error_result(value))
+        (void)raiseMessage(value);
+    return PyErr_Occurred() == nullptr ? 0 : -1;
+}
+
+/// When the value is an error, raises the exception that stands for it and answers true.
+inline bool raisesItself(const ling::Any& value) {
+    if (!value.is(ling::Kind::Object) || !ling::Error::cast(value))
+        return false;
+    Py_XDECREF(toPython(value));
+    return true;
+}
+
+}  // namespace ling::python

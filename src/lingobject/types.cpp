@@ -1,0 +1,200 @@
+#include "lingobject/types.h"
+
+#include "lingobject/attributes.h"
+#include "lingobject/call.h"
+#include "lingobject/class_tables.h"
+#include "lingobject/instance.h"
+#include "lingobject/operators.h"
+#include "lingobject/protocols.h"
+#include "ling/comparison.h"
+#include "ling/error.h"
+#include "ling/module.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <string>
+#include <unordered_map>
+
+namespace ling::python {
+
+constexpr char kFamilyName[] = ">LingObject";
+
+namespace {
+
+constexpr char kFamilyDoc[] = "Wrapper around of a Ling object";
+
+/// A type with the slots that every type of the family has. Zero-filled, referenced twice: it is never freed.
+PyTypeObject* makeType(const char* name, const char* doc) {
+    auto* type = static_cast<PyTypeObject*>(std::calloc(1, sizeof(PyTypeObject)));
+    if (type == nullptr)
+        return nullptr;
+    Py_SET_REFCNT(reinterpret_cast<PyObject*>(type), 1);
+    Py_INCREF(type);
+    type->tp_name = name;
+    type->tp_doc = doc;
+    type->tp_basicsize = sizeof(Instance);
+    type->tp_flags = Py_TPFLAGS_DEFAULT;
+    type->tp_dealloc = deallocate;
+    type->tp_repr = representation;
+    type->tp_as_sequence = sequenceTable();
+    type->tp_as_mapping = mappingTable();
+    type->tp_hash = hash;
+    type->tp_str = text;
+    type->tp_getattro = lookUpAttribute;
+    type->tp_setattro = assignAttribute;
+    type->tp_richcompare = compare;
+    type->tp_iter = iterate;
+    type->tp_iternext = nextItem;
+    return type;
+}
+
+PyTypeObject* makeReady(PyTypeObject* type) {
+    return type != nullptr && PyType_Ready(type) == 0 ? type : nullptr;
+}
+
+PyTypeObject* makePlainType() {
+    PyTypeObject* type = makeType(kFamilyName, kFamilyDoc);
+    if (type != nullptr)
+        type->tp_as_number = numberTable();
+    return makeReady(type);
+}
+
+PyTypeObject* makeCallableType() {
+    PyTypeObject* type = makeType(kFamilyName, kFamilyDoc);
+    if (type != nullptr) {
+        type->tp_as_number = numberTable();
+        type->tp_call = call;
+    }
+    return makeReady(type);
+}
+
+/// Made on first need, under the interpreter lock, by steps that run no Python code and so do not give it up.
+PyTypeObject* plainType() {
+    static constinit PyTypeObject* type = nullptr;
+    if (type == nullptr)
+        type = makePlainType();
+    return type;
+}
+
+PyTypeObject* callableType() {
+    static constinit PyTypeObject* type = nullptr;
+    if (type == nullptr)
+        type = makeCallableType();
+    return type;
+}
+
+/// "ling~" and the qualified name, full stops replaced: Python would split the name at them.
+const char* makeTypeName(const ling::Class_Generic& cls) {
+    std::string name = "ling~" + ling::qualname(cls).toStdString();
+    for (char& character : name)
+        if (character == '.')
+            character = '`';
+    return keepText(name);
+}
+
+/// What a per-class type is made of. Gathered before the cache is locked: asking a class for the signatures of its
+/// methods may run any code.
+struct ClassParts {
+    const char* name;
+    const char* doc;
+    PyMethodDef* methods;
+    PyGetSetDef* properties;
+};
+
+ClassParts gatherParts(const ling::Class_Generic& cls) {
+    return {makeTypeName(cls), keepText(cls.doc().toStdString()), makeMethodTable(cls), makePropertyTable(cls)};
+}
+
+/// Runs no foreign code.
+PyTypeObject* makeClassType(const ClassParts& parts) {
+    PyTypeObject* base = callableType();
+    PyTypeObject* type = base == nullptr ? nullptr : makeType(parts.name, parts.doc);
+    if (type == nullptr)
+        return nullptr;
+    type->tp_base = base;
+    type->tp_call = call;
+    type->tp_methods = parts.methods;
+    type->tp_getset = parts.properties;
+    return makeReady(type);
+}
+
+/// The type chosen for each class so far. One spin lock guards it. A thread that finds it taken gives the interpreter
+/// lock up while it waits, since the holder may need that lock to go on.
+class TypeCache {
+public:
+    PyTypeObject* find(const ling::Class_Generic& cls) {
+        const SpinGuard hold(lock_);
+        auto found = types_.find(cls.record());
+        return found == types_.end() ? nullptr : found->second;
+    }
+
+    /// Makes the type unless another thread was faster; the lock is held meanwhile, so no class gets two.
+    template <class Make>
+    PyTypeObject* findOrMake(const ling::Class_Generic& cls, Make&& make) {
+        const SpinGuard hold(lock_);
+        if (auto found = types_.find(cls.record()); found != types_.end())
+            return found->second;
+        PyTypeObject* type = make();
+        if (type == nullptr)
+            return nullptr;
+        types_.emplace(cls.record(), type);
+        kept_.push_back(cls);  // The address of a class that is gone must not be taken for that of a new one.
+        return type;
+    }
+
+private:
+    class SpinGuard {
+    public:
+        explicit SpinGuard(std::atomic<bool>& lock) : lock_(lock) {
+            while (lock_.exchange(true, std::memory_order_acquire)) {
+                PyThreadState* state = PyEval_SaveThread();
+                __builtin_ia32_pause();
+                PyEval_RestoreThread(state);
+            }
+        }
+        ~SpinGuard() { lock_.store(false, std::memory_order_release); }
+        SpinGuard(const SpinGuard&) = delete;
+        SpinGuard& operator=(const SpinGuard&) = delete;
+
+    private:
+        std::atomic<bool>& lock_;
+    };
+
+    std::atomic<bool> lock_{false};
+    std::unordered_map<const ling::internal::object_value_class*, PyTypeObject*> types_;
+    std::vector<ling::Class_Generic> kept_;
+};
+
+TypeCache& cache() {
+    static TypeCache& types = *new TypeCache;
+    return types;
+}
+
+/// Module classes always; otherwise classes that declare public methods or properties of their own.
+bool selectsOwnType(const ling::Class_Generic& cls) {
+    return cls.isAncestor(ling::Module::getClass()) || declaresPublicMembers(cls);
+}
+
+PyTypeObject* sharedType(const ling::Class_Generic& cls) {
+    return cls.isAncestor(ling::I_Invokable_Generic::getClass()) ? callableType() : plainType();
+}
+
+PyTypeObject* makeTypeFor(const ling::Class_Generic& cls) {
+    if (!selectsOwnType(cls))
+        return cache().findOrMake(cls, [&] { return sharedType(cls); });
+    const ClassParts parts = gatherParts(cls);
+    return cache().findOrMake(cls, [&] { return makeClassType(parts); });
+}
+
+}  // namespace
+
+PyTypeObject* typeForClass(const ling::Class_Generic& cls) {
+    if (PyTypeObject* known = cache().find(cls))
+        return known;
+    PyTypeObject* type = makeTypeFor(cls);
+    if (type == nullptr && PyErr_Occurred() == nullptr)
+        PyErr_NoMemory();
+    return type;
+}
+
+}  // namespace ling::python
