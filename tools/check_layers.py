@@ -1,7 +1,8 @@
 """Fails when a file includes upwards.
 
 The table says which rooms a tree has, the lowest first. A file may include files of its own room and of those before
-it, and the runtime's public headers. A file belongs to the last room of its tree that one of its patterns names.
+it, and the runtime's public headers. A file belongs to the room that
+names it, else to the last room of its tree that one of its patterns matches.
 """
 
 import fnmatch
@@ -23,7 +24,7 @@ TREES = {
     ]),
     "src": ("src", [
         ("the host's base", ["host/*"]),
-        ("the bridge's faces", ["bridge/*.h"]),
+        ("the faces", ["bridge/*.h", "language/evaluate.h"]),
         ("wrappers, proxies, functions", ["lingobject/*", "proxies/*", "functions/*"]),
         ("the converters", ["bridge/*.cpp"]),
         ("the language", ["language/*"]),
@@ -42,6 +43,9 @@ INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 def room_of(tree, name):
     """The position of the room that `name`, relative to the tree, belongs to; None when it belongs to none."""
     rooms = TREES[tree][1]
+    for position, (_, patterns) in enumerate(rooms):
+        if name in patterns:
+            return position
     for position in reversed(range(len(rooms))):
         if any(fnmatch.fnmatch(name, pattern) for pattern in rooms[position][1]):
             return position

@@ -41,11 +41,8 @@ constinit Once languageClassBuilt;
 /// A module that cannot be exported is missing from the tree, and the start goes on without it.
 void exportStandardModule(const StandardExport& row) {
     const ling::Any module = exportModule(row.lingName, row.pythonName, 0);
-    if (!ling::internal::is_error_result(module))
-        return;
-    const ling::Result<ling::Error> error = ling::Error::cast(module);
-    platform::report(ling::String(u"Unable to export the Python module {}: {}")
-                         .arg(ling::String(row.pythonName), error ? error->message() : ling::String()));
+    if (ling::internal::is_error_result(module))
+        reportNotExported(row.pythonName, module);
 }
 
 const bool stepsAreSet = (setStartSteps({setUpPythonModule, setUpLanguage}), true);
