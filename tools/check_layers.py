@@ -1,8 +1,8 @@
 """Fails when a file includes upwards.
 
 The table says which rooms a tree has, the lowest first. A file may include files of its own room and of those before
-it, and the runtime's public headers. A file belongs to the room that
-names it, else to the last room of its tree that one of its patterns matches.
+it, and the runtime's public headers. A file belongs to the room that names it, else to the last room of its tree that
+one of its patterns matches.
 """
 
 import fnmatch
