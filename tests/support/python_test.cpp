@@ -36,7 +36,7 @@ void PythonTest::SetUp() {
 void PythonTest::TearDown() {
     EXPECT_EQ(PyThreadState_GetUnchecked(), nullptr) << "The test ends with the interpreter lock held.";
     expectNoPendingError();
-    if (HasFailure() || IsSkipped() || isBalanced(before_)) {
+    if (HasFailure() || IsSkipped() || valuesMayStay_ || isBalanced(before_)) {
         forgetNamespace();
         return;
     }

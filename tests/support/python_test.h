@@ -24,6 +24,9 @@ protected:
     void TearDown() override;
     void TestBody() override = 0;
 
+    /// For a test that makes what stays for the process, such as a module: values may be left over.
+    void expectValuesToStay() { valuesMayStay_ = true; }
+
     /// Under a guard of the caller's: the value of a Python expression in a namespace of its own that has the
     /// builtins and what `run` has defined in this test. A failure of the test, and null, when it raises.
     ling::python::PyRef eval(const char* expression);
@@ -40,6 +43,7 @@ private:
     void forgetNamespace();
 
     std::size_t before_ = 0;
+    bool valuesMayStay_ = false;
     PyObject* namespace_ = nullptr;  // Owned; dropped in TearDown, under the lock.
 };
 
