@@ -32,6 +32,9 @@ private:
 
 /// A time of day to the nanosecond, perhaps with its offset from UTC in seconds, the name of its zone, and which of
 /// two equal readings of a clock that was set back it is (fold 0 or 1).
+///
+/// Times with offsets compare by what the clock shows in UTC, without turning over at midnight. One without an offset
+/// has its place in that order as if it were UTC, before the one that says so. Zone name and fold do not count.
 class LING_EXPORT Time : public Any {
 public:
     Time(unsigned char hour, unsigned char minute, unsigned char second, unsigned int nanoSeconds = 0);
@@ -46,7 +49,7 @@ public:
     std::int64_t offset() const noexcept;  ///< Seconds east of UTC, 0 when there is none; within a day either way.
     String zoneName() const;
     unsigned char fold() const noexcept;
-    String toString() const;  ///< "12:30:15", "12:30:15.000000999", "12:30:15+02:00".
+    String toString() const;  ///< "12:30:15", "12:30:15.000000999", "12:30:15+02:00", "12:30:15-00:00:01".
 
     static Result<Time> cast(const Any& value);
     static const Class_Generic& getClass();
@@ -57,7 +60,8 @@ private:
     friend class DateTime;
 };
 
-/// A date and a time of day. Two date-times with offsets compare as the instants they are; otherwise by their fields.
+/// A date and a time of day. Two date-times with offsets compare as the instants they are, two without by their fields;
+/// between the two sorts the order is that of `Time`.
 class LING_EXPORT DateTime : public Any {
 public:
     DateTime(const Date& date, const Time& time);
