@@ -10,5 +10,10 @@ void define_decimal_members();
 void define_date_time_members();
 void define_list_members();
 void define_tuple_members();
+void define_map_members();
+void define_set_members();
+void define_error_members();
+void define_indirect_value_members();
+void define_boxed_members();
 
 }  // namespace ling::internal

@@ -78,6 +78,7 @@ public:
     std::vector<std::pair<Any, Any>> copy_and_load_pairs() const;
     std::vector<Any> copy_keys() const;
     std::vector<Any> copy_values() const;
+    Any iterate() const;  ///< An iterator over the keys as they are now.
 
 private:
     ~object_value_hash_map() override;
@@ -95,6 +96,7 @@ public:
     bool remove(const Any& item);
     void clear();
     std::vector<Any> copy_items() const;
+    Any iterate() const;  ///< An iterator over the items as they are now.
 
 private:
     ~object_value_hash_set() override;

@@ -6,6 +6,8 @@
 #include "ling/function.h"
 
 #include <functional>
+#include <memory>
+#include <string_view>
 #include <typeinfo>
 #include <utility>
 
@@ -23,9 +25,12 @@ public:
     Any evaluate();
 
 private:
-    std::function<Any()> compute_;  // Emptied once the value is there; guarded by guard(), as is value_.
+    friend Any result_unwrap_lazy(Any value);
+    Any computeOnce();
+    void settle(const Any& value);
+
+    std::shared_ptr<const std::function<Any()>> compute_;  // Null once the value is there. Guarded, as is value_.
     Any value_;
-    bool evaluated_ = false;
 };
 
 /// A value that lives elsewhere and is read anew each time.
@@ -129,8 +134,8 @@ private:
 
 template <class T>
 const Class_Generic& Boxed<T>::getClass() {
-    static const Class_Generic& cls = *new Class_Generic(
-        getClassInstance(typeid(T).name(), &internal::object_value_boxed_of<T>::makeDefault));
+    static const Class_Generic& cls =
+        *new Class_Generic(getClassInstance(typeid(T).name(), &internal::object_value_boxed_of<T>::makeDefault));
     return cls;
 }
 template <class T>

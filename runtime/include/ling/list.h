@@ -18,6 +18,7 @@ public:
 
     std::size_t size() const noexcept;
     Any at(std::int64_t index) const;  ///< An item, from the end when negative, or an error result.
+    using I_Sequence_Generic::at;
     void append(const Any& item) const;
     void appendAll(std::span<const Any> items) const;
     std::vector<Any> copyItems() const;

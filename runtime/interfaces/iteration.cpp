@@ -1,0 +1,36 @@
+#include "interfaces/native_iterator.h"
+#include "ling/error.h"
+#include "ling/iterable.h"
+
+#include <utility>
+
+namespace ling {
+
+namespace {
+
+/// Puts the next item, or the error result that came in its place, into `item`. False at the end. A native iterator is
+/// stepped directly: no look-up, and no error value to say that the end is reached.
+bool step(const Any& iterator, Any& item) {
+    if (internal::native_iterator* native = internal::plain_native_iterator(iterator))
+        return native->step(item);
+    item = internal::is_error_result(iterator) ? iterator : iterator.callMethod(I_Iterator_Generic::$next);
+    return !internal::is_error_result(item) || internal::cast_object(item, StopIteration::getClass()) == nullptr;
+}
+
+}  // namespace
+
+bool iteration::advance() {
+    if (iterator_.isNone())
+        return false;  // An iteration that ended stays ended.
+    if (step(iterator_, item_)) {
+        item_ = internal::result_unwrap_lazy(std::move(item_));
+        if (!internal::is_error_result(item_))
+            return true;
+        error_ = std::move(item_);
+    }
+    item_ = Any();
+    iterator_ = Any();
+    return false;
+}
+
+}  // namespace ling

@@ -1,0 +1,137 @@
+#include "ling/error.h"
+
+#include "interfaces/optional_method.h"
+#include "library/define.h"
+#include "ling/class_builder.h"
+
+#include <mutex>
+
+namespace ling {
+
+using internal::object_value_error;
+
+namespace {
+
+object_value_error& record(const Any& error) noexcept { return *static_cast<object_value_error*>(error.object()); }
+
+/// Made once: iterations end often.
+const String& endMessage() {
+    static const String& message = *new String(u"The iteration has ended.");
+    return message;
+}
+
+bool isError(const Any& value, const Class_Generic& cls) noexcept {
+    // By what it is made of as well: a class may derive from an error and from a class that makes other objects.
+    return value.is(Kind::Object) && internal::cast_object(value, cls) != nullptr &&
+           dynamic_cast<object_value_error*>(value.object()) != nullptr;
+}
+
+}  // namespace
+
+Error::Error(const String& message, bool asResult)
+    : Any(Any::adopt(new object_value_error(getClass().record(), message, asResult))) {}
+
+Error::Error(const Class_Generic& cls, const String& message, bool asResult)
+    : Any(Any::adopt(new object_value_error(cls.record(), message, asResult))) {}
+
+String Error::message() const { return unchecked<String>(record(*this).message()); }
+Any Error::cause() const { return record(*this).cause(); }
+Any Error::exception() const { return record(*this).exception(); }
+void Error::setException(const Any& exception) const { record(*this).setException(exception); }
+
+void Error::setCause(const Any& cause) const {
+    if (!cause.isSameAs(*this))  // Nothing is its own cause, and an error that held itself would never be released.
+        record(*this).setCause(cause);
+}
+
+Result<Error> Error::cast(const Any& value) {
+    if (isError(value, getClass()))
+        return unchecked<Error>(value);
+    return Result<Error>::failure(internal::cast_error(value, getClass()));
+}
+
+const Class_Generic& Error::getClass() {
+    static const Class_Generic& cls = *new Class_Generic(internal::native_class("Error", {}));
+    return cls;
+}
+
+Type Error::getType() { return Type(getClass()); }
+
+StopIteration::StopIteration() : Error(getClass(), endMessage(), true) {}
+
+Result<StopIteration> StopIteration::cast(const Any& value) {
+    if (isError(value, getClass()))
+        return unchecked<StopIteration>(value);
+    return Result<StopIteration>::failure(internal::cast_error(value, getClass()));
+}
+
+const Class_Generic& StopIteration::getClass() {
+    static const Class_Generic& cls = *new Class_Generic(internal::native_class("StopIteration", {Error::getClass()}));
+    return cls;
+}
+
+Type StopIteration::getType() { return Type(getClass()); }
+
+namespace internal {
+
+object_value_error::object_value_error(object_value_class* klass, const String& message, bool asResult)
+    : object_value_object(klass), message_(message) {
+    markErrorResult(asResult);
+}
+
+Any object_value_error::locked(const Any& part) const {
+    std::lock_guard hold(guard());
+    return part;
+}
+
+void object_value_error::store(Any& part, Any value) {
+    std::lock_guard hold(guard());
+    part.swap(value);
+    // What was there before goes with the parameter, after the guard.
+}
+
+namespace {
+
+object_value* allocateError(object_value_class* klass) { return new object_value_error(klass, String(), false); }
+
+/// Calling an error class makes an error result. Its initialiser cannot tell so by what it answers, which is looked at
+/// only to report that the arguments do not fit.
+Any constructError(const Class_Generic& cls, std::span<const Any> arguments) {
+    const Error error(cls, String());
+    const Any outcome = error.callMethod(Any::$__init__, arguments);
+    return is_error_result(outcome) && !outcome.isSameAs(error) ? outcome : error;
+}
+
+}  // namespace
+
+void define_error_members() {
+    extend_class(Error::getClass())
+        .doc(
+            "What went wrong. Called with a message, the class makes an error result, which an operation answers in "
+            "the place of a value.")
+        .hooks({.allocate = &allocateError, .construct = &constructError})
+        .method(Any::$__init__, optional_method(
+                                    Any::$__init__, "message", {String()},
+                                    [](const Error& self, const String& message) { record(self).setMessage(message); },
+                                    "Sets the message."))
+        .method(
+            Any::$__display__, "", [](const Error& self) { return self.message(); }, "The message.")
+        .property("message",
+                  property_builder().getter([](const Error& self) { return self.message(); }).doc("What went wrong."))
+        .property("cause", property_builder()
+                               .getter([](const Error& self) { return self.cause(); })
+                               .setter([](const Error& self, const Any& cause) { self.setCause(cause); })
+                               .doc("The error that led to this one, or none."))
+        .property("exception",
+                  property_builder()
+                      .getter([](const Error& self) { return self.exception(); })
+                      .setter([](const Error& self, const Any& exception) { self.setException(exception); })
+                      .doc("The exception of another language that this error stands for, or none."))
+        .build();
+    extend_class(StopIteration::getClass()).doc("The end of an iteration.").build();
+    (void)endMessage();
+}
+
+}  // namespace internal
+
+}  // namespace ling

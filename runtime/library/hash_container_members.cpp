@@ -1,0 +1,117 @@
+#include "interfaces/collect.h"
+#include "interfaces/key_not_found.h"
+#include "interfaces/native_containers.h"
+#include "interfaces/optional_method.h"
+#include "interfaces/results.h"
+#include "library/define.h"
+#include "ling/class_builder.h"
+
+namespace ling::internal {
+
+namespace {
+
+object_value* allocateMap(object_value_class* klass) {
+    return new object_value_hash_map(klass == Map_Generic::getClass().record() ? nullptr : klass);
+}
+
+object_value* allocateSet(object_value_class* klass) {
+    return new object_value_hash_set(klass == Set_Generic::getClass().record() ? nullptr : klass);
+}
+
+Any copyPairs(const Map_Generic& self, const Any& source) {
+    if (source.isNone())
+        return Any();
+    const Result<I_Map_Generic> map = read_result<I_Map_Generic>(source);
+    if (!map)
+        return map.error();
+    const Result<std::vector<Any>> keys = collect_items(map->keys());
+    if (!keys)
+        return keys.error();
+    for (const Any& key : *keys) {
+        const Any value = result_unwrap_lazy(map->get(key));
+        if (is_error_result(value))
+            return value;
+        native_map::set(self, key, value);
+    }
+    return Any();
+}
+
+/// Without a default a missing key is an error, which an explicit none as the default is not.
+Any get(const Map_Generic& self, const Any& key, const Any& fallback) {
+    return fallback.isSameAs(Undefined()) ? native_map::get(self, key) : native_map::getOr(self, key, fallback);
+}
+
+Any insertAll(const Set_Generic& self, const Any& items) {
+    const Result<std::vector<Any>> all = collect_items(items);
+    if (!all)
+        return all.error();
+    for (const Any& item : *all)
+        native_set::insert(self, item);
+    return Any();
+}
+
+Any initialiseSet(const Set_Generic& self, const Any& items) { return items.isNone() ? Any() : insertAll(self, items); }
+
+}  // namespace
+
+void define_map_members() {
+    using Mutable = I_MutableMap_Generic;
+    extend_class(Map_Generic::getClass())
+        .doc(
+            "A map: values by key, in the order in which the keys were first set. Called, it makes a copy of another "
+            "map, or an empty one.")
+        .hooks({.allocate = &allocateMap})
+        .method(Any::$__init__, optional_method(Any::$__init__, "source", {Any()}, &copyPairs,
+                                                "Sets what another map holds, if one is given."))
+        .method(I_Iterable_Generic::$iter, "", &native_map::iter,
+                "An iterator over the keys as they are now; what changes later does not show in it.")
+        .method(I_Map_Generic::$contains, "key", &native_map::contains, "Whether there is a value under a key.")
+        .method(I_Map_Generic::$get,
+                optional_method(I_Map_Generic::$get, "key, default", {Undefined()}, &get,
+                                "The value under a key. For a missing key the default, or an error "
+                                "when none is given."))
+        .method(Mutable::$set, "key, value", &native_map::set, "Puts a value under a key.")
+        .method(Mutable::$remove, "key", &native_map::remove, "Removes a key and answers the value that was under it.")
+        .method(
+            Mutable::$clear, "",
+            [](const Map_Generic& self) { static_cast<object_value_hash_map*>(self.object())->clear(); },
+            "Removes all keys.")
+        .property(I_Map_Generic::$$keys, property_builder().getter(&native_map::keys).doc("The keys in a new list."))
+        .property(I_Map_Generic::$$values,
+                  property_builder().getter(&native_map::values).doc("The values in a new list."))
+        .property(I_Map_Generic::$$length,
+                  property_builder()
+                      .getter([](const Map_Generic& self) { return static_cast<std::int64_t>(self.size()); })
+                      .doc("How many keys there are."))
+        .build();
+    extend_class(JsonObject::getClass()).doc("A map from text to any value, as structured documents have it.").build();
+}
+
+void define_set_members() {
+    using Mutable = I_MutableSet_Generic;
+    extend_class(Set_Generic::getClass())
+        .doc(
+            "A set: distinct items, in the order in which they were first inserted. Called, it makes a set of the "
+            "items of an iterable, or an empty one.")
+        .hooks({.allocate = &allocateSet})
+        .method(Any::$__init__, optional_method(Any::$__init__, "items", {Any()}, &initialiseSet,
+                                                "Inserts the items of an iterable, if one is given."))
+        .method(I_Iterable_Generic::$iter, "", &native_set::iter,
+                "An iterator over the items as they are now; what changes later does not show in it.")
+        .method(I_Iterable_Generic::$contains, "item", &native_set::contains, "Whether an equal item is in the set.")
+        .method(Mutable::$insert, "item", &native_set::insert,
+                "Inserts an item unless an equal one is there. Answers whether it is new.")
+        .method(Mutable::$remove, "item", &native_set::remove, "Removes an item. Answers whether it was there.")
+        .method(Mutable::$extend, "items", &insertAll, "Inserts every item of an iterable.")
+        .method(
+            Mutable::$clear, "",
+            [](const Set_Generic& self) { static_cast<object_value_hash_set*>(self.object())->clear(); },
+            "Removes all items.")
+        .property(I_Set_Generic::$$length,
+                  property_builder()
+                      .getter([](const Set_Generic& self) { return static_cast<std::int64_t>(self.size()); })
+                      .doc("How many items there are."))
+        .build();
+}
+
+}  // namespace ling::internal

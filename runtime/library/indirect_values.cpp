@@ -1,0 +1,230 @@
+#include "ling/indirect_values.h"
+
+#include "library/define.h"
+#include "ling/class_builder.h"
+#include "values/weak_reference.h"
+
+#include <mutex>
+
+namespace ling {
+
+using internal::object_value_external;
+using internal::object_value_lazy;
+
+namespace internal {
+
+namespace {
+
+// A value that stands for another that stands for another: more steps than this are a circle.
+constexpr int kLongestChain = 100'000;
+
+Any endlessChain() { return failure(u"The value stands for itself."); }
+
+/// The lazy values that this thread is computing, innermost first.
+struct computation {
+    const object_value_lazy* value;
+    const computation* outer;
+};
+
+thread_local const computation* innermost = nullptr;
+
+class computation_scope {
+public:
+    explicit computation_scope(const object_value_lazy& value) noexcept : own_{&value, innermost} { innermost = &own_; }
+    computation_scope(const computation_scope&) = delete;
+    computation_scope& operator=(const computation_scope&) = delete;
+    ~computation_scope() { innermost = own_.outer; }
+
+    static bool includes(const object_value_lazy& value) noexcept {
+        for (const computation* running = innermost; running != nullptr; running = running->outer)
+            if (running->value == &value)
+                return true;
+        return false;
+    }
+
+private:
+    const computation own_;
+};
+
+}  // namespace
+
+object_value_lazy::object_value_lazy(std::function<Any()> compute)
+    : object_value(Kind::Lazy), compute_(std::make_shared<const std::function<Any()>>(std::move(compute))) {}
+
+Any object_value_lazy::evaluate() { return result_unwrap_lazy(Any::share(this)); }
+
+/// What the computation gave, which may be another lazy value.
+Any object_value_lazy::computeOnce() {
+    std::shared_ptr<const std::function<Any()>> compute;
+    {
+        std::lock_guard hold(guard());
+        if (compute_ == nullptr)
+            return value_;
+        compute = compute_;
+    }
+    if (computation_scope::includes(*this))
+        return failure(u"The lazy value needs itself to be computed.");
+    Any computed;
+    {
+        computation_scope running(*this);
+        computed = (*compute)();
+    }
+    if (computed.object() == this)
+        computed = endlessChain();
+    std::lock_guard hold(guard());
+    if (compute_ != nullptr) {
+        value_.swap(computed);
+        compute_.reset();  // Not the last reference: `compute` is one, and is dropped after the guard.
+    }
+    return value_;
+}
+
+/// Stands for `value` from now on, in the place of another lazy value that leads there.
+void object_value_lazy::settle(const Any& value) {
+    Any settled = value;
+    std::lock_guard hold(guard());
+    if (compute_ == nullptr)
+        value_.swap(settled);
+}
+
+object_value_external::object_value_external(std::function<Any()> load, std::function<Any(const Any&)> store)
+    : object_value(Kind::External), load_(std::move(load)), store_(std::move(store)) {}
+
+Any object_value_external::store(const Any& value) const {
+    return store_ == nullptr ? failure(u"The external value is read-only.") : store_(value);
+}
+
+Any result_unwrap_lazy(Any value) {
+    if (!value.is(Kind::Lazy) && !value.is(Kind::External))
+        return value;
+    const Any first = value;
+    int steps = 0;
+    for (; value.is(Kind::Lazy) || value.is(Kind::External); ++steps) {
+        if (steps == kLongestChain)
+            value = endlessChain();
+        else if (value.is(Kind::Lazy))
+            value = static_cast<object_value_lazy*>(value.object())->computeOnce();
+        else
+            value = static_cast<object_value_external*>(value.object())->load();
+    }
+    // The next one to ask need not go the whole way; and lazy values that led to each other no longer do.
+    if (steps > 1 && first.is(Kind::Lazy))
+        static_cast<object_value_lazy*>(first.object())->settle(value);
+    return value;
+}
+
+Any unwrap(const Any& value) {
+    Any result = result_unwrap_lazy(value);
+    for (int steps = 0; result.is(Kind::Weak); ++steps) {
+        if (steps == kLongestChain)
+            return endlessChain();
+        result = result_unwrap_lazy(result.object()->lock());
+    }
+    return result;
+}
+
+}  // namespace internal
+
+Lazy_Generic::Lazy_Generic(std::function<Any()> compute) : Any(Any::adopt(new object_value_lazy(std::move(compute)))) {}
+
+Any Lazy_Generic::evaluate() const { return static_cast<object_value_lazy*>(object())->evaluate(); }
+
+Result<Lazy_Generic> Lazy_Generic::cast(const Any& value) {
+    if (value.is(Kind::Lazy))
+        return unchecked<Lazy_Generic>(value);
+    return Result<Lazy_Generic>::failure(internal::cast_error(value, getClass()));
+}
+
+namespace {
+
+/// A class whose values only the runtime makes: calling it makes none.
+Class_Generic indirectClass(const char* name) {
+    Class_Generic cls = internal::native_class(name, {});
+    cls.record()->set_interface_unsafe();
+    return cls;
+}
+
+}  // namespace
+
+const Class_Generic& Lazy_Generic::getClass() {
+    static const Class_Generic& cls = *new Class_Generic(indirectClass("Lazy"));
+    return cls;
+}
+
+Type Lazy_Generic::getType() { return Type(getClass()); }
+
+External_Generic::External_Generic(std::function<Any()> load, std::function<Any(const Any&)> store)
+    : Any(Any::adopt(new object_value_external(std::move(load), std::move(store)))) {}
+
+const Class_Generic& External_Generic::getClass() {
+    static const Class_Generic& cls = *new Class_Generic(indirectClass("External"));
+    return cls;
+}
+
+namespace {
+
+Any weakTo(const Any& target) {
+    if (!target.isHeap() || target.is(Kind::Weak))
+        return target;
+    return Any::adopt(internal::make_weak(target.object()));
+}
+
+}  // namespace
+
+Weak_Generic::Weak_Generic(const Any& target) : Any(weakTo(target)) {}
+
+Any Weak_Generic::lock() const { return is(Kind::Weak) ? heapObject()->lock() : Any(*this); }
+
+Result<Weak_Generic> Weak_Generic::cast(const Any& value) {
+    if (value.is(Kind::Weak))
+        return unchecked<Weak_Generic>(value);
+    return Result<Weak_Generic>::failure(internal::cast_error(value, getClass()));
+}
+
+const Class_Generic& Weak_Generic::getClass() {
+    static const Class_Generic& cls = *new Class_Generic(indirectClass("Weak"));
+    return cls;
+}
+
+Type Weak_Generic::getType() { return Type(getClass()); }
+
+namespace internal {
+
+namespace {
+
+Any loadExternal(const Any& self) {
+    if (!self.is(Kind::External))
+        return cast_error(self, External_Generic::getClass());
+    return static_cast<object_value_external*>(self.object())->load();
+}
+
+Any storeExternal(const Any& self, const Any& value) {
+    if (!self.is(Kind::External))
+        return cast_error(self, External_Generic::getClass());
+    return static_cast<object_value_external*>(self.object())->store(value);
+}
+
+}  // namespace
+
+void define_indirect_value_members() {
+    extend_class(Lazy_Generic::getClass())
+        .doc("A value that is computed when it is needed, once.")
+        .method(
+            "evaluate", "", [](const Lazy_Generic& self) { return self.evaluate(); },
+            "The value, computed now if it was not before.")
+        .build();
+    extend_class(External_Generic::getClass())
+        .doc("A value that lives elsewhere and is read anew each time.")
+        .method("load", "", &loadExternal, "The value as it is now.")
+        .method("store", "value", &storeExternal, "Writes the value.")
+        .build();
+    extend_class(Weak_Generic::getClass())
+        .doc("A reference that does not keep its target alive.")
+        .method(
+            "lock", "", [](const Weak_Generic& self) { return self.lock(); }, "The target, or none when it is gone.")
+        .build();
+}
+
+}  // namespace internal
+
+}  // namespace ling

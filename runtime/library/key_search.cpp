@@ -1,0 +1,69 @@
+#include "library/key_search.h"
+
+#include "library/plain_key.h"
+#include "ling/comparison.h"
+
+namespace ling::internal {
+
+namespace {
+
+// Beside two for each key that the table had at first.
+constexpr std::size_t kSpareRounds = 64;
+
+}  // namespace
+
+key_search::key_search(const Any& key)
+    : key_(key), hash_(hash_entry::hashOf(hash_of(key))), plain_(is_plain_key(key)) {}
+
+void key_search::begin(const hash_storage& storage, std::uint64_t version) noexcept {
+    if (!begun_)
+        roundsLeft_ = 2 * storage.live() + kSpareRounds;
+    restarted_ = begun_;
+    begun_ = true;
+    version_ = version;
+    place_ = storage.first(hash_);
+}
+
+key_search::Outcome key_search::advance(const hash_storage& storage, std::uint64_t version) noexcept {
+    if (!begun_ || version != version_)
+        begin(storage, version);
+    while (const hash_entry* entry = storage.skipTo(place_, hash_)) {
+        switch (judge(entry->key)) {
+            case Verdict::Equal:
+                return Outcome::Present;
+            case Verdict::Unknown:
+                open_ = entry->key;
+                return Outcome::Undecided;
+            case Verdict::Different:
+                place_ = storage.next(place_);
+        }
+    }
+    return Outcome::Absent;
+}
+
+key_search::Verdict key_search::judge(const Any& present) const noexcept {
+    if (present.isSameAs(key_))
+        return Verdict::Equal;  // A number that is no number, or an object that denies being itself, is still found.
+    if (plain_ && is_plain_key(present))
+        return plain_keys_equal(present, key_) ? Verdict::Equal : Verdict::Different;
+    const Verdict known = recall(present);
+    return known == Verdict::Unknown && roundsLeft_ == 0 ? Verdict::Different : known;
+}
+
+/// What an earlier comparison said. The references kept make sure that an object with the same address is the same.
+key_search::Verdict key_search::recall(const Any& present) const noexcept {
+    // In a table that did not change, only the key just compared can come again.
+    const auto first = restarted_ || compared_.empty() ? compared_.begin() : compared_.end() - 1;
+    for (auto known = first; known != compared_.end(); ++known)
+        if (known->first.isSameAs(present))
+            return known->second ? Verdict::Equal : Verdict::Different;
+    return Verdict::Unknown;
+}
+
+void key_search::compare() {
+    const bool equal = compare_objects(key_, open_) == 0;
+    compared_.emplace_back(std::move(open_), equal);
+    --roundsLeft_;
+}
+
+}  // namespace ling::internal

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "ling/any.h"
+#include "ling/result.h"
+
+#include <span>
+#include <vector>
+
+namespace ling::internal {
+
+/// The items, `count` times over; none for a count below one. An error result when `count` is no integer or the result
+/// would be longer than a container can be.
+Result<std::vector<Any>> repeat_items(std::span<const Any> items, const Any& count);
+
+/// The items followed by those of an iterable. An error result when it cannot be iterated or the iteration fails.
+Result<std::vector<Any>> join_items(std::span<const Any> items, const Any& more);
+
+}  // namespace ling::internal
