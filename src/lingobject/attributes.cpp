@@ -1,5 +1,6 @@
 #include "lingobject/attributes.h"
 
+#include "bridge/errors.h"
 #include "ling/class.h"
 #include "ling/error.h"
 #include "ling/function.h"
@@ -34,6 +35,18 @@ PyObject* lookUpMember(const ling::Any& value, const identifier_data& name) {
     if (ling::method_of(value, id).isNone())
         return nullptr;
     return giveResult(value.boundMethod(id));
+}
+
+/// The Python class that stands for an error class, as the attribute `exception` of the class: what Python code names
+/// behind `except`. A new reference, or null with nothing pending for every other value and name.
+PyObject* lookUpException(const ling::Any& value, const identifier_data& name) {
+    static const ling::property_ident_untyped kException("exception");
+    if (&name != kException.data())
+        return nullptr;
+    const ling::Result<ling::Class_Generic> cls = ling::Class_Generic::cast(value);
+    if (!cls || !cls->isAncestor(ling::Error::getClass()))
+        return nullptr;
+    return Py_XNewRef(*cls == ling::Error::getClass() ? PyExc_RuntimeError : exceptionClassFor(*cls));
 }
 
 enum class MessageEnd : bool { Bare, FullStop };
@@ -90,6 +103,8 @@ PyObject* lookUpAttribute(PyObject* self, PyObject* name) {
     if (id == nullptr)
         return nullptr;
     PyObject* found = lookUpMember(receiverOf(valueOf(self)), *id);
+    if (found == nullptr && PyErr_Occurred() == nullptr)
+        found = lookUpException(valueOf(self), *id);
     if (found != nullptr || PyErr_Occurred() != nullptr)
         return found;
     return PyObject_GenericGetAttr(self, name);

@@ -1,0 +1,206 @@
+#include "support/python_test.h"
+#include "support/script.h"
+#include "support/things.h"
+
+#include "bridge/convert.h"
+#include "ling/ling.h"
+
+#include <thread>
+
+namespace {
+
+/// What Python code sees of a `ling` value: the outcome of an expression, exceptions with their whole text.
+struct Row {
+    const char* name;
+    const char* code;  // An expression in terms of `t`, a Thing, or statements that return.
+    const char* expected;
+};
+
+class Wrapper : public PythonTest, public testing::WithParamInterface<Row> {
+protected:
+    Wrapper() { defineThings(); }
+};
+
+TEST_P(Wrapper, BehavesAsAnObject) {
+    const std::string code = GetParam().code;
+    const bool isBody = code.find("return") != std::string::npos;
+    EXPECT_EQ(script("t = things.Thing('box')\n" + (isBody ? code : "return probe(lambda: " + code + ")")),
+              GetParam().expected);
+}
+
+constexpr Row kAttributes[] = {
+    {"Property", "t.name", "'box'"},
+    {"ReadOnlyProperty", "t.size", "3"},
+    {"SetProperty", "t.name = 'can'\nreturn t.name", "can"},
+    {"SetterRefuses", "return probe(setattr, t, 'stock', -1)", "RuntimeError: stock: Stock cannot be negative."},
+    {"SetReadOnly", "setattr(t, 'size', 4)", "RuntimeError: Read-only attribute: size."},
+    {"SetField", "t.mark = 5\nreturn call(t, 'greet') + str(read(t, 'name'))", "box greets youbox"},
+    {"SetFieldOfWrongType", "setattr(t, 'mark', 'x')",
+     "RuntimeError: mark: Field 'mark' takes a value of type 'Option<Integer>', not 'ling.String'."},
+    {"SetUndeclared", "t.colour = 'red'\nreturn t.colour", "red"},
+    {"DeleteUndeclared", "t.colour = 1\ndel t.colour\nreturn probe(lambda: t.colour)",
+     "AttributeError: 'ling~things`Thing' object has no attribute 'colour'"},
+    {"GetterFails", "t.broken", "RuntimeError: Cannot be read."},
+    {"Unknown", "t.nothing", "AttributeError: 'ling~things`Thing' object has no attribute 'nothing'"},
+    {"PrivateMemberNeverReached", "t._hidden", "AttributeError: 'ling~things`Thing' object has no attribute '_hidden'"},
+    {"PrivateStoreGoesToLing", "t._own = 3\nreturn probe(lambda: t._own)",
+     "AttributeError: 'ling~things`Thing' object has no attribute '_own'"},
+    {"MethodIsCallable", "return repr(callable(t.greet)) + t.greet()", "Truebox greets you"},
+    {"LazyResult", "t.lazy()", "42"},
+    {"TypeName", "type(t).__name__", "'ling~things`Thing'"},
+    {"PlainTypeName", "type(things.Bare()).__name__", "'>LingObject'"},
+    {"PlainDoc", "type(things.Bare()).__doc__", "'Wrapper around of a Ling object'"},
+    {"TypeDoc", "type(t).__doc__", "'A thing with a name.'"},
+    {"NoSubclass", "type('Sub', (type(t),), {})", "TypeError: type 'ling~things`Thing' is not an acceptable base type"},
+    {"MethodTable", "type(t).__dict__['greet'].__doc__", "'(self, whom: String) -> String\\n\\n-'"},
+    {"PropertyTable", "type(t).size.__doc__", "'Always three.'"},
+    {"PrivateNotInTables", "return '_hidden' in type(t).__dict__", "false"},
+    {"BigInteger", "setattr(t, 'name', 2**64)", "OverflowError: int too big to convert"},
+    {"LoneSurrogateName", "getattr(t, '\\ud800')",
+     "UnicodeEncodeError: 'utf-8' codec can't encode character '\\ud800' in position 0: surrogates not allowed"},
+};
+INSTANTIATE_TEST_SUITE_P(Attributes, Wrapper, testing::ValuesIn(kAttributes),
+                         [](const auto& row) { return row.param.name; });
+
+constexpr Row kSpecialNames[] = {
+    {"DocOfFunction", "things.add.__doc__", "'(a: Integer, b: Integer) -> Integer\\n\\nAdds two numbers.'"},
+    {"DocOfObject", "t.__doc__", "'A thing with a name.'"},
+    {"NameOfFunction", "things.add.__name__", "'add'"},
+    {"ModuleOfClass", "things.Thing.__module__", "'things'"},
+    {"TextSignature", "things.add.__text_signature__", "'(a: Integer, b: Integer) -> Integer'"},
+    {"Annotations", "sorted(things.add.__annotations__)", "['a', 'b', 'return']"},
+    {"AnnotationTypes", "type(things.add.__annotations__['a'])", "<class 'type'>"},
+    {"DirIsAList", "[n for n in t.__dir__ if n in ('mark', 'greet', 'size')]", "['mark', 'greet', 'size']"},
+    {"DirShowsOwnMembers", "t.extra = 1\nreturn 'extra' in list(t.__dir__)", "true"},
+};
+INSTANTIATE_TEST_SUITE_P(SpecialNames, Wrapper, testing::ValuesIn(kSpecialNames),
+                         [](const auto& row) { return row.param.name; });
+
+constexpr Row kCalls[] = {
+    {"Positional", "things.add(2, 3)", "5"},
+    {"Named", "things.add(b=2, a=3)", "5"},
+    {"Mixed", "things.add(2, b=3)", "5"},
+    {"Missing", "things.add(2)", "RuntimeError: Missing argument 'b' of 'add'."},
+    {"Unknown", "things.add(2, c=3)", "RuntimeError: Unknown argument 'c' of 'add'."},
+    {"Repeated", "things.add(2, 3, a=3)", "RuntimeError: Repeated argument 'a' of 'add'."},
+    {"Superfluous", "things.add(2, 3, 4)", "RuntimeError: Superfluous argument 4 of 'add': it takes 2, 3 were given."},
+    {"WrongType", "things.add('x', 3)",
+     "RuntimeError: Argument 'a' of 'add' must be of type 'Integer', not 'ling.String'."},
+    {"BigInteger", "things.add(2**64, 3)", "OverflowError: int too big to convert"},
+    {"LoneSurrogate", "things.same('\\udc00')",
+     "UnicodeEncodeError: 'utf-8' codec can't encode character '\\udc00' in position 0: surrogates not allowed"},
+    {"NotCallable", "t()", "RuntimeError: Non-callable object: <things.Thing>"},
+    {"PlainIsNotCallable", "callable(things.Bare())", "False"},
+    {"KeepsIdentity", "x = object()\nreturn things.same(x) is x", "true"},
+    {"ErrorClass", "try: things.refuse('no')\nexcept RuntimeError as e: return type(e).__name__ + str(e.ling is None)",
+     "RefusalFalse"},
+};
+INSTANTIATE_TEST_SUITE_P(Calls, Wrapper, testing::ValuesIn(kCalls), [](const auto& row) { return row.param.name; });
+
+constexpr Row kOperators[] = {
+    {"Subtract", "t - 5", "'5'"},
+    {"SubtractMissing", "ling.List() - 5", "NotImplementedError: [ling_number_subtract] None method '__sub__' in: []"},
+    {"DivideMissing", "t / 5", "NotImplementedError: [ling_number_divide] None method '__div__' in: <things.Thing>."},
+    {"InplaceDivideMissing", "x = t\ntry: x /= 5\nexcept NotImplementedError as e: return str(e)",
+     "[ling_number_divide] None method '__idiv__' in: <things.Thing>."},
+    {"InplaceSubtractMissing", "x = t\ntry: x -= 5\nexcept NotImplementedError as e: return str(e)",
+     "[ling_number_inplace_subtract] None method '__isub__' in: <things.Thing>"},
+    {"ConcatFallback", "t + 5", "(5,)"},
+    {"RepeatMissing", "t * 3", "NotImplementedError: [ling_sequence_repeat] None method 'repeat' in: <things.Thing>."},
+    {"Reflected", "5 - t", "SystemError: error return without exception set"},
+    {"Length", "len(ling.List([1, 2]))", "2"},
+    {"LengthMissing", "len(t)", "RuntimeError: Property 'length' not found in: <things.Thing>."},
+    {"Index", "ling.List([1, 2])[-1]", "2"},
+    {"IndexPastTheEnd", "ling.List([1, 2, 3])[10]", "RuntimeError: Index out of range: 10."},
+    {"IndexByText", "ling.List([1])['a']", "KeyError: 'a'"},
+    {"MapKey", "ling.Map({'a': 1})['a']", "1"},
+    {"MapMissingKey", "ling.Map({'a': 1})['b']", "KeyError: 'b'"},
+    {"MapUnusableKey", "ling.Map({'a': 1})[[1]]", "KeyError: '[1]'"},
+    {"SubscriptOfNeither", "t[1]", "KeyError: '1'"},
+    {"Store", "l = ling.List([1, 2])\nl[0] = 9\nreturn repr(l)", "[9, 2]"},
+    {"Delete", "l = ling.List([1, 2])\ndel l[0]\nreturn repr(l)", "[2]"},
+    {"MapStoreAndDelete", "m = ling.Map({})\nm['k'] = 1\nm['j'] = 2\ndel m['k']\nreturn repr(m)", "{'j': 2}"},
+    {"Contains", "[2 in ling.List([1, 2]), 3 in ling.List([1, 2]), 'a' in ling.Map({'a': 1})]", "[True, False, True]"},
+    {"ContainsMissing", "1 in t", "RuntimeError: Method 'contains' not found in: <things.Thing>."},
+    {"InplaceConcatKeepsTheList", "l = m = ling.List([1])\nl += [2]\nreturn repr(m)", "[1, 2]"},
+    {"Repeat", "ling.List([1, 2]) * 2", "[1, 2, 1, 2]"},
+    {"BigIntegerInContains", "2**64 in ling.List([-1])", "OverflowError: int too big to convert"},
+};
+INSTANTIATE_TEST_SUITE_P(Operators, Wrapper, testing::ValuesIn(kOperators),
+                         [](const auto& row) { return row.param.name; });
+
+constexpr Row kProtocols[] = {
+    {"ListToPython", "list(ling.List([1, 'a', None]))", "[1, 'a', None]"},
+    {"Unpacking", "a, *b = ling.List([1, 2, 3])\nreturn repr((a, b))", "(1, [2, 3])"},
+    {"Zip", "list(zip(ling.List([1, 2]), ling.List('ab')))", "[(1, 'a'), (2, 'b')]"},
+    {"Sorted", "sorted(ling.List([3, 1, 2]))", "[1, 2, 3]"},
+    {"MapIteratesKeys", "list(ling.Map({'a': 1, 'b': 2}))", "['a', 'b']"},
+    {"IteratorOfIterator", "list(iter(iter(ling.List([1, 2]))))", "[1, 2]"},
+    {"FailingIteratorEndsQuietly", "list(things.failing(2))", "[2, 1]"},
+    {"NotIterable", "iter(t)", "SystemError: error return without exception set"},
+    {"CompareWithInteger", "[ling.List([1]) == 5, ling.List([1]) != 5]", "[False, True]"},
+    {"CompareLists", "[ling.List([1, 2]) == [1, 2], ling.List([1]) < ling.List([2])]", "[True, True]"},
+    {"HashByIdentity", "hash(ling.List()) == hash(ling.List())", "False"},
+    {"HashByContent", "hash(ling.Date(2024, 1, 2)) == hash(ling.Date(2024, 1, 2))", "True"},
+    {"Repr", "repr(ling.List([1, 'it', None, 2.5, b'x', True]))", "\"[1, 'it', None, 2.5, b'x', True]\""},
+    {"ReprOfRecursiveList", "l = ling.List()\nl.append(l)\nreturn probe(repr, l)[:40]", nullptr},
+    {"StrOfRecursiveList", "l = ling.List([1])\nl.append(l)\nreturn str(l)", "[1, ...]"},
+    {"Str", "str(ling.List([1, 'a']))", "\"[1, 'a']\""},
+    {"Copy", "__import__('pickle').dumps(t)", "TypeError: cannot pickle 'ling~things`Thing' object"},
+    {"Weakref", "__import__('weakref').ref(t)", "TypeError: cannot create weak reference to 'ling~things`Thing' object"},
+    {"Json", "__import__('json').dumps(t)", "TypeError: Object of type ling~things`Thing is not JSON serializable"},
+    {"Partial", "__import__('functools').partial(things.add, 2)(3)", "5"},
+    {"HelpShowsMembers", "text = __import__('pydoc').render_doc(type(t))\nreturn 'greet' in text and 'size' in text",
+     "true"},
+};
+class Protocol : public Wrapper {};
+TEST_P(Protocol, BehavesAsAnObject) {
+    const std::string code = GetParam().code;
+    const bool isBody = code.find("return") != std::string::npos;
+    const std::string outcome = script("t = things.Thing('box')\n" +
+                                       (isBody ? code : "return probe(lambda: " + code + ")"));
+    if (GetParam().expected != nullptr)
+        EXPECT_EQ(outcome, GetParam().expected);
+    else
+        EXPECT_FALSE(outcome.empty());  // An error or a marked text: what matters is that it ends.
+}
+INSTANTIATE_TEST_SUITE_P(Rows, Protocol, testing::ValuesIn(kProtocols),
+                         [](const auto& row) { return row.param.name; });
+
+class WrapperIdentity : public PythonTest {
+protected:
+    WrapperIdentity() { defineThings(); }
+};
+
+TEST_F(WrapperIdentity, AnErrorThatCrossesAndComesBackIsTheSame) {
+    const ling::Error error(ling::find_class("things.Refusal"), u"no", true);
+    const ling::FunctionCL_Generic fail = ling::make_function("fail", "", [error] { return ling::Any(error); });
+    ling::python::GilGuard gil;
+    PyObject* space = PyDict_New();
+    ling::python::PyRef wrapped = ling::python::PyRef::steal(ling::python::toPython(fail));
+    PyDict_SetItemString(space, "fail", wrapped.get());
+    ling::python::PyRef none = ling::python::PyRef::steal(
+        PyRun_String("def deep(n):\n    return fail() if n == 0 else deep(n - 1)\ndeep(20)\n", Py_file_input, space,
+                     space));
+    EXPECT_FALSE(none);
+    const ling::Any back = ling::python::takePythonError();
+    EXPECT_TRUE(back.isSameAs(error));
+    PyDict_Clear(space);
+    Py_DECREF(space);
+}
+
+TEST_F(WrapperIdentity, WrappersDroppedOnAnyThreadReleaseTheirValueOnce) {
+    PyObject* wrapper = nullptr;
+    {
+        ling::python::GilGuard gil;
+        wrapper = ling::python::toPython(ling::List_Generic{1, 2});
+    }
+    const std::size_t before = ling::internal::live_object_count();
+    std::thread([wrapper] {
+        ling::python::GilGuard gil;
+        Py_DECREF(wrapper);
+    }).join();
+    EXPECT_EQ(ling::internal::live_object_count(), before - 1);
+}
+
+}  // namespace

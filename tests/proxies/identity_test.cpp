@@ -1,0 +1,302 @@
+#include "bridge/convert.h"
+#include "host/gil_guard.h"
+#include "ling/comparison.h"
+#include "ling/error.h"
+#include "ling/list.h"
+#include "proxies/python_proxy.h"
+#include "proxies/python_type.h"
+#include "support/python_test.h"
+#include "support/script.h"
+
+#include <thread>
+
+namespace {
+
+using ling::python::GilGuard;
+using ling::python::PyRef;
+using ling::python::PythonProxy;
+
+struct ObjectCase {
+    const char* name;
+    const char* expression;
+};
+
+class Identity : public PythonTest, public testing::WithParamInterface<ObjectCase> {};
+
+TEST_P(Identity, ComesBackAsTheSameObject) {
+    GilGuard gil;
+    PyRef object = eval(GetParam().expression);
+    ASSERT_TRUE(object);
+    const Py_ssize_t before = Py_REFCNT(object.get());
+    {
+        const ling::Any value = ling::python::toLing(object.get());
+        const ling::List_Generic kept{value};
+        PyRef back = PyRef::steal(ling::python::toPython(kept.at(0)));
+        EXPECT_EQ(back.get(), object.get());
+    }
+    EXPECT_TRUE(Py_REFCNT(object.get()) == before || PyType_Check(object.get()));  // A class stays in the cache.
+}
+
+constexpr ObjectCase kObjects[] = {
+    {"List", "[1, 2]"},
+    {"Tuple", "(1, [2])"},
+    {"Dict", "{'a': 1}"},
+    {"Set", "{1}"},
+    {"FrozenSet", "frozenset({1})"},
+    {"Generator", "(i for i in ())"},
+    {"Module", "__import__('json')"},
+    {"PlainObject", "type('Plain', (), {})()"},
+    {"Class", "type('Own', (), {})"},
+    {"BuiltInClass", "int"},
+    {"Function", "(lambda a: a)"},
+    {"BoundMethod", "[].append"},
+    {"BuiltIn", "len"},
+    {"CallableInstance", "type('Callable', (), {'__call__': lambda self: 1})()"},
+    {"Ellipsis", "..."},
+    {"MemoryView", "memoryview(b'abc')"},
+    {"Interrupt", "KeyboardInterrupt('x')"},
+    {"DateSubclass", "type('D', (__import__('datetime').date,), {})(2024, 1, 1)"},
+};
+INSTANTIATE_TEST_SUITE_P(Objects, Identity, testing::ValuesIn(kObjects),
+                         [](const auto& row) { return row.param.name; });
+
+class PythonTypes : public PythonTest {};
+
+TEST_F(PythonTypes, AreConvertedOnceWhateverTheyHold) {
+    EXPECT_EQ(script(R"(
+import abc, collections, dataclasses, enum
+class SelfHolder: pass
+SelfHolder.me = SelfHolder
+class A: pass
+class B: pass
+A.other, B.other = B, A
+class Lister:
+    @property
+    def subclasses(self): return Lister.__subclasses__()
+class Listed(Lister): pass
+Lister.all = [Lister, Listed]
+class Colour(enum.Enum): RED = 1
+class Flags(enum.IntFlag): A = 1
+@dataclasses.dataclass
+class Point:
+    x: int = 0
+    y: int = 0
+Named = collections.namedtuple('Named', 'a b')
+class Abstract(abc.ABC):
+    @abc.abstractmethod
+    def f(self): ...
+class Meta(type):
+    def __call__(cls, *args): return ('made', args)
+class Made(metaclass=Meta): pass
+class Hostile(type):
+    def __getattribute__(cls, name): raise ValueError(name)
+class Carrier:
+    err = ValueError('kept')
+    big = 2**70
+    text = '\ud800'
+classes = [SelfHolder, A, B, Lister, Listed, Colour, Flags, Point, Named, Abstract, Made, Carrier, int, type, object,
+           collections.OrderedDict, BaseException, StopIteration]
+wrong = [c for c in classes if ling.class_of is None or call([c], 'at', 0) is not c]
+wrong += [c for c in classes if not ling.is_same(c, c)]
+return repr(wrong)
+)"),
+              "[]");
+}
+
+TEST_F(PythonTypes, BecomeClassesWithTheirOwnMembers) {
+    GilGuard gil;
+    run("class Point:\n"
+        "    '''A point.'''\n"
+        "    ORIGIN = 0\n"
+        "    _x = 1\n"
+        "    def move(self): pass\n"
+        "    def __repr__(self): return ''\n"
+        "class Wrong(ValueError): pass\n");
+    PyRef type = eval("Point");
+    const auto cls = ling::Class_Generic::cast(ling::python::toLing(type.get()));
+    ASSERT_TRUE(cls);
+    EXPECT_EQ(cls->name(), u"Point");
+    EXPECT_EQ(cls->doc(), u"A point.");
+    std::string methods;
+    for (const auto& method : cls->classMethods(ling::Inherited::No))
+        methods += std::string(method.id.utf8()) + " ";
+    EXPECT_EQ(methods, "move ");
+    EXPECT_TRUE(cls->propertyValue(ling::property_ident_untyped("ORIGIN")).isSameAs(ling::Any(0)));
+    PyRef wrong = eval("Wrong");
+    const auto error = ling::Class_Generic::cast(ling::python::toLing(wrong.get()));
+    ASSERT_TRUE(error);
+    EXPECT_TRUE(error->isAncestor(ling::Error::getClass()));
+    PyRef five = eval("5");
+    EXPECT_EQ(messageOf(ling::python::PythonType::fromPythonType(five.get())), "Not a type.");
+    EXPECT_TRUE(ling::display((*cls)()).isEmpty());  // Calling the class makes an instance; its text is its `__str__`.
+}
+
+TEST_F(PythonTypes, TwoThreadsGetOneClass) {
+    runLocked("import sys\nclass Raced:\n    members = [object() for _ in range(100)]\n");
+    std::vector<ling::Any> classes(4);
+    PyRef type;
+    {
+        GilGuard gil;
+        type = eval("Raced");
+    }
+    std::vector<std::thread> threads;
+    for (ling::Any& cls : classes)
+        threads.emplace_back([&] { cls = ling::python::toLing(type.get()); });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const ling::Any& cls : classes)
+        EXPECT_TRUE(cls.isSameAs(classes.front()));
+    GilGuard gil;
+    type = PyRef();
+}
+
+class HostileObjects : public PythonTest {};
+
+struct HostileCase {
+    const char* name;
+    const char* code;
+    const char* expected;
+};
+
+class Hostile : public PythonTest, public testing::WithParamInterface<HostileCase> {};
+
+TEST_P(Hostile, EndsInAValueOrAnError) { EXPECT_EQ(script(GetParam().code), GetParam().expected); }
+
+constexpr HostileCase kHostile[] = {
+    {"AttributeRaises", R"(
+class X:
+    def __getattr__(self, name): raise OSError(name)
+    def __getitem__(self, i): return i
+return probe(call, X(), 'append', 1)
+)",
+     "RuntimeError: The method is missing: append, target object: "},
+    {"AttributeIsNotCallable", R"(
+class X(list):
+    append = 5
+return probe(call, X([1]), 'append', 1)
+)",
+     "RuntimeError: The method is missing: append, target object: [1]."},
+    {"NegativeLength", R"(
+class X(list):
+    def __len__(self): return -1
+return probe(read, X(), 'length')
+)",
+     "-1"},
+    {"LengthIsNoNumber", R"(
+class X(list):
+    def __len__(self): return 'many'
+return probe(read, X(), 'length')
+)",
+     "RuntimeError: Unable to cast a value of class 'ling.String' to 'ling.Integer'."},
+    {"ContainsIsNoBoolean", R"(
+class X(list):
+    def __contains__(self, v): return 'maybe'
+return probe(call, X(), 'contains', 1)
+)",
+     "RuntimeError: Unable to cast a value of class 'ling.String' to 'ling.Boolean'."},
+    {"IteratorRaisesInTheMiddle", R"(
+def numbers():
+    yield 1
+    yield 2
+    raise ValueError('third')
+it = call(numbers(), 'iter')
+return probe(call, it, 'next') + probe(call, it, 'next') + probe(call, it, 'next')
+)",
+     "12RuntimeError: third"},
+    {"CompareRaises", R"(
+class X:
+    def __lt__(self, other): raise ValueError('lt')
+    def __gt__(self, other): return True
+return probe(ling.compare_objects, X(), X())
+)",
+     "1"},
+    {"EqualityRaises", R"(
+class X:
+    def __eq__(self, other): raise ValueError('eq')
+    __hash__ = object.__hash__
+a = X()
+return probe(ling.compare_objects, a, a)
+)",
+     "0"},
+    {"ReprAndStrRaise", R"(
+class X:
+    def __str__(self): raise ValueError('str')
+    __repr__ = __str__
+return repr(ling.display(X()))
+)",
+     "''"},
+    {"ClassLies", R"(
+class X:
+    @property
+    def __class__(self): return ValueError
+x = X()
+return repr(call([x], 'at', 0) is x)
+)",
+     "True"},
+    {"EveryNameAnswers", R"(
+class X:
+    def __getattr__(self, name): return lambda *a: name
+x = X()
+return probe(call, x, 'anything') + repr(call([x], 'at', 0) is x)
+)",
+     "'anything'True"},
+    {"ExitInAMethod", R"(
+class X(list):
+    def append(self, v): raise SystemExit(3)
+return probe(call, X(), 'append', 1)
+)",
+     "RuntimeError: The call was interrupted."},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, Hostile, testing::ValuesIn(kHostile), [](const auto& row) { return row.param.name; });
+
+class ProxyLifetime : public PythonTest {};
+
+TEST_F(ProxyLifetime, LastReferenceMayGoOnAThreadWithoutTheLock) {
+    ling::Any proxy;
+    runLocked("import weakref\nclass X: pass\nx = X()\nalive = weakref.ref(x)\n");
+    {
+        GilGuard gil;
+        PyRef object = eval("x");
+        proxy = ling::python::toLing(object.get());
+        run("del x");
+    }
+    EXPECT_EQ(text("alive() is not None"), "True");
+    std::thread([taken = std::move(proxy)]() mutable { taken = ling::Any(); }).join();
+    EXPECT_EQ(text("alive() is None"), "True");
+}
+
+TEST_F(ProxyLifetime, AFieldReadsTheObjectAsABoxedPointer) {
+    GilGuard gil;
+    PyRef object = eval("[1]");
+    const ling::Any proxy = ling::python::toLing(object.get());
+    EXPECT_EQ(PythonProxy::pythonObject(proxy), object.get());
+    EXPECT_TRUE(proxy.fieldValue(PythonProxy::$_pyobj).is(ling::Kind::Boxed));
+    EXPECT_EQ(PythonProxy::pythonObject(ling::Any(1)), nullptr);
+    const ling::Any empty = PythonProxy::getClass().allocateInstance();
+    EXPECT_EQ(messageOf(PythonProxy::callPythonMethod(empty, ling::python::names::path)), "The object is null.");
+    EXPECT_EQ(ling::python::toPython(empty), nullptr);
+}
+
+TEST_F(ProxyLifetime, EightThreadsShareOneProxy) {
+    ling::Any proxy;
+    {
+        GilGuard gil;
+        PyRef object = eval("list(range(100))");
+        proxy = ling::python::toLing(object.get());
+    }
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t)
+        threads.emplace_back([&proxy] {
+            for (int i = 0; i < 200; ++i) {
+                const ling::Any item = proxy.callMethod(ling::I_Sequence_Generic::$at, {i % 100});
+                EXPECT_TRUE(item.isSameAs(ling::Any(i % 100)));
+                (void)proxy.callMethod(ling::I_MutableSequence_Generic::$append, {i});
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_TRUE(proxy.propertyValue(ling::I_Sequence_Generic::$$length).isSameAs(ling::Any(1700)));
+    proxy = ling::Any();
+}
+
+}  // namespace

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+/// Runs Python code as `ling` code does, with the host's modules by name, and answers what it returns as text; an
+/// exception that it raises as "TypeName: text". `probe`, a helper of the scripts, shows the outcome of one call:
+///
+///     probe(function, *arguments)   -> repr of the result, or "TypeName: text" of what it raised
+///
+/// and `call(value, method, *arguments)` calls a method of `value` as `ling` code calls it.
+std::string script(const std::string& code);

@@ -1,0 +1,11 @@
+#pragma once
+
+/// Defines the `ling` module "things" for tests, once per process: native classes and functions as an extension would
+/// have them, seen by scripts under the name `things`.
+///
+///     Thing(name)     properties name (read and write), size (read-only), stock (refuses negative numbers);
+///                     field mark (integers); methods greet(whom="you"), fail(), lazy(); operators `-` and `/`
+///     Bare            a class without public members
+///     Refusal         an error class
+///     add(a, b), refuse(text), later(value), endless(), failing(count)
+void defineThings();
