@@ -174,10 +174,11 @@ Class_Generic raw_class_of(const Any& value) { return Class_Generic::share(raw_c
 Class_Generic class_of(const Any& value) { return raw_class_of(internal::unwrap(value)); }
 
 String qualname(const Any& value) {
-    if (Result<Module> module = Module::cast(value))
-        return module->name();
-    Result<Class_Generic> cls = Class_Generic::cast(value);
-    const Class_Generic named = cls ? *cls : raw_class_of(value);
+    // Not by casts: the error of a failed cast has qualified names in it.
+    if (internal::cast_object(value, Module::getClass()) != nullptr)
+        return unchecked<Module>(value).name();
+    const bool isClass = value.is(Kind::Object) && value.object()->ownClass() == nullptr;
+    const Class_Generic named = isClass ? unchecked<Class_Generic>(value) : raw_class_of(value);
     const Module module = named.parentModule();
     return module.isNone() ? named.name() : module.name() + String(u".") + named.name();
 }

@@ -8,17 +8,26 @@
 
 namespace ling {
 
-/// The text that shows a value to a person. A string shows as itself, a string inside a container in quotes. What
-/// holds itself shows as "..." where it comes round again. Never an error: a class whose `$__display__` fails shows as
-/// its name in angle brackets.
+/// The text that shows a value to a person: "none", "true", "2.0", "b'\\x00'", "[1, 'a']", "(1,)", "{'a': 1}", "{1,
+/// 2}", "Set()" for the empty set, the qualified name of a class, the name of a module, "name(parameters)" for a
+/// function, the message of an error. A string shows as itself, a string inside a container in quotes, with escapes. An
+/// object shows as its class's `$__display__` says; where there is none, or it fails, as the qualified name of the
+/// class in angle brackets. What is shown within itself is "..." there. Never an error.
 LING_EXPORT String display(const Any& value);
 
-/// Negative, zero or positive: the order of two values. Numbers compare by value across kinds, texts, bytes, dates,
-/// tuples and lists by content, maps and sets by content for equality; other objects by their class's `$__compare__`,
-/// else by identity. Values of different kinds have a fixed order. Containers that hold themselves compare by
-/// identity from a fixed depth on.
+/// Negative, zero or positive: the order of two values.
+///
+/// Numbers compare by value across kinds, exactly; not-a-number equals itself and is above all others. A boolean is no
+/// number. Texts compare by UTF-16 units, byte arrays by bytes, tuples and lists item by item. Maps and sets of equal
+/// content are equal; different ones are ordered by size, then by identity. For other objects the class of `a` answers
+/// by its `$__compare__` (self, other), or that of `b` does, turned round; a class derived from the other's comes
+/// first. An answer that is no integer does not count. All that remains is ordered by kind, then by identity, which
+/// holds while both live.
+///
+/// Values that hold themselves are equal when walking them shows no difference. Nothing is locked while classes answer.
 LING_EXPORT std::int64_t compare_objects(const Any& a, const Any& b);
-/// Equal values have equal hashes. Mutable objects hash by identity, unless their class gives `$__hash__`.
+/// Equal values have equal hashes. What can change (lists, maps, sets) and all other objects hash by identity, unless
+/// their class gives `$__hash__`; so an equal list is another key.
 LING_EXPORT std::int64_t hash_of(const Any& value);
 /// One and the same object, or equal immediates of one kind.
 LING_EXPORT bool is_same(const Any& a, const Any& b) noexcept;

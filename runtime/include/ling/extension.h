@@ -35,16 +35,21 @@ struct ExtensionReport {
     String problem;  ///< Empty when the extension is in use.
 };
 
-/// Loads every library (".so") of a directory, in the order of their names. Each one's entry function
-/// `quorvanta_extension_init` runs right after loading, then the handlers that it queued. A library without the entry
-/// function, or one that fails to load or throws, is reported and skipped. A directory that cannot be read is one
-/// report.
+/// Loads every library (".so", a link to one included) of a directory, in the order of their names. Each one's entry
+/// function `quorvanta_extension_init` runs right after loading, then the handlers that it queued; what others queued
+/// before stays queued. A library without the entry function, or one that fails to load or whose entry function throws,
+/// is reported and skipped: its handlers are dropped. A handler that throws is reported, and the others run. A library
+/// that is in use already is left as it is. A directory that cannot be read is one report.
+///
+/// A library's static initialisers must not throw: the system's loader lets no exception through.
 LING_EXPORT std::vector<ExtensionReport> load_extensions(const std::filesystem::path& directory);
 
-/// Names the function that fetches resources of a URI scheme ("https"): called with (path, uri), it answers the bytes
-/// or an error result. A later registration replaces an earlier one.
+/// Names the function that fetches resources of a URI scheme ("https"; upper and lower case are the same): called with
+/// (path, uri), it answers the bytes or an error result. The path is that of the URI as it is written there: without
+/// authority, query and fragment. A later registration replaces an earlier one.
 LING_EXPORT void register_scheme_provider(const String& scheme, const I_Invokable_Generic& provider);
-/// The bytes behind a URI, from the provider of its scheme, or an error result ("Unknown URI scheme: '{}'.").
+/// The bytes behind a URI, from the provider of its scheme, or an error result ("Unknown URI scheme: '{}'."). Nothing
+/// is locked while the provider runs, and nothing is kept of what it answers.
 LING_EXPORT Any load_resource(const String& uri);
 
 }  // namespace ling

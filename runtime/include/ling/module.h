@@ -6,6 +6,8 @@
 #include "ling/result.h"
 #include "ling/string.h"
 
+#include <atomic>
+#include <mutex>
 #include <string_view>
 #include <vector>
 
@@ -13,6 +15,8 @@ namespace ling {
 
 /// A named collection of classes, functions, properties and other modules. Modules form a tree by their dotted names;
 /// a child is a property of its parent under the last part of its name. Modules live as long as the process.
+///
+/// The parts of a name are separated by dots; none is empty, and the name is well-formed text without a NUL.
 class LING_EXPORT Module : public Any {
 public:
     Module() noexcept = default;  ///< No module: none.
@@ -28,14 +32,15 @@ public:
     static const Class_Generic& getClass();
     static Type getType();
 
-    /// True on a module whose classes and functions a guest language also binds by bare name where it evaluates code.
+    /// The property "bindMembers", a boolean that is false unless somebody sets it: true on a module whose classes and
+    /// functions a guest language also binds by bare name where it evaluates code.
     static const property_ident_untyped $$bindMembers;
 };
 
 /// Finds a module by its dotted name, or answers a none handle.
 LING_EXPORT Module find_module(const String& name);
 /// Finds a module, or makes it and the modules above it. An error result for an ill-formed name ("Invalid module name:
-/// '{}'.") and where something that is not a module has the name already.
+/// '{}'.") and where something else has the name already ("The name '{}' is taken.").
 LING_EXPORT Any find_or_create_module(const String& name);
 /// All modules, parents before children, as they are now: a list.
 LING_EXPORT List_Generic modules();
@@ -48,21 +53,43 @@ namespace internal {
 /// A module's own record. Languages may derive from it.
 class LING_EXPORT object_value_module : public object_value_object {
 public:
+    using function_entry = Declared<method_ident_untyped, I_Invokable_Generic>;
+
+    /// `klass` is `Module` or derived from it. The module is in nobody's tree until it is registered.
     object_value_module(object_value_class* klass, const String& name);
     const String& name() const noexcept { return name_; }
     String doc() const;
     void setDoc(const String& doc);
 
+    /// What is registered in the module. A name is added once: false, with nothing done, for one that is there already.
+    std::vector<Class_Generic> classes() const;
+    std::vector<function_entry> functions() const;
+    bool addClass(const Class_Generic& cls);
+    bool addFunction(const FunctionCL_Generic& function);
+
+    /// What `Module::$$bindMembers` reads and writes.
+    bool bindsMembers() const noexcept { return bindsMembers_.load(std::memory_order_relaxed); }
+    void setBindsMembers(bool binds) noexcept { bindsMembers_.store(binds, std::memory_order_relaxed); }
+
 private:
+    bool claimName(const String& name);
+
     const String name_;
-    String doc_;  // Guarded by guard().
+    std::atomic<bool> bindsMembers_{false};
+    mutable std::mutex members_;  // Guards what follows. Memory alone is touched under it.
+    String doc_;
+    std::vector<Class_Generic> classes_;
+    std::vector<function_entry> functions_;
+    std::vector<String> names_;
 };
 
 /// Puts a module made by somebody else into the tree under its own name, and the modules above it where missing. None,
-/// or an error result when the name is taken by another.
+/// or an error result when the name is ill-formed or taken by another.
 LING_EXPORT Any register_module(const Module& module);
 
-/// Registers a member in a module, which is made when it is missing. None, or an error result.
+/// Registers a member in a module, which is made when it is missing; it becomes a property of the module. None, or an
+/// error result: a name that is empty or taken by another ("The name '{}' is taken."). Registering one thing twice is
+/// no error.
 LING_EXPORT Any register_function(std::string_view module, const FunctionCL_Generic& function);
 LING_EXPORT Any register_property(std::string_view module, std::string_view name, const Property& property);
 LING_EXPORT Any register_class(std::string_view module, const Class_Generic& cls);

@@ -170,6 +170,8 @@ template <class R, class... Ps>
 struct call_shape<R (*)(Ps...)> {
     static constexpr R (*value)(Ps...) = nullptr;
 };
+template <class R, class... Ps>
+struct call_shape<R (*)(Ps...) noexcept> : call_shape<R (*)(Ps...)> {};
 template <class C, class R, class... Ps>
 struct call_shape<R (C::*)(Ps...) const> : call_shape<R (*)(Ps...)> {};
 template <class C, class R, class... Ps>

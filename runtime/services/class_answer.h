@@ -1,0 +1,31 @@
+#pragma once
+
+#include "ling/any.h"
+#include "ling/class_record.h"
+
+#include <initializer_list>
+
+namespace ling::internal {
+
+/// The instance method by which the class of `value` answers for its instances (`$__compare__`, `$__hash__`,
+/// `$__display__`). Nothing for values of native classes, whose content is known here.
+found_member class_answer(const Any& value, const method_ident_untyped& id);
+
+/// Asks it. A lazy answer is resolved. None when classes ask each other too deep. Nothing may be locked: any code runs.
+Any ask_class(const found_member& method, std::initializer_list<Any> arguments);
+
+/// What stands for `value` where its content counts: lazy, external and weak values are resolved. Runs foreign code for
+/// those alone.
+class resolved_value {
+public:
+    explicit resolved_value(const Any& value);
+    resolved_value(const resolved_value&) = delete;
+    resolved_value& operator=(const resolved_value&) = delete;
+    const Any& operator*() const noexcept { return *value_; }
+
+private:
+    Any made_;
+    const Any* value_;
+};
+
+}  // namespace ling::internal

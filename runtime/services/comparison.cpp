@@ -1,0 +1,23 @@
+#include "ling/comparison.h"
+
+#include "services/comparison_run.h"
+
+namespace ling {
+
+namespace {
+
+bool isPlainText(const Any& value) noexcept { return value.is(Kind::String) && value.object()->ownClass() == nullptr; }
+
+}  // namespace
+
+std::int64_t compare_objects(const Any& a, const Any& b) {
+    if (a.isSameAs(b))
+        return 0;
+    if (a.is(Kind::Integer) && b.is(Kind::Integer))
+        return a.asInteger() < b.asInteger() ? -1 : 1;
+    if (isPlainText(a) && isPlainText(b))
+        return unchecked<String>(a).view().compare(unchecked<String>(b).view());
+    return internal::comparison_run().compare(a, b);
+}
+
+}  // namespace ling

@@ -1,0 +1,13 @@
+#include "ling/comparison.h"
+
+#include "services/display_run.h"
+
+namespace ling {
+
+String display(const Any& value) {
+    if (value.is(Kind::String) && value.object()->ownClass() == nullptr)
+        return unchecked<String>(value);
+    return internal::display_run().text(value);
+}
+
+}  // namespace ling

@@ -1,0 +1,151 @@
+#include "services/module_tree.h"
+
+#include "ling/error.h"
+#include "ling/list.h"
+#include "ling/members.h"
+#include "model/own_members.h"
+#include "services/module_name.h"
+
+namespace ling::internal {
+
+module_tree& module_tree::instance() {
+    static module_tree& tree = *new module_tree;  // Modules live as long as the process.
+    return tree;
+}
+
+Module module_tree::find(const String& name) const {
+    std::lock_guard hold(guard_);
+    auto position = positions_.find(name.view());
+    if (position == positions_.end() || !entries_[position->second].linked)
+        return Module();
+    return entries_[position->second].module;
+}
+
+Module module_tree::findListed(const String& name) const {
+    std::lock_guard hold(guard_);
+    auto position = positions_.find(name.view());
+    return position == positions_.end() ? Module() : entries_[position->second].module;
+}
+
+std::vector<Module> module_tree::all() const {
+    std::lock_guard hold(guard_);
+    std::vector<Module> modules;
+    for (const entry& listed : entries_)
+        if (listed.linked)
+            modules.push_back(listed.module);
+    return modules;
+}
+
+Any module_tree::ensure(const String& name) {
+    if (!is_module_name(name))
+        return failure(String(u"Invalid module name: '{}'.").arg(name));
+    if (Module present = find(name); !present.isNone())
+        return present;
+    Any parent = ensureAbove(name);
+    if (is_error_result(parent))
+        return parent;
+    Module module = findListed(name);
+    if (module.isNone())
+        module = unchecked<Module>(Any::adopt(new object_value_module(Module::getClass().record(), name)));
+    return place(unchecked<Module>(parent), module);
+}
+
+Any module_tree::add(const Module& module) {
+    const String name = module.name();
+    if (!is_module_name(name))
+        return failure(String(u"Invalid module name: '{}'.").arg(name));
+    Any parent = ensureAbove(name);
+    if (is_error_result(parent))
+        return parent;
+    const Any placed = place(unchecked<Module>(parent), module);
+    if (is_error_result(placed))
+        return placed;
+    return placed.isSameAs(module) ? Any() : name_is_taken(name);
+}
+
+/// The module that holds the one called `name`: none for a top-level name. Missing ones are made from the top down, in
+/// a loop, since a name may have any number of parts.
+Any module_tree::ensureAbove(const String& name) {
+    const std::u16string_view text = name.view();
+    Module parent;
+    for (std::size_t dot = text.find(u'.'); dot != text.npos; dot = text.find(u'.', dot + 1)) {
+        const String above(text.substr(0, dot));
+        Module present = find(above);
+        if (present.isNone()) {
+            present = unchecked<Module>(Any::adopt(new object_value_module(Module::getClass().record(), above)));
+            Any placed = place(parent, present);
+            if (is_error_result(placed))
+                return placed;
+            present = unchecked<Module>(placed);
+        }
+        parent = std::move(present);
+    }
+    return parent;
+}
+
+/// Puts a module into the table and below its parent. Answers the module that has the name then, which is another one
+/// where another thread was faster, or an error result. A module that another thread has published but not linked as
+/// yet is linked here too: doing so twice does no harm, and nobody waits.
+Any module_tree::place(const Module& parent, const Module& module) {
+    if (parent.isNone()) {
+        Module winner = publish(module);
+        markLinked(winner);
+        return winner;
+    }
+    const property_ident_untyped id(last_part(module.name()));
+    const std::optional<Any> occupant = occupant_of(parent, id);
+    if (occupant && !occupant->isSameAs(module) && !occupant->isSameAs(findListed(module.name())))
+        return name_is_taken(module.name());
+    Module winner = publish(module);
+    if (!occupant)
+        (void)raw_insert_property(parent, id, Property::ofValue(winner));
+    markLinked(winner);
+    return winner;
+}
+
+Module module_tree::publish(const Module& module) {
+    const auto& record = static_cast<const object_value_module&>(*module.object());
+    std::lock_guard hold(guard_);
+    auto [position, isNew] = positions_.try_emplace(record.name().view(), entries_.size());
+    if (isNew)
+        entries_.push_back({module, false});
+    return entries_[position->second].module;
+}
+
+void module_tree::markLinked(const Module& module) {
+    const auto& record = static_cast<const object_value_module&>(*module.object());
+    std::lock_guard hold(guard_);
+    entries_[positions_.at(record.name().view())].linked = true;
+}
+
+Any name_is_taken(const String& name) { return failure(String(u"The name '{}' is taken.").arg(name)); }
+
+std::optional<Any> occupant_of(const Module& module, const property_ident_untyped& id) {
+    Any property;
+    if (own_members* own = find_own_members(module))
+        property = own->properties.find(id.data());
+    const found_member declared = raw_class_record(module)->findProperty(id);
+    if (property.isNone() && declared && declared.classLevel)
+        property = Any::share(declared.member);
+    if (property.isNone())
+        return std::nullopt;
+    const Property& known = unchecked<Property>(property);
+    return known.isValue() ? known.value() : property;
+}
+
+}  // namespace ling::internal
+
+namespace ling {
+
+using internal::module_tree;
+
+Module find_module(const String& name) { return module_tree::instance().find(name); }
+
+Any find_or_create_module(const String& name) { return module_tree::instance().ensure(name); }
+
+List_Generic modules() {
+    const std::vector<Module> all = module_tree::instance().all();
+    return List_Generic(std::vector<Any>(all.begin(), all.end()));
+}
+
+}  // namespace ling

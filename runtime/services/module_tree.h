@@ -1,0 +1,49 @@
+#pragma once
+
+#include "ling/module.h"
+
+#include <mutex>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace ling::internal {
+
+/// All modules of the process, by name.
+///
+/// A module is found once it is linked: once it is a property of its parent. So whoever finds it can reach it from
+/// above as well. The lock is held to read and write the table alone; members of modules are changed outside of it.
+class module_tree {
+public:
+    static module_tree& instance();
+
+    Module find(const String& name) const;  ///< A none handle when there is no such module.
+    Any ensure(const String& name);         ///< The module, or an error result.
+    Any add(const Module& module);          ///< None, or an error result.
+    std::vector<Module> all() const;        ///< Parents before children.
+
+private:
+    struct entry {
+        Module module;
+        bool linked;
+    };
+
+    Any ensureAbove(const String& name);
+    Any place(const Module& parent, const Module& module);
+    Module publish(const Module& module);
+    void markLinked(const Module& module);
+    Module findListed(const String& name) const;
+
+    mutable std::mutex guard_;
+    std::vector<entry> entries_;                                      // In order of publication.
+    std::unordered_map<std::u16string_view, std::size_t> positions_;  // By the name that the module itself keeps.
+};
+
+/// The error result for a name that something else has.
+Any name_is_taken(const String& name);
+
+/// What stands under a name in a module already, of its own or at the level of its class. A property that every module
+/// has (its name, its documentation) takes no name. A computed property is answered as the property itself.
+std::optional<Any> occupant_of(const Module& module, const property_ident_untyped& id);
+
+}  // namespace ling::internal
