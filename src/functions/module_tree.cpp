@@ -19,6 +19,7 @@ namespace ling::python {
 
 namespace names {
 
+inline constinit const Name entryName{"name"};
 inline constinit const Name modulePath{"__path__"};
 
 }  // namespace names
@@ -35,8 +36,6 @@ constexpr const char* kAllModules = "import pkgutil\nreturn list(pkgutil.iter_mo
 constexpr std::u16string_view kNeverImported[] = {u"builtins", u"this", u"antigravity", u"sys"};
 
 constexpr int kOneOfAll = 1;
-
-const ling::property_ident_untyped $$name("name");
 
 bool isPublic(const ling::String& name) { return !name.isEmpty() && !name.startsWith(u"_"); }
 
@@ -105,6 +104,16 @@ ling::Any putIntoTree(const ling::String& name, PyObject* module) {
     return before.isNone() ? problem : before;
 }
 
+/// What `pkgutil` tells about one module is a named tuple, whose "name" is no Python `property` and so none that the
+/// proxy would show: it is read as the attribute that it is.
+ling::String nameIn(const ling::Any& entry) {
+    PyRef object = PyRef::steal(toPython(entry));
+    PyRef name = PyRef::steal(object ? attribute(object.get(), names::entryName) : nullptr);
+    const ling::Any text = toLing(name.get());
+    PyErr_Clear();
+    return ling::String::cast(text).valueOr(ling::String());
+}
+
 /// The names in a list of what `pkgutil` tells about modules; those that nobody is to see left out.
 std::vector<ling::String> namesIn(const ling::Any& listing) {
     std::vector<ling::String> names;
@@ -112,9 +121,9 @@ std::vector<ling::String> namesIn(const ling::Any& listing) {
     if (!entries)
         return names;
     for (ling::iteration entry = entries->beginImpl(); entry.advance();) {
-        const ling::Result<ling::String> name = ling::String::cast(entry.item().propertyValue($$name));
-        if (name && isPublic(*name))
-            names.push_back(*name);
+        const ling::String name = nameIn(entry.item());
+        if (isPublic(name))
+            names.push_back(name);
     }
     return names;
 }

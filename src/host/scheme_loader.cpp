@@ -24,9 +24,11 @@ ling::FunctionCL_Generic makeLoader() {
 }  // namespace
 
 ling::Any loadResource(const ling::Any& path, const ling::Any& uri) {
-    const ling::Map_Generic locals =
+    // As globals: the wrapping declares each of the locals in front of the body, indented by one tab, and the script,
+    // which is indented further, could not follow such a line. The code reads them from the same place either way.
+    const ling::Map_Generic variables =
         platform::makeMap({{ling::String("in_path"), path}, {ling::String("in_uri"), uri}});
-    return evaluateMethod(ling::Any(), kScript, locals, platform::makeMap(), platform::makeMap());
+    return evaluateMethod(ling::Any(), kScript, platform::makeMap(), variables, platform::makeMap());
 }
 
 void registerSchemeProviders() {

@@ -92,7 +92,7 @@ TEST_F(SchemeLoaderTest, ThePathIsOfNoUse) {
 
 TEST_F(SchemeLoaderTest, AnUriThatIsNoTextIsThePythonError) {
     EXPECT_EQ(messageOf(ling::python::loadResource(ling::Any(), ling::Any(1))),
-              "'int' object has no attribute 'timeout'");
+              "'int' object has no attribute 'timeout' and no __dict__ for setting new attributes");
     EXPECT_EQ(messageOf(ling::python::loadResource(ling::Any(), ling::String())), "unknown url type: ''");
 }
 
