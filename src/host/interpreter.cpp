@@ -3,6 +3,7 @@
 #include "host/once.h"
 #include "host/platform.h"
 #include "host/search_paths.h"
+#include "host/utf8_locale.h"
 
 #include <Python.h>
 
@@ -51,6 +52,7 @@ void setSearchPaths(PyConfig& config, const std::vector<ling::Any>& paths) {
 /// any path it stays at the core. What the two calls answer is not looked at; those who need an interpreter ask
 /// whether there is one.
 void initialise() {
+    const Utf8Locale locale;
     PyConfig config;
     configure(config);
     (void)Py_InitializeFromConfig(&config);
