@@ -61,7 +61,7 @@ void PythonTest::forgetNamespace() {
     Py_CLEAR(namespace_);
 }
 
-PyRef PythonTest::evaluate(const char* code, int start) {
+PyRef PythonTest::runCode(const char* code, int start) {
     if (namespace_ == nullptr) {
         namespace_ = PyDict_New();
         PyDict_SetItemString(namespace_, "__builtins__", PyEval_GetBuiltins());
@@ -74,13 +74,26 @@ PyRef PythonTest::evaluate(const char* code, int start) {
     return result;
 }
 
-PyRef PythonTest::eval(const char* expression) { return evaluate(expression, Py_eval_input); }
+PyRef PythonTest::eval(const char* expression) { return runCode(expression, Py_eval_input); }
 
-void PythonTest::run(const char* statements) { (void)evaluate(statements, Py_file_input); }
+void PythonTest::run(const char* statements) { (void)runCode(statements, Py_file_input); }
 
 void PythonTest::runLocked(const char* statements) {
     GilGuard gil;
     run(statements);
+}
+
+void PythonTest::define(const char* module, const char* statements) {
+    PyRef name = PyRef::steal(PyUnicode_FromString(module));
+    PyRef known = PyRef::steal(PyImport_GetModule(name.get()));
+    PyObject* made = known ? known.get() : PyImport_AddModule(module);
+    PyObject* dictionary = PyModule_GetDict(made);
+    if (!known) {
+        PyDict_SetItemString(dictionary, "__builtins__", PyEval_GetBuiltins());
+        PyRef result = PyRef::steal(PyRun_String(statements, Py_file_input, dictionary, dictionary));
+        EXPECT_TRUE(result) << statements;
+    }
+    run((std::string("from ") + module + " import *").c_str());
 }
 
 std::string PythonTest::text(const char* expression) {

@@ -32,13 +32,16 @@ protected:
     ling::python::PyRef eval(const char* expression);
     /// Runs statements in that namespace. A failure of the test when they raise.
     void run(const char* statements);
+    /// Binds what `statements` define in that namespace, running them once per process: for classes, which are kept
+    /// for good once they went to `ling`. `module` is the name of the module they live in.
+    void define(const char* module, const char* statements);
     /// `str()` of the value of an expression. Takes the lock itself.
     std::string text(const char* expression);
     /// Takes the lock itself and runs statements.
     void runLocked(const char* statements);
 
 private:
-    ling::python::PyRef evaluate(const char* code, int start);
+    ling::python::PyRef runCode(const char* code, int start);
     bool isBalanced(std::size_t before);
     void forgetNamespace();
 

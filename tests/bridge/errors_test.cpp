@@ -1,0 +1,271 @@
+#include "bridge/errors.h"
+
+#include "bridge/convert.h"
+#include "ling/class_builder.h"
+#include "support/describe.h"
+#include "support/python_test.h"
+
+using ling::Any;
+using ling::python::errorClassOf;
+using ling::python::exceptionClassFor;
+using ling::python::fetchPythonError;
+using ling::python::GilGuard;
+using ling::python::PyRef;
+using ling::python::takePythonError;
+using ling::python::toLing;
+using ling::python::toPython;
+
+namespace {
+
+ling::Class_Generic makeErrorClass(const char* name, const char* module = "") {
+    return ling::internal::defclass_impl(name, module).parent(ling::Error::getClass()).build();
+}
+
+/// Classes are made once: the Python classes that stand for them are kept for the process.
+const ling::Class_Generic& myError() {
+    static const ling::Class_Generic& cls = *new ling::Class_Generic(makeErrorClass("MyError"));
+    return cls;
+}
+const ling::Class_Generic& deepError() {
+    static const ling::Class_Generic& cls = *new ling::Class_Generic(makeErrorClass("DeepError", "errors_test.deep"));
+    return cls;
+}
+
+// Defined once: a class that went to `ling` is kept there.
+constexpr const char* kRaisedClasses = R"(
+class Base(BaseException): pass
+class NoText(Exception):
+    def __str__(self): raise KeyError
+class BadText(Exception):
+    def __str__(self): return '\ud800'
+class NumberText(Exception):
+    def __str__(self): return 5
+class Unreadable(Exception):
+    @property
+    def ling(self): raise KeyError
+class Empty(Exception):
+    ling = None
+class Number(Exception):
+    ling = 5
+class Endless(Exception):
+    @property
+    def ling(self): return Endless('again')
+class Stop(StopIteration): pass
+)";
+
+class ErrorsTest : public PythonTest {
+protected:
+    /// Runs statements that raise.
+    void raise(const char* statements) {
+        define("errors_test_raised", kRaisedClasses);
+        PyRef dictionary = PyRef::steal(PyDict_New());
+        PyDict_SetItemString(dictionary.get(), "__builtins__", PyEval_GetBuiltins());
+        const std::string source = std::string("from errors_test_raised import *\n") + statements;
+        PyRef result = PyRef::steal(PyRun_String(source.c_str(), Py_file_input, dictionary.get(), dictionary.get()));
+        EXPECT_FALSE(result);
+    }
+    /// What the pending exception becomes; "none" where it is no error.
+    static std::string fetched() {
+        const std::string error = describe(takePythonError());
+        EXPECT_EQ(PyErr_Occurred(), nullptr);
+        return error;
+    }
+    PyRef raised() {
+        EXPECT_NE(PyErr_Occurred(), nullptr);
+        return PyRef::steal(PyErr_GetRaisedException());
+    }
+};
+
+struct Row {
+    const char* statements;
+    const char* expected;
+};
+
+constexpr Row kRaised[] = {
+    {"raise ValueError('bad value')", "error: bad value"},
+    {"raise ValueError", "error: "},
+    {"raise ValueError('a\\0b')", "error: a"},  // Shown up to the zero by the table.
+    {"raise KeyError('k')", "error: 'k'"},
+    {"raise OSError(2, 'gone')", "error: [Errno 2] gone"},
+    {"raise StopIteration(5)", "error: 5"},
+    {"1 / 0", "error: division by zero"},
+    {"raise KeyboardInterrupt", "none"},
+    {"raise SystemExit(3)", "none"},
+    {"raise Base('x')", "none"},
+    {"raise NoText", "error: "},
+    {"raise BadText", "error: "},
+    {"raise NumberText", "error: "},
+    {"raise Unreadable('seen')", "error: seen"},
+    {"raise Empty('x')", "none"},
+    {"raise Number('x')", "none"},
+    {"e = ValueError('inner')\nf = KeyError('outer')\nf.ling = e\nraise f", "error: inner"},
+    {"e = ValueError('itself')\ne.ling = e\nraise e", "error: itself"},
+    {"raise Endless('first')", "error: again"},
+    {"e = ValueError('huge')\ne.ling = 2 ** 70\nraise e", "none"},
+};
+
+TEST_F(ErrorsTest, APendingExceptionBecomesAnErrorAndIsTakenAway) {
+    GilGuard gil;
+    for (const Row& row : kRaised) {
+        SCOPED_TRACE(row.statements);
+        raise(row.statements);
+        const std::string text = fetched();
+        EXPECT_EQ(std::string(text.c_str()), row.expected);
+    }
+}
+
+TEST_F(ErrorsTest, WithNothingPendingThereIsNoError) {
+    GilGuard gil;
+    EXPECT_EQ(fetchPythonError(), std::nullopt);
+    EXPECT_TRUE(takePythonError().isNone());
+}
+
+TEST_F(ErrorsTest, TextsAreKeptWhole) {
+    GilGuard gil;
+    raise("raise ValueError('a\\0b\\U0001f600')");
+    const Any error = takePythonError();
+    EXPECT_EQ(ling::Error::cast(error)->message().view(), std::u16string_view(u"a\0b\U0001F600", 5));
+    EXPECT_EQ(toPython(error), nullptr);
+    PyRef exception = raised();
+    PyRef text = PyRef::steal(PyObject_Str(exception.get()));
+    EXPECT_EQ(PyUnicode_GET_LENGTH(text.get()), 4);
+}
+
+TEST_F(ErrorsTest, ASyntaxErrorCarriesItsTraceback) {
+    GilGuard gil;
+    raise("compile('x =', '<text>', 'exec')");
+    EXPECT_EQ(messageOf(takePythonError()).substr(0, 35), "Traceback (most recent call last):\n");
+    PyRef exception = eval("SyntaxError('invalid syntax', ('<text>', 1, 4, 'x =', 1, 4))");
+    EXPECT_EQ(messageOf(toLing(exception.get())),
+              "  File \"<text>\", line 1\n    x =\n       ^\nSyntaxError: invalid syntax\n");
+    exception = eval("IndentationError('unexpected indent')");
+    EXPECT_EQ(messageOf(toLing(exception.get())), "IndentationError: unexpected indent\n");
+}
+
+TEST_F(ErrorsTest, AnErrorWithoutAnExceptionIsARuntimeErrorWithItsMessage) {
+    GilGuard gil;
+    EXPECT_EQ(toPython(ling::Error("some text")), nullptr);
+    PyRef exception = raised();
+    EXPECT_EQ(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), PyExc_RuntimeError);
+    EXPECT_FALSE(PyObject_HasAttrString(exception.get(), "ling"));
+    EXPECT_EQ(describe(toLing(exception.get())), "error: some text");
+}
+
+TEST_F(ErrorsTest, AnErrorThatComesBackIsTheSame) {
+    const ling::Error withException("carries one");
+    withException.setException(ling::String("foreign"));
+    GilGuard gil;
+    for (const ling::Error& error : {ling::Error(myError(), "mine"), ling::Error(deepError(), "deep"), withException,
+                                     ling::unchecked<ling::Error>(ling::StopIteration())}) {
+        SCOPED_TRACE(describe(error));
+        EXPECT_EQ(toPython(error), nullptr);
+        const std::optional<ling::Error> back = fetchPythonError();
+        ASSERT_TRUE(back);
+        EXPECT_TRUE(back->isSameAs(error));
+    }
+}
+
+TEST_F(ErrorsTest, EachErrorClassHasItsExceptionClass) {
+    GilGuard gil;
+    struct {
+        ling::Error error;
+        const char* module;
+        const char* name;
+    } rows[] = {
+        {ling::Error(myError(), "x"), "ling", "MyError"},
+        {ling::Error(deepError(), "x"), "errors_test.deep", "DeepError"},
+        {ling::unchecked<ling::Error>(ling::StopIteration()), "builtins", "StopIteration"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(toPython(row.error), nullptr);
+        PyRef exception = raised();
+        PyRef cls = PyRef::borrow(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())));
+        PyRef module = PyRef::steal(PyObject_GetAttrString(cls.get(), "__module__"));
+        PyRef name = PyRef::steal(PyObject_GetAttrString(cls.get(), "__name__"));
+        PyRef text = PyRef::steal(PyObject_Str(exception.get()));
+        EXPECT_STREQ(PyUnicode_AsUTF8(module.get()), row.module);
+        EXPECT_STREQ(PyUnicode_AsUTF8(name.get()), row.name);
+        EXPECT_STREQ(PyUnicode_AsUTF8(text.get()), "");
+    }
+}
+
+TEST_F(ErrorsTest, TheExceptionClassIsMadeOnceAndHasAnEmptyAttribute) {
+    GilGuard gil;
+    PyObject* cls = exceptionClassFor(myError());
+    ASSERT_NE(cls, nullptr);
+    EXPECT_EQ(exceptionClassFor(myError()), cls);
+    EXPECT_TRUE(
+        PyType_IsSubtype(reinterpret_cast<PyTypeObject*>(cls), reinterpret_cast<PyTypeObject*>(PyExc_RuntimeError)));
+    PyRef instance = PyRef::steal(PyObject_CallNoArgs(cls));
+    EXPECT_TRUE(toLing(instance.get()).isNone());
+    PyErr_SetObject(cls, instance.get());
+    EXPECT_EQ(fetchPythonError(), std::nullopt);
+    EXPECT_EQ(PyErr_Occurred(), nullptr);
+}
+
+TEST_F(ErrorsTest, AnErrorOfAPythonClassIsRaisedAsThatClass) {
+    GilGuard gil;
+    define("errors_test_classes",
+           "class Mine(ValueError):\n"
+           "    made = 0\n"
+           "    def __init__(self, *args):\n"
+           "        Mine.made += 1\n"
+           "class Asks(ValueError):\n"
+           "    def __init__(self, needed):\n"
+           "        self.args = (needed,)\n"
+           "class Sealed(ValueError):\n"
+           "    __slots__ = ()\n"
+           "    def __setattr__(self, name, value):\n"
+           "        raise TypeError\n");
+    for (const char* name : {"Mine", "Asks", "Sealed"}) {
+        SCOPED_TRACE(name);
+        PyRef type = eval(name);
+        const Any cls = toLing(type.get());
+        const ling::Error error(*ling::Class_Generic::cast(cls), "why");
+        EXPECT_EQ(toPython(error), nullptr);
+        PyRef exception = raised();
+        EXPECT_EQ(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), type.get());
+        PyRef text = PyRef::steal(PyObject_Str(exception.get()));
+        EXPECT_STREQ(PyUnicode_AsUTF8(text.get()), name == std::string("Asks") ? "why" : "");
+    }
+    EXPECT_EQ(PyErr_Occurred(), nullptr);
+}
+
+TEST_F(ErrorsTest, RaisingReplacesWhatIsPending) {
+    GilGuard gil;
+    PyErr_SetString(PyExc_KeyError, "left behind");
+    EXPECT_EQ(ling::python::raiseError(ling::Error("new")), nullptr);
+    EXPECT_EQ(takePending(), "RuntimeError: new");
+}
+
+TEST_F(ErrorsTest, TheClassOfAnErrorFollowsTheExceptionType) {
+    GilGuard gil;
+    define("errors_test_raised", kRaisedClasses);
+    PyRef derived = eval("Stop");
+    PyRef number = eval("5");
+    EXPECT_EQ(errorClassOf(nullptr), ling::Error::getClass());
+    EXPECT_EQ(errorClassOf(number.get()), ling::Error::getClass());
+    EXPECT_EQ(errorClassOf(PyExc_StopIteration), ling::StopIteration::getClass());
+    EXPECT_EQ(errorClassOf(reinterpret_cast<PyObject*>(&PyLong_Type)), ling::Error::getClass());
+    EXPECT_EQ(errorClassOf(PyExc_ValueError).name(), ling::String("ValueError"));
+    EXPECT_EQ(errorClassOf(derived.get()).name(), ling::String("Stop"));
+    raise("raise StopIteration");
+    EXPECT_EQ(ling::raw_class_of(*fetchPythonError()), ling::StopIteration::getClass());
+    raise("raise Stop('x')");
+    EXPECT_EQ(ling::raw_class_of(*fetchPythonError()), ling::Error::getClass());
+}
+
+TEST_F(ErrorsTest, ReferencesAreGivenBack) {
+    GilGuard gil;
+    PyRef exception = eval("ValueError('x')");
+    const Py_ssize_t before = Py_REFCNT(exception.get());
+    for (int round = 0; round < 3; ++round) {
+        PyErr_SetObject(PyExc_ValueError, exception.get());
+        (void)fetchPythonError();
+        (void)toLing(exception.get());
+    }
+    EXPECT_EQ(Py_REFCNT(exception.get()), before);
+}
+
+}  // namespace

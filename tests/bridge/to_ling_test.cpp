@@ -1,0 +1,267 @@
+#include "bridge/to_ling.h"
+
+#include "bridge/convert.h"
+#include "ling/list.h"
+#include "support/describe.h"
+#include "support/python_test.h"
+
+#include <string_view>
+
+using ling::python::GilGuard;
+using ling::python::PyRef;
+using ling::python::toLing;
+using ling::python::toLingByRules;
+
+namespace {
+
+constexpr const char* kClasses = R"(
+import collections, datetime, decimal, fractions, types
+
+class Index:
+    def __index__(self): return 7
+class Floating:
+    def __float__(self): return 7.5
+class BadNumber:
+    def __int__(self): raise KeyError('no number')
+class DerivedInt(int):
+    pass
+class DerivedIntWithInt(int):
+    def __int__(self): return 99
+class DerivedFloat(float):
+    pass
+class DerivedBytes(bytes):
+    pass
+class DerivedBytearray(bytearray):
+    pass
+class DerivedStr(str):
+    pass
+class CallableStr(str):
+    def __call__(self): pass
+class DerivedDict(dict):
+    pass
+class DerivedList(list):
+    pass
+class DerivedSet(set):
+    pass
+class DerivedDecimal(decimal.Decimal):
+    pass
+class BadDecimalText(decimal.Decimal):
+    def __str__(self): raise ValueError('no text')
+class DerivedDate(datetime.date):
+    pass
+class Meta(type):
+    pass
+class OfMeta(metaclass=Meta):
+    pass
+class Items:
+    def __getitem__(self, key): return key
+class Loop:
+    def __iter__(self): return iter(())
+class NoLoop:
+    __iter__ = None
+class Called:
+    def __call__(self): pass
+class Plain:
+    pass
+class BadClass:
+    @property
+    def __class__(self): raise ValueError('no class')
+class PretendError:
+    __class__ = ValueError
+    def __str__(self): return 'pretended'
+)";
+
+struct Row {
+    const char* expression;
+    const char* expected;
+    const char* pending = "";
+};
+
+constexpr Row kRows[] = {
+    {"None", "none"},
+    {"NotImplemented", "undefined"},
+    {"True", "true"},
+    {"False", "false"},
+    // Bytes.
+    {"b''", "bytes ''"},
+    {"b'a\\0b'", "bytes 'a\\x00b'"},
+    {"bytearray()", "bytes ''"},
+    {"bytearray(b'xyz')", "bytes 'xyz'"},
+    {"DerivedBytes(b'd')", "bytes 'd'"},
+    {"DerivedBytearray(b'd')", "bytes 'd'"},
+    // Decimals.
+    {"decimal.Decimal('1.10')", "Decimal 1.10"},
+    {"decimal.Decimal('-0')", "Decimal -0"},
+    {"decimal.Decimal('1E+5')", "Decimal 1E+5"},
+    {"decimal.Decimal('123456789012345678901234567890.5')", "Decimal 123456789012345678901234567890.5"},
+    {"DerivedDecimal('1.10')", "integer 1"},
+    {"BadDecimalText('2.5')", "integer 2"},
+    // Floats.
+    {"0.0", "integer 0"},
+    {"-0.0", "integer 0"},
+    {"3.0", "integer 3"},
+    {"-3.0", "integer -3"},
+    {"3.5", "float 3.5"},
+    {"float('nan')", "float nan"},
+    {"float('inf')", "integer -9223372036854775808"},
+    {"float('-inf')", "integer -9223372036854775808"},
+    {"1e300", "integer -9223372036854775808"},
+    {"2.0 ** 63", "integer -9223372036854775808"},
+    {"-(2.0 ** 63)", "integer -9223372036854775808"},
+    {"2.0 ** 62", "integer 4611686018427387904"},
+    {"5e-324", "float 5e-324"},
+    {"DerivedFloat(2.5)", "float 2.5"},
+    {"DerivedFloat(2.0)", "integer 2"},
+    // Numbers.
+    {"0", "integer 0"},
+    {"1", "integer 1"},
+    {"-1", "integer -1"},
+    {"2 ** 63 - 1", "integer 9223372036854775807"},
+    {"-(2 ** 63)", "integer -9223372036854775808"},
+    {"2 ** 63", "integer -1", "OverflowError: int too big to convert"},
+    {"-(2 ** 63) - 1", "integer -1", "OverflowError: int too big to convert"},
+    {"DerivedInt(5)", "integer 5"},
+    {"DerivedIntWithInt(5)", "integer 99"},
+    {"fractions.Fraction(7, 2)", "integer 3"},
+    {"Index()", "integer 7"},
+    {"Floating()", "integer -1",
+     "TypeError: int() argument must be a string, a bytes-like object or a real number, not 'Floating'"},
+    {"BadNumber()", "integer -1", "KeyError: 'no number'"},
+    {"1j", "integer -1",
+     "TypeError: int() argument must be a string, a bytes-like object or a real number, not 'complex'"},
+    // Exceptions.
+    {"ValueError('x')", "error: x"},
+    {"PretendError()", "error: pretended"},
+    {"KeyboardInterrupt()", "PythonProxy"},
+    {"SystemExit(3)", "PythonProxy"},
+    // Types.
+    {"int", "class int"},
+    {"collections.OrderedDict", "class OrderedDict"},
+    {"OfMeta", "class OfMeta"},
+    {"Meta", "class Meta"},
+    // Callables.
+    {"len", "FunctionPython"},
+    {"lambda: 0", "FunctionPython"},
+    {"''.join", "FunctionPython"},
+    {"Called()", "FunctionPython"},
+    {"CallableStr('c')", "FunctionPython"},
+    // Text.
+    {"''", "string ''"},
+    {"'abc'", "string 'abc'"},
+    {"'\\U0001f600'", "string '\U0001F600'"},
+    {"DerivedStr('d')", "string 'd'"},
+    {"'\\ud800'", "string ''",
+     "UnicodeEncodeError: 'utf-8' codec can't encode character '\\ud800' in position 0: surrogates not allowed"},
+    // Containers.
+    {"{}", "PythonProxyMapping"},
+    {"collections.defaultdict(int)", "PythonProxyMapping"},
+    {"DerivedDict()", "PythonProxyMapping"},
+    {"types.MappingProxyType({})", "PythonProxyIterable"},
+    {"[]", "PythonProxySequence"},
+    {"()", "PythonProxySequence"},
+    {"range(3)", "PythonProxySequence"},
+    {"memoryview(b'a')", "PythonProxySequence"},
+    {"collections.deque()", "PythonProxySequence"},
+    {"collections.UserDict()", "PythonProxySequence"},
+    {"DerivedList()", "PythonProxySequence"},
+    {"Items()", "PythonProxySequence"},
+    {"set()", "PythonProxySet"},
+    {"DerivedSet()", "PythonProxySet"},
+    {"frozenset()", "PythonProxyIterable"},
+    {"iter([])", "PythonProxyIterable"},
+    {"{}.keys()", "PythonProxyIterable"},
+    {"(i for i in ())", "PythonProxyIterable"},
+    {"Loop()", "PythonProxyIterable"},
+    {"NoLoop()", "PythonProxyIterable"},
+    // Dates and times.
+    {"datetime.date(2024, 2, 29)", "Date 2024-02-29"},
+    {"datetime.time(1, 2, 3, 4)", "Time 01:02:03.000004000"},
+    {"datetime.datetime(2024, 2, 29, 12, 30)", "DateTime 2024-02-29T12:30:00"},
+    {"DerivedDate(2024, 2, 29)", "PythonProxy"},
+    // The rest.
+    {"Plain()", "PythonProxy"},
+    {"BadClass()", "PythonProxy"},
+    {"Ellipsis", "PythonProxy"},
+    {"collections", "PythonProxy"},
+    {"object()", "PythonProxy"},
+};
+
+class ToLingTest : public PythonTest {};
+
+TEST_F(ToLingTest, TheFirstRuleThatTakesAnObjectDecides) {
+    GilGuard gil;
+    define("to_ling_test_classes", kClasses);
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.expression);
+        PyRef object = eval(row.expression);
+        ASSERT_TRUE(object);
+        EXPECT_EQ(describe(toLing(object.get())), row.expected);
+        EXPECT_EQ(takePending(), row.pending);
+    }
+}
+
+TEST_F(ToLingTest, TheShortWayForCommonTypesChangesNothing) {
+    GilGuard gil;
+    define("to_ling_test_classes", kClasses);
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.expression);
+        PyRef object = eval(row.expression);
+        EXPECT_EQ(describe(toLingByRules(object.get())), row.expected);
+        EXPECT_EQ(takePending(), row.pending);
+    }
+}
+
+TEST_F(ToLingTest, NullGivesNone) {
+    EXPECT_TRUE(toLing(nullptr).isNone());
+    GilGuard gil;
+    EXPECT_TRUE(toLingByRules(nullptr).isNone());
+}
+
+TEST_F(ToLingTest, TakesTheLockItself) {
+    PyObject* number = nullptr;
+    {
+        GilGuard gil;
+        number = PyLong_FromLong(123456);
+    }
+    EXPECT_EQ(describe(toLing(number)), "integer 123456");
+    GilGuard gil;
+    Py_DecRef(number);
+}
+
+TEST_F(ToLingTest, AProxyKeepsItsObjectAliveAndNothingElseDoes) {
+    GilGuard gil;
+    for (const char* expression : {"[1]", "{1: 2}", "set([1])", "iter([1])", "type('C', (), {})()", "lambda: 0"}) {
+        SCOPED_TRACE(expression);
+        PyRef object = eval(expression);
+        const Py_ssize_t before = Py_REFCNT(object.get());
+        {
+            const ling::Any value = toLing(object.get());
+            EXPECT_EQ(Py_REFCNT(object.get()), before + 1);
+        }
+        EXPECT_EQ(Py_REFCNT(object.get()), before);
+    }
+}
+
+TEST_F(ToLingTest, ValuesKeepNoReference) {
+    GilGuard gil;
+    define("to_ling_test_classes", kClasses);
+    for (const char* expression : {"'long text' * 50", "b'bytes' * 50", "2 ** 40 + 1", "1.5 + 1e-9", "ValueError('x')",
+                                   "decimal.Decimal('1.5')", "datetime.datetime(2024, 2, 29)", "2 ** 70", "1j"}) {
+        SCOPED_TRACE(expression);
+        PyRef object = eval(expression);
+        const Py_ssize_t before = Py_REFCNT(object.get());
+        const ling::Any value = toLing(object.get());
+        PyErr_Clear();
+        EXPECT_EQ(Py_REFCNT(object.get()), before);
+    }
+}
+
+TEST_F(ToLingTest, AWrapperGivesBackTheVeryValue) {
+    const ling::List_Generic list{ling::Any(1), ling::Any(2)};
+    GilGuard gil;
+    PyRef wrapper = PyRef::steal(ling::python::toPython(list));
+    ASSERT_TRUE(wrapper);
+    EXPECT_TRUE(toLing(wrapper.get()).isSameAs(list));
+}
+
+}  // namespace
