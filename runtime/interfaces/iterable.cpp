@@ -74,7 +74,9 @@ Any I_Iterable_Generic::contains(const Any& item) const {
 }
 
 Result<List_Generic> I_Iterable_Generic::collectImpl() const {
-    Result<std::vector<Any>> items = internal::collect_items(*this);
+    if (internal::collects_itself(*this))
+        return internal::read_result<List_Generic>(callMethod($collect));
+    Result<std::vector<Any>> items = internal::walk_items(*this);
     if (!items)
         return Result<List_Generic>::failure(items.error());
     return List_Generic(*std::move(items));
@@ -103,8 +105,20 @@ Result<std::vector<Any>> collect_items(const Any& iterable) {
     const Result<I_Iterable_Generic> source = read_result<I_Iterable_Generic>(iterable);
     if (!source)
         return Result<std::vector<Any>>::failure(source.error());
+    if (!collects_itself(*source))
+        return walk_items(*source);
+    const Result<List_Generic> collected = source->collectImpl();
+    return collected ? collected->copyItems() : Result<std::vector<Any>>::failure(collected.error());
+}
+
+bool collects_itself(const I_Iterable_Generic& iterable) {
+    const object_value_class* own = iterable.object()->ownClass();
+    return own != nullptr && own->findMethod(I_Iterable_Generic::$collect).definer != I_Iterable_Generic::getClass().record();
+}
+
+Result<std::vector<Any>> walk_items(const I_Iterable_Generic& iterable) {
     std::vector<Any> items;
-    iteration walk = source->beginImpl();
+    iteration walk = iterable.beginImpl();
     while (walk.advance())
         items.push_back(walk.item());
     if (walk.failed())
@@ -136,7 +150,10 @@ void define_iterable_members() {
         .method(I_Iterable_Generic::$contains, "item", &containsByIteration,
                 "Whether an equal item is among those that an iteration gives.")
         .method(
-            I_Iterable_Generic::$collect, "", [](const I_Iterable_Generic& self) { return self.collectImpl(); },
+            I_Iterable_Generic::$collect, "", [](const I_Iterable_Generic& self) -> Any {
+                Result<std::vector<Any>> items = walk_items(self);
+                return items ? Any(List_Generic(*std::move(items))) : items.error();
+            },
             "All items in a new list.")
         .build();
     extend_class(I_Iterator_Generic::getClass())

@@ -8,7 +8,7 @@
 namespace ling::internal {
 
 /// The instance method by which the class of `value` answers for its instances (`$__compare__`, `$__hash__`,
-/// `$__display__`). Nothing for values of native classes, whose content is known here.
+/// `$__display__`). Nothing for numbers, texts and containers of native classes, whose content is known here.
 found_member class_answer(const Any& value, const method_ident_untyped& id);
 
 /// Asks it. A lazy answer is resolved. None when classes ask each other too deep. Nothing may be locked: any code runs.

@@ -2,11 +2,13 @@
 
 #include "ling/basic_values.h"
 #include "ling/byte_array.h"
+#include "ling/decimal.h"
 #include "ling/error.h"
 #include "ling/function.h"
 #include "ling/hash_containers.h"
 #include "ling/module.h"
 #include "services/class_answer.h"
+#include "services/number_order.h"
 #include "services/quoted_text.h"
 
 #include <charconv>
@@ -123,6 +125,8 @@ void display_run::writeObject(const Any& value) {
     const bool isClass = value.object()->ownClass() == nullptr && value.is(Kind::Object);
     if (isText(value))
         append_quoted(out_, unchecked<String>(value).view());
+    else if (is_number(value))
+        out_.append(unchecked<Decimal>(value).toString());
     else if (isClass || cast_object(value, Module::getClass()) != nullptr)
         out_.append(qualname(value));
     else if (Result<Error> error = Error::cast(value))

@@ -94,8 +94,11 @@ Any module_tree::place(const Module& parent, const Module& module) {
     }
     const property_ident_untyped id(last_part(module.name()));
     const std::optional<Any> occupant = occupant_of(parent, id);
-    if (occupant && !occupant->isSameAs(module) && !occupant->isSameAs(findListed(module.name())))
-        return name_is_taken(module.name());
+    if (occupant && !occupant->isSameAs(module)) {
+        const Module listed = findListed(module.name());
+        if (listed.isNone() || !occupant->isSameAs(listed))
+            return name_is_taken(module.name());
+    }
     Module winner = publish(module);
     if (!occupant)
         (void)raw_insert_property(parent, id, Property::ofValue(winner));

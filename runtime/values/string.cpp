@@ -106,10 +106,11 @@ std::string String::toStdString() const {
 
 std::wstring String::toWide() const {
     std::wstring result;
-    for (std::u16string_view rest = view(); !rest.empty();) {
-        const internal::utf16_character next = internal::decode_utf16(rest);
-        result.push_back(static_cast<wchar_t>(next.code));
-        rest.remove_prefix(next.units);
+    const char16_t* at = view().data();
+    const char16_t* const end = at + length();
+    while (at != end) {
+        const char32_t code = internal::read_utf16(at, end);
+        result.push_back(static_cast<wchar_t>(code == internal::kIllFormed ? internal::kReplacement : code));
     }
     return result;
 }

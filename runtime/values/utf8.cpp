@@ -8,67 +8,80 @@ namespace ling::internal {
 
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
-
+bool isAscii(char byte) noexcept { return static_cast<unsigned char>(byte) < 0x80; }
 bool isLeadSurrogate(char16_t unit) noexcept { return (unit & 0xFC00) == 0xD800; }
 bool isTrailSurrogate(char16_t unit) noexcept { return (unit & 0xFC00) == 0xDC00; }
 
 #ifdef __SSE2__
 
-/// Each copies whole blocks of ASCII, and stops in front of the first block that holds something else.
-std::size_t widenBlocks(const char* from, std::size_t size, char16_t* to) noexcept {
+// Each of these works on whole blocks of ASCII and stops in front of the first block that holds something else. Four
+// blocks together need but one test.
+constexpr std::size_t kBlock = 16;
+constexpr std::size_t kBlocks = 4 * kBlock;
+
+__m128i blockAt(const void* place, std::size_t index) noexcept {
+    return _mm_loadu_si128(static_cast<const __m128i*>(place) + index);
+}
+
+void widenBlock(__m128i bytes, char16_t* to) noexcept {
     const __m128i zero = _mm_setzero_si128();
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(bytes, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to) + 1, _mm_unpackhi_epi8(bytes, zero));
+}
+
+std::size_t widenBlocks(const char* from, std::size_t size, char16_t* to) noexcept {
     std::size_t done = 0;
-    for (; done + 16 <= size; done += 16) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + done));
-        if (_mm_movemask_epi8(bytes) != 0)
+    for (; done + kBlocks <= size; done += kBlocks) {
+        const __m128i blocks[] = {blockAt(from + done, 0), blockAt(from + done, 1), blockAt(from + done, 2),
+                                  blockAt(from + done, 3)};
+        if (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(blocks[0], blocks[1]), _mm_or_si128(blocks[2], blocks[3]))) !=
+            0)
             break;
-        auto* out = reinterpret_cast<__m128i*>(to + done);
-        _mm_storeu_si128(out, _mm_unpacklo_epi8(bytes, zero));
-        _mm_storeu_si128(out + 1, _mm_unpackhi_epi8(bytes, zero));
+        for (std::size_t i = 0; i < 4; ++i)
+            widenBlock(blocks[i], to + done + i * kBlock);
+    }
+    for (; done + kBlock <= size; done += kBlock) {
+        const __m128i block = blockAt(from + done, 0);
+        if (_mm_movemask_epi8(block) != 0)
+            break;
+        widenBlock(block, to + done);
     }
     return done;
+}
+
+bool isAsciiUnits(__m128i units) noexcept {
+    const __m128i foreign = _mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0xFF80)));
+    return _mm_movemask_epi8(_mm_cmpeq_epi16(foreign, _mm_setzero_si128())) == 0xFFFF;
 }
 
 std::size_t narrowBlocks(const char16_t* from, std::size_t size, char* to) noexcept {
-    const __m128i beyondAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
-    const __m128i zero = _mm_setzero_si128();
     std::size_t done = 0;
-    for (; done + 16 <= size; done += 16) {
-        const auto* in = reinterpret_cast<const __m128i*>(from + done);
-        const __m128i low = _mm_loadu_si128(in);
-        const __m128i high = _mm_loadu_si128(in + 1);
-        const __m128i foreign = _mm_and_si128(_mm_or_si128(low, high), beyondAscii);
-        if (_mm_movemask_epi8(_mm_cmpeq_epi16(foreign, zero)) != 0xFFFF)
+    for (; done + 2 * kBlock <= size; done += 2 * kBlock) {
+        const __m128i blocks[] = {blockAt(from + done, 0), blockAt(from + done, 1), blockAt(from + done, 2),
+                                  blockAt(from + done, 3)};
+        if (!isAsciiUnits(_mm_or_si128(_mm_or_si128(blocks[0], blocks[1]), _mm_or_si128(blocks[2], blocks[3]))))
             break;
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + done), _mm_packus_epi16(low, high));
+        auto* out = reinterpret_cast<__m128i*>(to + done);
+        _mm_storeu_si128(out, _mm_packus_epi16(blocks[0], blocks[1]));
+        _mm_storeu_si128(out + 1, _mm_packus_epi16(blocks[2], blocks[3]));
     }
     return done;
 }
 
-/// How many bytes at the beginning are surely ASCII: whole blocks.
-std::size_t asciiBlocks(std::string_view text) noexcept {
+std::size_t asciiBlocks(const char* from, std::size_t size) noexcept {
     std::size_t done = 0;
-    while (done + 16 <= text.size() &&
-           _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + done))) == 0)
-        done += 16;
+    while (done + kBlock <= size && _mm_movemask_epi8(blockAt(from + done, 0)) == 0)
+        done += kBlock;
     return done;
 }
 
 #else
 
-std::size_t asciiBlocks(std::string_view) noexcept { return 0; }
 std::size_t widenBlocks(const char*, std::size_t, char16_t*) noexcept { return 0; }
 std::size_t narrowBlocks(const char16_t*, std::size_t, char*) noexcept { return 0; }
+std::size_t asciiBlocks(const char*, std::size_t) noexcept { return 0; }
 
 #endif
-
-/// One step through UTF-8: a code point, or U+FFFD for the maximal ill-formed subsequence that begins here.
-struct utf8_character {
-    char32_t code;
-    unsigned bytes;
-    bool wellFormed;
-};
 
 /// What a lead byte promises: how many bytes follow, and the range of the first of them. The range keeps out what is
 /// longer than it must be, surrogates, and everything above U+10FFFF.
@@ -90,53 +103,70 @@ lead_byte classify(unsigned char lead) noexcept {
     return {0, 0, 0};
 }
 
-utf8_character decodeUtf8(std::string_view text) noexcept {
-    const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
-    if (byte(0) < 0x80)
-        return {byte(0), 1, true};
-    const lead_byte lead = classify(byte(0));
-    if (lead.following == 0)
-        return {kReplacement, 1, false};
-    char32_t code = byte(0) & (0x3Fu >> lead.following);
-    for (unsigned i = 1; i <= lead.following; ++i) {
-        const unsigned char lowest = i == 1 ? lead.lowest : 0x80;
-        const unsigned char highest = i == 1 ? lead.highest : 0xBF;
-        if (i >= text.size() || byte(i) < lowest || byte(i) > highest)
-            return {kReplacement, i, false};
-        code = code << 6 | (byte(i) & 0x3Fu);
+/// Reads one character of a text that is not at its end and steps over it, or over the maximal ill-formed subsequence
+/// that stands in its place.
+char32_t readUtf8(const char*& at, const char* end) noexcept {
+    const auto first = static_cast<unsigned char>(*at++);
+    if (first < 0x80)
+        return first;
+    const lead_byte lead = classify(first);
+    if (lead.following == 0 || at == end)
+        return kIllFormed;
+    auto next = static_cast<unsigned char>(*at);
+    if (next < lead.lowest || next > lead.highest)
+        return kIllFormed;
+    char32_t code = (first & (0x3Fu >> lead.following)) << 6 | (next & 0x3Fu);
+    ++at;
+    for (unsigned i = 1; i < lead.following; ++i, ++at) {
+        if (at == end || ((next = static_cast<unsigned char>(*at)) & 0xC0) != 0x80)
+            return kIllFormed;
+        code = code << 6 | (next & 0x3Fu);
     }
-    return {code, lead.following + 1, true};
+    return code;
 }
 
-/// Counts the units that the text takes in UTF-16, and tells whether nothing has to be replaced.
-void countUtf8(std::string_view text, std::size_t& length, bool& wellFormed) noexcept {
-    while (!text.empty()) {
-        const std::size_t ascii = asciiBlocks(text);
-        length += ascii;
-        text.remove_prefix(ascii);
-        // One block's worth of characters at least, before blocks are tried again.
-        for (std::size_t i = 0; i < 16 && !text.empty(); ++i) {
-            const utf8_character next = decodeUtf8(text);
-            length += next.code < 0x10000 ? 1 : 2;
-            wellFormed = wellFormed && next.wellFormed;
-            text.remove_prefix(next.bytes);
+/// How many units the text takes in UTF-16, and how often something has to be replaced.
+struct utf8_count {
+    std::size_t units = 0;
+    std::size_t illFormed = 0;
+};
+
+utf8_count countUtf8(std::string_view text) noexcept {
+    utf8_count count;
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at != end) {
+        const std::size_t ascii = asciiBlocks(at, static_cast<std::size_t>(end - at));
+        count.units += ascii;
+        at += ascii;
+        // As many characters as a block has, before blocks are tried again.
+        for (std::size_t i = 0; i < 16 && at != end; ++i) {
+            const char32_t code = readUtf8(at, end);
+            count.units += code < 0x10000 || code == kIllFormed ? 1 : 2;
+            count.illFormed += code == kIllFormed ? 1 : 0;
         }
     }
+    return count;
 }
 
-std::size_t encodedSize(char32_t code) noexcept { return code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4; }
-
 char* encodeUtf8(char32_t code, char* to) noexcept {
-    const std::size_t size = encodedSize(code);
-    if (size == 1) {
-        *to = static_cast<char>(code);
-        return to + 1;
+    const auto continuation = [](char32_t bits) { return static_cast<char>(0x80 | (bits & 0x3F)); };
+    if (code < 0x80) {
+        *to++ = static_cast<char>(code);
+        return to;
     }
-    for (std::size_t i = size - 1; i != 0; --i, code >>= 6)
-        to[i] = static_cast<char>(0x80 | (code & 0x3F));
-    constexpr unsigned kLeads[] = {0, 0, 0xC0, 0xE0, 0xF0};
-    to[0] = static_cast<char>(kLeads[size] | code);
-    return to + size;
+    if (code < 0x800) {
+        *to++ = static_cast<char>(0xC0 | code >> 6);
+    } else if (code < 0x10000) {
+        *to++ = static_cast<char>(0xE0 | code >> 12);
+        *to++ = continuation(code >> 6);
+    } else {
+        *to++ = static_cast<char>(0xF0 | code >> 18);
+        *to++ = continuation(code >> 12);
+        *to++ = continuation(code >> 6);
+    }
+    *to++ = continuation(code);
+    return to;
 }
 
 char16_t* encodeUtf16(char32_t code, char16_t* to) noexcept {
@@ -149,11 +179,13 @@ char16_t* encodeUtf16(char32_t code, char16_t* to) noexcept {
     return to + 2;
 }
 
+char32_t replaced(char32_t code) noexcept { return code == kIllFormed ? kReplacement : code; }
+
 }  // namespace
 
 std::size_t widen_ascii(std::string_view utf8, char16_t* to) noexcept {
     std::size_t done = widenBlocks(utf8.data(), utf8.size(), to);
-    for (; done < utf8.size() && static_cast<unsigned char>(utf8[done]) < 0x80; ++done)
+    for (; done < utf8.size() && isAscii(utf8[done]); ++done)
         to[done] = static_cast<char16_t>(utf8[done]);
     return done;
 }
@@ -165,12 +197,7 @@ std::size_t narrow_ascii(std::u16string_view units, char* to) noexcept {
     return done;
 }
 
-std::size_t utf16_length(std::string_view utf8) noexcept {
-    std::size_t length = 0;
-    bool wellFormed = true;
-    countUtf8(utf8, length, wellFormed);
-    return length;
-}
+std::size_t utf16_length(std::string_view utf8) noexcept { return countUtf8(utf8).units; }
 
 std::size_t utf8_length(std::u16string_view units) noexcept {
     // A unit of a pair counts three here like every other one from U+0800 on, and both together should count four.
@@ -185,55 +212,47 @@ std::size_t utf8_length(std::u16string_view units) noexcept {
 }
 
 void utf8_to_utf16(std::string_view utf8, char16_t* to) noexcept {
-    while (!utf8.empty()) {
-        const std::size_t ascii = widen_ascii(utf8, to);
+    const char* at = utf8.data();
+    const char* const end = at + utf8.size();
+    while (at != end) {
+        const std::size_t ascii = widen_ascii({at, static_cast<std::size_t>(end - at)}, to);
         to += ascii;
-        utf8.remove_prefix(ascii);
+        at += ascii;
         // Text that is not ASCII seldom is so for one character alone.
-        while (!utf8.empty() && static_cast<unsigned char>(utf8.front()) >= 0x80) {
-            const utf8_character next = decodeUtf8(utf8);
-            to = encodeUtf16(next.code, to);
-            utf8.remove_prefix(next.bytes);
-        }
+        while (at != end && !isAscii(*at))
+            to = encodeUtf16(replaced(readUtf8(at, end)), to);
     }
 }
 
 void utf16_to_utf8(std::u16string_view units, char* to) noexcept {
-    while (!units.empty()) {
-        const std::size_t ascii = narrow_ascii(units, to);
+    const char16_t* at = units.data();
+    const char16_t* const end = at + units.size();
+    while (at != end) {
+        const std::size_t ascii = narrow_ascii({at, static_cast<std::size_t>(end - at)}, to);
         to += ascii;
-        units.remove_prefix(ascii);
-        while (!units.empty() && units.front() >= 0x80) {
-            const utf16_character next = decode_utf16(units);
-            to = encodeUtf8(next.code, to);
-            units.remove_prefix(next.units);
-        }
+        at += ascii;
+        while (at != end && *at >= 0x80)
+            to = encodeUtf8(replaced(read_utf16(at, end)), to);
     }
 }
 
-utf16_character decode_utf16(std::u16string_view units) noexcept {
-    const char16_t first = units.front();
+char32_t read_utf16(const char16_t*& at, const char16_t* end) noexcept {
+    const char16_t first = *at++;
     if ((first & 0xF800) != 0xD800)
-        return {first, 1, true};
-    if (!isLeadSurrogate(first) || units.size() < 2 || !isTrailSurrogate(units[1]))
-        return {kReplacement, 1, false};
-    return {((first - 0xD7C0u) << 10) | (units[1] & 0x3FFu), 2, true};
+        return first;
+    if (!isLeadSurrogate(first) || at == end || !isTrailSurrogate(*at))
+        return kIllFormed;
+    return ((first - 0xD7C0u) << 10) | (*at++ & 0x3FFu);
 }
 
-bool is_well_formed_utf8(std::string_view utf8) noexcept {
-    std::size_t length = 0;
-    bool wellFormed = true;
-    countUtf8(utf8, length, wellFormed);
-    return wellFormed;
-}
+bool is_well_formed_utf8(std::string_view utf8) noexcept { return countUtf8(utf8).illFormed == 0; }
 
 bool is_well_formed_utf16(std::u16string_view units) noexcept {
-    while (!units.empty()) {
-        const utf16_character next = decode_utf16(units);
-        if (!next.wellFormed)
+    const char16_t* at = units.data();
+    const char16_t* const end = at + units.size();
+    while (at != end)
+        if (read_utf16(at, end) == kIllFormed)
             return false;
-        units.remove_prefix(next.units);
-    }
     return true;
 }
 

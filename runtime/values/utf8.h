@@ -20,13 +20,12 @@ std::size_t utf8_length(std::u16string_view units) noexcept;
 void utf8_to_utf16(std::string_view utf8, char16_t* to) noexcept;
 void utf16_to_utf8(std::u16string_view units, char* to) noexcept;
 
-/// One character of UTF-16 text: its code point and the units it takes. A lone surrogate is U+FFFD and not well-formed.
-struct utf16_character {
-    char32_t code;
-    unsigned units;
-    bool wellFormed;
-};
-utf16_character decode_utf16(std::u16string_view units) noexcept;  ///< Of text that is not empty.
+/// What reading a character answers where there is none.
+inline constexpr char32_t kIllFormed = 0xFFFFFFFF;
+inline constexpr char32_t kReplacement = 0xFFFD;
+
+/// Reads one character of a text that is not at its end, and steps over it. A lone surrogate is ill-formed.
+char32_t read_utf16(const char16_t*& at, const char16_t* end) noexcept;
 
 bool is_well_formed_utf8(std::string_view utf8) noexcept;
 bool is_well_formed_utf16(std::u16string_view units) noexcept;

@@ -35,6 +35,11 @@ ling::Any toLing(PyObject* object);
 ///          pending.
 PyObject* toPython(const ling::Any& value);
 
+/// The same two for callers that hold the interpreter lock, as every slot and every loop over items does: taking it
+/// again costs more than converting a number.
+ling::Any toLingLocked(PyObject* object);
+PyObject* toPythonLocked(const ling::Any& value);
+
 /// The pending Python exception as an error result. No exception is pending afterwards.
 ///
 /// Returns  no value when nothing is pending, and when what is pending is no `Exception` (`KeyboardInterrupt`,

@@ -198,12 +198,18 @@ ling::Any toLingByRules(PyObject* object) {
     return *std::move(answer);
 }
 
+ling::Any toLingLocked(PyObject* object) {
+    if (object == nullptr || object == Py_None)
+        return {};
+    Answer answer = byCommonType(object);
+    return answer ? *std::move(answer) : toLingByRules(object);
+}
+
 ling::Any toLing(PyObject* object) {
     if (object == nullptr || object == Py_None)
         return {};
     const GilGuard gil;
-    Answer answer = byCommonType(object);
-    return answer ? *std::move(answer) : toLingByRules(object);
+    return toLingLocked(object);
 }
 
 }  // namespace ling::python

@@ -164,6 +164,8 @@ PyObject* convert(const ling::Any& value) {
 
 }  // namespace
 
+PyObject* toPythonLocked(const ling::Any& value) { return convert(value); }
+
 PyObject* toPython(const ling::Any& value) {
     const GilGuard gil;
     return convert(value);

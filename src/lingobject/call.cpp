@@ -1,6 +1,5 @@
 #include "lingobject/call.h"
 
-#include "host/gil_guard.h"
 #include "host/py_ref.h"
 #include "ling/comparison.h"
 #include "ling/function.h"
@@ -58,24 +57,24 @@ bool takeKeywords(PyObject* keywords, NamedArguments& named) {
 
 }  // namespace
 
+// The interpreter lock is held by the caller, as in every slot. Code that the call runs may take it again.
 PyObject* call(PyObject* self, PyObject* arguments, PyObject* keywords) {
-    GilGuard gil;
-    const ling::Any value = valueOf(self);  // The call may drop the last wrapper around it.
+    const ling::Any& value = valueOf(self);  // The caller keeps the wrapper alive, and that its value.
     if (raisesItself(value))
         return nullptr;
-    const ling::Result<ling::I_Invokable_Generic> invokable = ling::I_Invokable_Generic::cast(value);
-    if (!invokable) {
+    if (!value.is(ling::Kind::Function) && !ling::internal::is_instance<ling::I_Invokable_Generic>(value)) {
         PyErr_Format(PyExc_RuntimeError, "Non-callable object: %s", ling::display(value).toStdString().c_str());
         return nullptr;
     }
+    const auto& invokable = ling::unchecked<ling::I_Invokable_Generic>(value);
     NamedArguments named;
     PositionalArguments positional;
     if ((keywords != nullptr && !takeKeywords(keywords, named)) || !positional.take(arguments))
         return nullptr;
     if (named.empty())
-        return giveResult(invokable->invoke(positional.view()));
+        return giveResult(invokable.invoke(positional.view()));
     // Positions come first; names fill what they leave open.
-    return giveResult(invokable->invokeWith(positional.view(), ling::Map_Generic(named)));
+    return giveResult(invokable.invokeWith(positional.view(), ling::Map_Generic(named)));
 }
 
 }  // namespace ling::python

@@ -120,8 +120,10 @@ int contains(PyObject* self, PyObject* searched) {
 
 PyObject* raiseKey(const ling::Any& key) { return raise(PyExc_KeyError, ling::display(key)); }
 
+using ling::internal::is_instance;
+
 PyObject* subscriptMap(const ling::I_Map_Generic& map, const ling::Any& key) {
-    if (!ling::I_Immutable::cast(key))
+    if (!is_instance<ling::I_Immutable>(key))
         return raiseKey(key);
     const ling::Any value = ling::internal::result_unwrap_lazy(map.get(key));
     return ling::internal::is_error_result(value) ? raiseKey(key) : giveResult(value);
@@ -140,10 +142,10 @@ PyObject* subscript(PyObject* self, PyObject* key) {
     const ling::Any& value = valueOf(self);
     if (raisesItself(value))
         return nullptr;
-    if (const auto map = ling::I_Map_Generic::cast(value))
-        return subscriptMap(*map, converted);
-    if (const auto sequence = I_Sequence_Generic::cast(value))
-        return subscriptSequence(*sequence, converted);
+    if (is_instance<ling::I_Map_Generic>(value))
+        return subscriptMap(ling::unchecked<ling::I_Map_Generic>(value), converted);
+    if (is_instance<I_Sequence_Generic>(value))
+        return subscriptSequence(ling::unchecked<I_Sequence_Generic>(value), converted);
     return raiseKey(converted);
 }
 
@@ -157,9 +159,9 @@ struct StoreMethods {
 const StoreMethods* storeMethods(const ling::Any& container, const ling::Any& key) {
     static const StoreMethods kMap{I_MutableMap_Generic::$set, I_MutableMap_Generic::$remove};
     static const StoreMethods kSequence{I_MutableSequence_Generic::$set, I_MutableSequence_Generic::$removeAt};
-    if (ling::I_Map_Generic::cast(container))
+    if (is_instance<ling::I_Map_Generic>(container))
         return &kMap;
-    const bool fits = I_Sequence_Generic::cast(container) && key.is(ling::Kind::Integer);
+    const bool fits = is_instance<I_Sequence_Generic>(container) && key.is(ling::Kind::Integer);
     return fits ? &kSequence : nullptr;
 }
 

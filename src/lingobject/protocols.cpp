@@ -25,7 +25,7 @@ void deallocate(PyObject* self) {
 
 Py_hash_t hash(PyObject* self) {
     const ling::Any& value = valueOf(self);
-    const std::int64_t number = ling::I_Immutable::cast(value) ? ling::hash_of(value) : ling::object_id(value);
+    const std::int64_t number = ling::internal::is_instance<ling::I_Immutable>(value) ? ling::hash_of(value) : ling::object_id(value);
     return number == -1 ? -2 : static_cast<Py_hash_t>(number);
 }
 
@@ -47,15 +47,16 @@ PyObject* iterate(PyObject* self) {
     const ling::Any& value = valueOf(self);
     if (raisesItself(value))
         return nullptr;
-    const ling::Result<ling::I_Iterable_Generic> iterable = ling::I_Iterable_Generic::cast(value);
-    return iterable ? giveResult(iterable->iter()) : nullptr;
+    if (!ling::internal::is_instance<ling::I_Iterable_Generic>(value))
+        return nullptr;
+    return giveResult(ling::unchecked<ling::I_Iterable_Generic>(value).iter());
 }
 
 PyObject* nextItem(PyObject* self) {
-    const ling::Result<ling::I_Iterator_Generic> iterator = ling::I_Iterator_Generic::cast(valueOf(self));
-    if (!iterator)
+    if (!ling::internal::is_instance<ling::I_Iterator_Generic>(valueOf(self)))
         return nullptr;
-    const ling::Any item = ling::internal::result_unwrap_lazy(iterator->next());
+    const ling::Any item =
+        ling::internal::result_unwrap_lazy(ling::unchecked<ling::I_Iterator_Generic>(valueOf(self)).next());
     if (!ling::internal::is_error_result(item))
         return giveResult(item);
     PyErr_Clear();  // Any failure ends the loop quietly.

@@ -14,7 +14,7 @@ namespace ling::python {
 
 /// Converts an argument. False with the Python error set when the conversion left one pending.
 inline bool takeArgument(PyObject* object, ling::Any& converted) {
-    converted = toLing(object);
+    converted = toLingLocked(object);
     return PyErr_Occurred() == nullptr;
 }
 
@@ -23,7 +23,8 @@ inline bool takeArgument(PyObject* object, ling::Any& converted) {
 inline PyObject* giveResult(const ling::Any& result) {
     if (PyErr_Occurred() != nullptr)
         return nullptr;
-    PyObject* converted = toPython(ling::internal::result_unwrap_lazy(result));
+    PyObject* converted = toPythonLocked(
+        result.is(ling::Kind::Lazy) ? ling::internal::result_unwrap_lazy(result) : result);
     if (converted != nullptr && PyErr_Occurred() != nullptr) {
         Py_DECREF(converted);
         return nullptr;
@@ -40,8 +41,9 @@ ling::String messageOf(const ling::Any& error);
 
 /// A converted result of an operation whose failure is told by a `RuntimeError` with the plain message.
 inline PyObject* giveResultOrMessage(const ling::Any& result) {
-    const ling::Any value = ling::internal::result_unwrap_lazy(result);
-    return ling::internal::is_error_result(value) ? raiseMessage(value) : giveResult(value);
+    if (result.is(ling::Kind::Lazy))
+        return giveResultOrMessage(ling::internal::result_unwrap_lazy(result));
+    return ling::internal::is_error_result(result) ? raiseMessage(result) : giveResult(result);
 }
 
 /// The outcome of an operation without a result: 0, or -1 with a `RuntimeError` with the plain message.
@@ -54,9 +56,9 @@ inline int giveOutcome(const ling::Any& outcome) {
 
 /// When the value is an error, raises the exception that stands for it and answers true.
 inline bool raisesItself(const ling::Any& value) {
-    if (!value.is(ling::Kind::Object) || !ling::Error::cast(value))
+    if (!value.is(ling::Kind::Object) || !ling::internal::is_instance<ling::Error>(value))
         return false;
-    Py_XDECREF(toPython(value));
+    Py_XDECREF(toPythonLocked(value));
     return true;
 }
 

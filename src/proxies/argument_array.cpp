@@ -16,7 +16,7 @@ ArgumentArray::~ArgumentArray() {
 }
 
 bool ArgumentArray::add(const ling::Any& value) {
-    PyObject* converted = toPython(value);
+    PyObject* converted = toPythonLocked(value);
     if (converted == nullptr)
         return false;
     items_[count_++] = converted;
@@ -30,7 +30,7 @@ PyObject* ArgumentArray::call(PyObject* callable) const {
 ling::Any takeResult(PyObject* result) {
     PyRef owned = PyRef::steal(result);
     if (owned)
-        return toLing(owned.get());
+        return toLingLocked(owned.get());
     const ling::Any error = takePythonError();
     // What is no `Exception` (an interrupt, an exit) leaves no error behind; the call gave nothing all the same.
     return error.isNone() ? platform::failure(u"The call was interrupted.") : error;

@@ -23,7 +23,7 @@ ling::Any nextItem(const ling::Any& self) {
     if (PyIter_Check(iterator) == 0)
         return platform::failure(u"The object is not an iterator.");
     if (PyRef item = PyRef::steal(PyIter_Next(iterator)))
-        return toLing(item.get());
+        return toLingLocked(item.get());
     return PyErr_Occurred() == nullptr ? ling::Any(ling::StopIteration()) : takeResult(nullptr);
 }
 
@@ -93,7 +93,7 @@ ling::Any lengthOf(const ling::Any& self) { return asInteger(PythonProxy::callPy
 
 ling::Any takeItems(PyObject* iterator, const ling::List_Generic& items) {
     while (PyRef item = PyRef::steal(PyIter_Next(iterator))) {
-        items.append(toLing(item.get()));
+        items.append(toLingLocked(item.get()));
         PyErr_Clear();  // What a conversion leaves pending must not stand in the way of the next step.
     }
     return PyErr_Occurred() == nullptr ? ling::Any() : takeResult(nullptr);

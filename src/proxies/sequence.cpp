@@ -32,8 +32,18 @@ std::optional<Py_ssize_t> position(PyObject* sequence, const ling::Any& index) {
     return wanted >= 0 && wanted < size ? std::optional<Py_ssize_t>(wanted) : std::nullopt;
 }
 
-PyRef itemAt(PyObject* sequence, Py_ssize_t at) {
-    return PyRef::borrow(PyList_CheckExact(sequence) ? PyList_GET_ITEM(sequence, at) : PyTuple_GET_ITEM(sequence, at));
+/// Borrowed.
+PyObject* itemOf(PyObject* sequence, Py_ssize_t at) {
+    return PyList_CheckExact(sequence) ? PyList_GET_ITEM(sequence, at) : PyTuple_GET_ITEM(sequence, at);
+}
+
+/// An integer of one digit, as most are, is read where it stands; anything else is kept alive while it is converted.
+ling::Any convertItem(PyObject* item) {
+    auto* number = reinterpret_cast<PyLongObject*>(item);
+    if (PyLong_CheckExact(item) && PyUnstable_Long_IsCompact(number))
+        return PyUnstable_Long_CompactValue(number);
+    PyRef kept = PyRef::borrow(item);
+    return toLingLocked(kept.get());
 }
 
 std::optional<ling::Any> at(const ling::Any& self, const ling::Any& index) {
@@ -44,8 +54,7 @@ std::optional<ling::Any> at(const ling::Any& self, const ling::Any& index) {
     const std::optional<Py_ssize_t> where = position(object, index);
     if (!where)
         return std::nullopt;
-    PyRef item = itemAt(object, *where);
-    return toLing(item.get());
+    return convertItem(itemOf(object, *where));
 }
 
 std::optional<ling::Any> length(const ling::Any& self) {
@@ -90,10 +99,8 @@ std::optional<ling::Any> collect(const ling::Any& self) {
     PythonEntry entry;
     std::vector<ling::Any> items;
     items.reserve(static_cast<std::size_t>(Py_SIZE(object)));
-    for (Py_ssize_t i = 0; i < Py_SIZE(object); ++i) {
-        PyRef item = itemAt(object, i);
-        items.push_back(toLing(item.get()));
-    }
+    for (Py_ssize_t i = 0; i < Py_SIZE(object); ++i)
+        items.push_back(convertItem(itemOf(object, i)));
     PyErr_Clear();
     return ling::List_Generic(std::move(items));
 }

@@ -100,6 +100,12 @@ LING_EXPORT String qualname(const Any& value);
 namespace internal {
 /// The object behind `value` when it is an instance of `cls`, borrowed, else null.
 LING_EXPORT object_value* cast_object(const Any& value, const Class_Generic& cls) noexcept;
+/// Whether `value` is an instance of the class behind a handle. Where only the answer is wanted, this says it without
+/// the error that a failed cast has to build.
+template <class Handle>
+bool is_instance(const Any& value) noexcept {
+    return cast_object(value, Handle::getClass()) != nullptr;
+}
 /// The standard error of a failed cast, naming what was expected and what was found.
 LING_EXPORT Any cast_error(const Any& value, const Class_Generic& expected);
 

@@ -1,0 +1,125 @@
+#include "ling/any.h"
+#include "ling/byte_array.h"
+#include "ling/string.h"
+#include "ratio.h"
+
+#include <cstring>
+#include <memory>
+#include <string>
+
+/// What values cost, beside the same work on plain memory.
+
+namespace ling::bench {
+namespace {
+
+constexpr std::size_t kValues = 4096;
+
+struct plain_value {
+    std::uint64_t tag;
+    std::uint64_t bits;
+};
+
+template <class T>
+void copyAndDropEach(const std::vector<T>& values) {
+    for (const T& value : values) {
+        T copy = value;
+        benchmark::DoNotOptimize(copy);
+    }
+}
+
+/// Copying an immediate value and letting the copy go, beside copying a struct of the same size.
+void CopyImmediate(benchmark::State& state) {
+    std::vector<Any> values;
+    std::vector<plain_value> structs;
+    for (std::size_t i = 0; i < kValues; ++i) {
+        values.emplace_back(i);
+        structs.push_back({3, i});
+    }
+    measureRatio(
+        state, 1.5, kValues, [&] { copyAndDropEach(values); }, [&] { copyAndDropEach(structs); });
+}
+BENCHMARK(CopyImmediate)->UseManualTime();
+
+/// The same for a whole vector of them.
+void CopyVectorOfImmediates(benchmark::State& state) {
+    std::vector<Any> values;
+    std::vector<plain_value> structs;
+    for (std::size_t i = 0; i < kValues; ++i) {
+        values.emplace_back(i);
+        structs.push_back({3, i});
+    }
+    const auto copyAll = [](const auto& all) {
+        auto copy = all;
+        benchmark::DoNotOptimize(copy.data());
+        benchmark::ClobberMemory();
+    };
+    measureRatio(
+        state, 1.5, kValues, [&] { copyAll(values); }, [&] { copyAll(structs); });
+}
+BENCHMARK(CopyVectorOfImmediates)->UseManualTime();
+
+constexpr std::size_t kMebibyte = 1 << 20;
+
+/// What the round trip writes, 2 MiB of units and 1 MiB of bytes, copied into buffers that are there already.
+class copied_output {
+public:
+    void copy() {
+        std::memcpy(toUnits_.get(), units_.get(), 2 * kMebibyte);
+        benchmark::ClobberMemory();
+        std::memcpy(toBytes_.get(), bytes_.get(), kMebibyte);
+        benchmark::ClobberMemory();
+    }
+
+private:
+    static std::unique_ptr<char[]> filled(std::size_t size) {
+        auto buffer = std::make_unique<char[]>(size);
+        std::memset(buffer.get(), 'a', size);
+        return buffer;
+    }
+    std::unique_ptr<char[]> units_ = filled(2 * kMebibyte);
+    std::unique_ptr<char[]> toUnits_ = filled(2 * kMebibyte);
+    std::unique_ptr<char[]> bytes_ = filled(kMebibyte);
+    std::unique_ptr<char[]> toBytes_ = filled(kMebibyte);
+};
+
+void roundTrip(const std::string& text) {
+    const ByteArray bytes = String::fromUTF8(text).toUTF8();
+    benchmark::DoNotOptimize(bytes.data());
+}
+
+/// From UTF-8 to UTF-16 and back, both new values included, beside copying as much as that writes.
+void RoundTripAscii(benchmark::State& state) {
+    const std::string text(kMebibyte, 'a');
+    copied_output yardstick;
+    measureRatio(
+        state, 4, 1, [&] { roundTrip(text); }, [&] { yardstick.copy(); });
+}
+BENCHMARK(RoundTripAscii)->UseManualTime();
+
+/// The same beside copying the last output alone: nothing is allowed for the units in between.
+void RoundTripAsciiToLastOutput(benchmark::State& state) {
+    const std::string text(kMebibyte, 'a');
+    const std::string source(kMebibyte, 'b');
+    std::string target(kMebibyte, 'c');
+    measureRatio(
+        state, 4, 1, [&] { roundTrip(text); },
+        [&] {
+            std::memcpy(target.data(), source.data(), kMebibyte);
+            benchmark::ClobberMemory();
+        });
+}
+BENCHMARK(RoundTripAsciiToLastOutput)->UseManualTime();
+
+/// Text of a European language: an umlaut every ten letters.
+void RoundTripLatin(benchmark::State& state) {
+    std::string text;
+    while (text.size() < kMebibyte)
+        text += "abcdefgh\xC3\xA4";
+    copied_output yardstick;
+    measureRatio(
+        state, 100, 1, [&] { roundTrip(text); }, [&] { yardstick.copy(); });
+}
+BENCHMARK(RoundTripLatin)->UseManualTime();
+
+}  // namespace
+}  // namespace ling::bench
