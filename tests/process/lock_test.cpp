@@ -17,7 +17,7 @@ TEST_P(ExitTest, IsHarmless) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Ends, ExitTest,
-                         testing::Values("statics", "statics-busy", "waiting-threads", "exit-on-thread", "thread-local",
-                                         "forked-thread", "forked-by-python"));
+                         testing::Values("statics", "statics-busy", "waiting-threads", "exit-on-thread",
+                                         "exit-below-python", "thread-local", "forked-thread", "forked-by-python"));
 
 }  // namespace

@@ -5,6 +5,8 @@
 /// Prints "end" last of all and exits with 0, in the time that the test gives it.
 
 #include "host_program.h"
+#include "ling/basic_values.h"
+#include "ling/native_function.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -35,12 +37,12 @@ void runPython(const char* statements) {
         showValue(result);
 }
 
-/// Runs Python on another thread until the process ends.
+/// Runs Python on another thread until the process ends. Whoever does not wait for the lock finds it taken.
 void keepPythonBusy() {
     static std::atomic<bool> started = false;
     std::thread([] {
         started = true;
-        runPython("import time\nwhile True: time.sleep(0.001)");
+        runPython("while True: pass");
     }).detach();
     while (!started)
         std::this_thread::yield();
@@ -75,6 +77,17 @@ void exitOnThread() {
     }).join();
 }
 
+/// `exit` from a function that Python code calls: the thread still holds the lock.
+void exitBelowPython() {
+    holdValues();
+    std::thread([] {
+        ling::Map_Generic globals;
+        globals.set(ling::String("leave"), ling::make_function("leave", "", [] { std::exit(0); }));
+        (void)call("evaluate", ling::String("leave()"), ling::Map_Generic(), globals, ling::Map_Generic());
+        fail("still there");
+    }).join();
+}
+
 /// A value held by a thread-local object that is older than the thread's first call.
 void heldByThreadLocal() {
     std::thread([] {
@@ -84,37 +97,42 @@ void heldByThreadLocal() {
     }).join();
 }
 
+pid_t forkByPython() {
+    const ling::Any child =
+        call("evaluate", ling::String("import os, warnings\nwarnings.simplefilter('ignore')\nreturn os.fork()"),
+             ling::Map_Generic(), ling::Map_Generic(), ling::Map_Generic());
+    const auto number = ling::Integer::cast(child);
+    if (!number)
+        fail("no fork");
+    return static_cast<pid_t>(number->value());
+}
+
+void expectCleanEnd(pid_t child) {
+    int status = -1;
+    waitpid(child, &status, 0);
+    if (status != 0)
+        fail("the child ended with status " + std::to_string(status));
+}
+
 /// The child of a plain fork has one thread, and the lock may be held by one that it does not have.
 void forkedThread() {
     keepPythonBusy();
     std::thread([] {
         runPython("import threading");
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));  // The busy thread has the lock again.
         const pid_t child = fork();
         if (child == 0)
             std::exit(0);
-        int status = -1;
-        waitpid(child, &status, 0);
-        if (status != 0)
-            fail("the child ended with status " + std::to_string(status));
+        expectCleanEnd(child);
     }).join();
 }
 
 /// The same from within Python: the child is as Python left it, and its thread ends by returning.
 void forkedByPython() {
     std::thread([] {
-        const ling::Any child = call("evaluate",
-                                     ling::String("import os, warnings\n"
-                                                  "warnings.simplefilter('ignore')\n"
-                                                  "return os.fork()"),
-                                     ling::Map_Generic(), ling::Map_Generic(), ling::Map_Generic());
-        if (!child.is(ling::Kind::Integer))
-            fail("no fork");
-        if (child.asInteger() == 0)
-            return;
-        int status = -1;
-        waitpid(static_cast<pid_t>(child.asInteger()), &status, 0);
-        if (status != 0)
-            fail("the child ended with status " + std::to_string(status));
+        const pid_t child = forkByPython();
+        if (child != 0)
+            expectCleanEnd(child);
     }).join();
 }
 
@@ -123,9 +141,13 @@ struct Mode {
     void (*run)();
 };
 constexpr Mode kModes[] = {
-    {"statics", heldByStatics},           {"statics-busy", heldByStaticsWhilePythonRuns},
-    {"waiting-threads", waitingThreads},  {"exit-on-thread", exitOnThread},
-    {"thread-local", heldByThreadLocal},  {"forked-thread", forkedThread},
+    {"statics", heldByStatics},
+    {"statics-busy", heldByStaticsWhilePythonRuns},
+    {"waiting-threads", waitingThreads},
+    {"exit-on-thread", exitOnThread},
+    {"exit-below-python", exitBelowPython},
+    {"thread-local", heldByThreadLocal},
+    {"forked-thread", forkedThread},
     {"forked-by-python", forkedByPython},
 };
 
