@@ -12,6 +12,7 @@
 #include "model/class_tables.h"
 #include "model/define.h"
 
+#include <algorithm>
 #include <array>
 
 namespace ling {

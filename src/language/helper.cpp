@@ -8,6 +8,9 @@
 #include "language/variables.h"
 #include "ling/result.h"
 
+#include <algorithm>
+#include <string_view>
+
 namespace ling::python {
 
 namespace {
