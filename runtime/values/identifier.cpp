@@ -3,9 +3,9 @@
 #include "ling/byte_array.h"
 #include "ling/string.h"
 
+#include <algorithm>
 #include <mutex>
 #include <shared_mutex>
-#include <string>
 #include <unordered_map>
 
 namespace ling {
@@ -36,10 +36,11 @@ public:
 
 private:
     static const identifier_data* make(std::string_view utf8) {
-        const auto* text = new std::string(utf8);
+        char* text = new char[utf8.size() + 1];
+        *std::copy(utf8.begin(), utf8.end(), text) = '\0';
         // The bits of a text's hash are mixed once here, since tables of members use the low ones as they are.
-        const std::uint64_t mixed = std::hash<std::string_view>{}(utf8) * 0x9E3779B97F4A7C15ULL;
-        return new identifier_data{*text, static_cast<std::size_t>(mixed ^ (mixed >> 32)),
+        const std::uint64_t mixed = std::hash<std::string_view>{}(utf8)*0x9E3779B97F4A7C15ULL;
+        return new identifier_data{std::string_view(text, utf8.size()), static_cast<std::size_t>(mixed ^ (mixed >> 32)),
                                    new String(String::fromUTF8(utf8)), utf8.starts_with('_')};
     }
 
