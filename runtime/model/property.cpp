@@ -170,6 +170,7 @@ void define_property_members() {
                 })
         .method(Any::$__hash__, "", [](const Type& self) { return static_cast<std::int64_t>(self.toString().hash()); })
         .build();
+    extend_class(TypeVariable::getClass()).doc("A type to be filled in later, by name.").build();
 }
 
 }  // namespace internal

@@ -1,0 +1,506 @@
+#include "runtime/support/live_objects.h"
+#include "runtime/support/small_stack.h"
+#include "runtime/support/values.h"
+
+#include <cmath>
+#include <limits>
+#include <set>
+
+namespace ling::testing {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kSmallest = std::numeric_limits<std::int64_t>::min();
+
+int sign(std::int64_t order) { return order < 0 ? -1 : order > 0 ? 1 : 0; }
+
+int ordered(const Any& a, const Any& b) { return sign(compare_objects(a, b)); }
+
+Any decimal(const char16_t* text) { return Decimal::fromString(text); }
+
+Any mapOf(std::vector<std::pair<Any, Any>> pairs) { return Map_Generic(pairs); }
+Any setOf(std::vector<Any> items) { return Set_Generic(items); }
+String text(std::u16string_view units) { return String(units); }
+/// A text that is an object sharing the units of a longer one.
+String slice(std::u16string_view units) {
+    return String(std::u16string(50, u'-') + std::u16string(units)).sliced(50, Any(units.size()));
+}
+
+struct OrderCase {
+    const char* name;
+    std::function<Any()> a;
+    std::function<Any()> b;
+    int order;
+};
+
+template <class T>
+std::function<Any()> just(const T& value) {
+    return [value] { return Any(value); };
+}
+
+std::vector<OrderCase> numberCases() {
+    return {
+        {"Integers", just(2), just(10), -1},
+        {"EndsOfTheRange", just(kLargest), just(kSmallest), 1},
+        {"IntegerAndFloat", just(1), just(1.0), 0},
+        {"IntegerBelowFraction", just(1), just(1.5), -1},
+        {"NegativeFraction", just(-1), just(-1.5), 1},
+        {"NoRoundingUp", just((std::int64_t{1} << 53) + 1), just(9007199254740992.0), 1},
+        {"LargestIsBelow2To63", just(kLargest), just(0x1p63), -1},
+        {"SmallestIsMinus2To63", just(kSmallest), just(-0x1p63), 0},
+        {"AboveEveryInteger", just(kLargest), just(kInfinity), -1},
+        {"BelowEveryInteger", just(kSmallest), just(-kInfinity), 1},
+        {"Zeros", just(0.0), just(-0.0), 0},
+        {"IntegerZero", just(0), just(-0.0), 0},
+        {"NaNIsItself", just(kNaN), just(kNaN), 0},
+        {"NaNOfOtherBits", just(kNaN), just(std::copysign(kNaN, -1.0)), 0},
+        {"NaNIsAboveInfinity", just(kNaN), just(kInfinity), 1},
+        {"NaNIsAboveIntegers", just(kNaN), just(kLargest), 1},
+        {"NaNOfDecimals", just(kNaN), just(decimal(u"NaN")), 0},
+        {"NaNIsAboveDecimals", just(decimal(u"1E+999")), just(kNaN), -1},
+        {"DecimalNaNIsAboveIntegers", just(5), just(decimal(u"NaN")), -1},
+        {"DecimalsByValue", just(decimal(u"1.10")), just(decimal(u"1.1")), 0},
+        {"DecimalAndInteger", just(decimal(u"10E-1")), just(1), 0},
+        {"DecimalBeyondIntegers", just(kLargest), just(decimal(u"9223372036854775808")), -1},
+        {"DecimalAndItsFloat", just(decimal(u"0.5")), just(0.5), 0},
+        {"DecimalAndNoFloat", just(decimal(u"0.1")), just(0.1), -1},
+        {"DecimalInfinity", just(decimal(u"Infinity")), just(kInfinity), 0},
+        {"BooleanIsNoNumber", just(true), just(1), -1},
+        {"Booleans", just(false), just(true), -1},
+    };
+}
+
+std::vector<OrderCase> contentCases() {
+    return {
+        {"NoneIsNone", just(Any()), just(Any()), 0},
+        {"NoneAndUndefined", just(Any()), just(Undefined()), -1},
+        {"Texts", just(text(u"a")), just(text(u"b")), -1},
+        {"EqualTexts", just(text(u"ab")), [] { return String("a") + String("b"); }, 0},
+        {"EmptyText", just(String()), just(text(u"a")), -1},
+        {"TextsByUnits", just(text(u"\uFFFD")), just(text(u"\U0001F600")), 1},
+        {"NulInside", just(text({u"a\0b", 3})), just(text({u"a\0a", 3})), 1},
+        {"LongSlice", [] { return slice(std::u16string(100, u'x')); }, just(text(std::u16string(100, u'x'))), 0},
+        {"Bytes", just(ByteArray("\xFF")), just(ByteArray("a")), 1},
+        {"BytesAreNoText", just(ByteArray("a")), just(text(u"a")), 1},
+        {"Tuples", just(tupleOf(1, 2)), just(tupleOf(1, 3)), -1},
+        {"ShorterTuple", just(tupleOf(1)), just(tupleOf(1, Any())), -1},
+        {"EqualTuples", just(tupleOf(1, u"x")), just(tupleOf(1.0, u"x")), 0},
+        {"Lists", just(listOf(1, listOf(2))), just(listOf(1, listOf(3))), -1},
+        {"EqualLists", just(listOf(1, listOf())), just(listOf(1, listOf())), 0},
+        {"ListIsNoTuple", just(listOf(1)), just(tupleOf(1)), 1},
+        {"MapsInAnyOrder",
+         [] {
+             return mapOf({{1, 2}, {3, 4}});
+         },
+         [] {
+             return mapOf({{3, 4}, {1, 2}});
+         },
+         0},
+        {"SmallerMap",
+         [] {
+             return mapOf({{9, 9}});
+         },
+         [] {
+             return mapOf({{1, 2}, {3, 4}});
+         },
+         -1},
+        {"MapsWithin",
+         [] {
+             return mapOf({{1, listOf(2)}});
+         },
+         [] {
+             return mapOf({{1, listOf(2)}});
+         },
+         0},
+        {"Sets",
+         [] {
+             return setOf({1, 2});
+         },
+         [] {
+             return setOf({2, 1});
+         },
+         0},
+        {"LargerSet",
+         [] {
+             return setOf({1, 2, 3});
+         },
+         [] {
+             return setOf({4, 5});
+         },
+         1},
+        {"Dates", just(Date(2024, 2, 29)), just(Date(2024, 3, 1)), -1},
+        {"LazyIsItsValue", [] { return Lazy_Generic([] { return Any(5); }); }, just(5), 0},
+        {"WithinLists", [] { return listOf(Lazy_Generic([] { return Any(5); })); }, just(listOf(5)), 0},
+        {"Types", [] { return String::getType(); }, [] { return String::getType(); }, 0},
+    };
+}
+
+class Comparison : public LiveObjectsOf<::testing::TestWithParam<OrderCase>> {};
+
+TEST_P(Comparison, OrdersBothWays) {
+    const Any a = GetParam().a();
+    const Any b = GetParam().b();
+    EXPECT_EQ(ordered(a, b), GetParam().order);
+    EXPECT_EQ(ordered(b, a), -GetParam().order);
+    EXPECT_EQ(ordered(tupleOf(a), tupleOf(b)), GetParam().order);
+}
+
+// The values of the cases live as long as the process, so they count as alive from the start.
+INSTANTIATE_TEST_SUITE_P(Numbers, Comparison, ::testing::ValuesIn(numberCases()),
+                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Contents, Comparison, ::testing::ValuesIn(contentCases()),
+                         [](const auto& row) { return row.param.name; });
+
+/// Values of every kind, with several that are equal to each other.
+std::vector<Any> corpus() {
+    const Class_Generic plain = internal::defclass_impl("Plain", "").build();
+    const Class_Generic key =
+        keyClass([](const Any&, const Any&) { return Any(-1); }, [](const Any&) { return Any(1); });
+    const List_Generic shared = listOf(1);
+    std::vector<Any> values{Any(),
+                            Undefined(),
+                            Any(false),
+                            Any(true),
+                            Any(0),
+                            Any(0.0),
+                            Any(-0.0),
+                            decimal(u"-0"),
+                            decimal(u"0E+9"),
+                            Any(1),
+                            Any(1.0),
+                            decimal(u"1.00"),
+                            Any(-1),
+                            Any(0.5),
+                            decimal(u"0.5"),
+                            Any(0.1),
+                            decimal(u"0.1"),
+                            Any(kLargest),
+                            Any(kSmallest),
+                            Any(0x1p63),
+                            Any(-0x1p63),
+                            decimal(u"9223372036854775808"),
+                            Any(0x1p53),
+                            Any((std::int64_t{1} << 53) + 1),
+                            Any(kInfinity),
+                            Any(-kInfinity),
+                            decimal(u"Infinity"),
+                            decimal(u"-Infinity"),
+                            Any(kNaN),
+                            Any(std::copysign(kNaN, -1.0)),
+                            decimal(u"NaN"),
+                            decimal(u"1E+999999999"),
+                            Any(5e-324),
+                            String(),
+                            text(u"1"),
+                            text(u"a"),
+                            slice(std::u16string(80, u'a')),
+                            text(std::u16string(80, u'a')),
+                            text({u"a\0", 2}),
+                            text(std::u16string{0xD800}),
+                            ByteArray(),
+                            ByteArray("a"),
+                            ByteArray(std::string_view("\0", 1)),
+                            tupleOf(),
+                            tupleOf(Any()),
+                            tupleOf(1),
+                            tupleOf(1.0),
+                            tupleOf(tupleOf(1), u"x"),
+                            tupleOf(tupleOf(1.0), u"x"),
+                            tupleOf(kNaN),
+                            tupleOf(decimal(u"NaN")),
+                            tupleOf(true),
+                            tupleOf(shared),
+                            tupleOf(shared),
+                            listOf(),
+                            listOf(1),
+                            listOf(1.0),
+                            listOf(listOf()),
+                            shared,
+                            Date(2024, 1, 1),
+                            Date(2024, 1, 1),
+                            Date(2025, 1, 1),
+                            Time(1, 2, 3),
+                            DateTime(Date(2024, 1, 1), Time(0, 0, 0)),
+                            Error(u"x"),
+                            Error(u"x"),
+                            String::getClass(),
+                            List_Generic::getClass(),
+                            String::getType(),
+                            Any::getType(),
+                            find_module(u"ling"),
+                            plain.allocateInstance(),
+                            plain.allocateInstance(),
+                            plain,
+                            make_function("f", "", [] {}),
+                            make_function("f", "", [] {}),
+                            key.allocateInstance(),
+                            Boxed<int>(1),
+                            Boxed<int>(1),
+                            Lazy_Generic([] { return Any(1); }),
+                            Weak_Generic(String::getClass())};
+    return values;
+}
+
+std::vector<Any> unorderedValues() {
+    const Any map = mapOf({{1, 2}});
+    return {map,           mapOf({{1, 2}}),   mapOf({{1.0, 2.0}}), mapOf({{1, 3}}), mapOf({{2, 2}}),
+            Map_Generic(), setOf({1}),        setOf({1.0}),        setOf({2}),      Set_Generic(),
+            listOf(map),   mapOf({{1, map}}), mapOf({{map, 1}})};
+}
+
+/// Everything that hashes by its content, as far as these tests have such values.
+bool hashesByContent(const Any& value) {
+    if (value.is(Kind::Tuple)) {
+        const std::span<const Any> items = unchecked<Tuple_Generic>(value).items();
+        return std::all_of(items.begin(), items.end(), hashesByContent);
+    }
+    return !value.is(Kind::List) && !value.is(Kind::Map) && !value.is(Kind::Set);
+}
+
+TEST(ComparisonOfAll, IsReflexiveAndAntisymmetricAndAgreesWithHashes) {
+    std::vector<Any> values = corpus();
+    for (const Any& value : unorderedValues())
+        values.push_back(value);
+    for (const Any& a : values) {
+        EXPECT_EQ(ordered(a, a), 0) << shown(a);
+        EXPECT_EQ(hash_of(a), hash_of(a)) << shown(a);
+        for (const Any& b : values) {
+            EXPECT_EQ(ordered(a, b), -ordered(b, a)) << shown(a) << " and " << shown(b);
+            const bool alike = ordered(a, b) != 0 || hash_of(a) == hash_of(b);
+            EXPECT_TRUE(alike || !hashesByContent(a) || !hashesByContent(b)) << shown(a) << " and " << shown(b);
+        }
+    }
+}
+
+TEST(ComparisonOfAll, IsTransitive) {
+    const std::vector<Any> values = corpus();
+    const std::size_t count = values.size();
+    std::vector<int> order;
+    for (const Any& a : values)
+        for (const Any& b : values)
+            order.push_back(ordered(a, b));
+    for (std::size_t i = 0; i < count * count * count; ++i) {
+        const std::size_t a = i / count / count;
+        const std::size_t b = i / count % count;
+        const std::size_t c = i % count;
+        const int ab = order[a * count + b];
+        const int bc = order[b * count + c];
+        const bool holds = ab > 0 || bc > 0 || order[a * count + c] <= std::max(ab, bc);
+        ASSERT_TRUE(holds) << shown(values[a]) << ", " << shown(values[b]) << ", " << shown(values[c]);
+    }
+}
+
+TEST(ComparisonOfAll, DifferentValuesRarelyShareAHash) {
+    std::set<std::int64_t> hashes;
+    constexpr int kCount = 100;
+    for (int i = 0; i < kCount; ++i)
+        for (int j = 0; j < kCount; ++j)
+            hashes.insert(hash_of(tupleOf(i, j)));
+    EXPECT_EQ(hashes.size(), kCount * kCount);
+    EXPECT_NE(hash_of(tupleOf(tupleOf(1), 2)), hash_of(tupleOf(1, tupleOf(2))));
+    EXPECT_NE(hash_of(tupleOf()), hash_of(tupleOf(tupleOf())));
+    EXPECT_NE(hash_of(listOf()), hash_of(listOf()));
+}
+
+class ComparisonOf : public LiveObjects {};
+
+TEST_F(ComparisonOf, ValuesThatHoldThemselvesAreEqualUnlessADifferenceShows) {
+    const List_Generic a = listOf(1);
+    const List_Generic b = listOf(1);
+    a.append(a);
+    b.append(b);
+    EXPECT_EQ(ordered(a, b), 0);
+    const List_Generic around = listOf(1, a);
+    EXPECT_EQ(ordered(a, around), 0);
+    a.append(2);
+    b.append(3);
+    EXPECT_EQ(ordered(a, b), -1);
+    EXPECT_EQ(ordered(b, a), 1);
+    a.clear();
+    b.clear();
+}
+
+TEST_F(ComparisonOf, MapsThatHoldThemselvesEnd) {
+    const Map_Generic a;
+    const Map_Generic b;
+    a.set(1, a);
+    b.set(1, b);
+    EXPECT_EQ(ordered(a, b), 0);
+    a.set(2, 1);
+    b.set(2, 2);
+    EXPECT_NE(ordered(a, b), 0);
+    EXPECT_EQ(ordered(a, b), -ordered(b, a));
+    a.clear();
+    b.clear();
+}
+
+TEST_F(ComparisonOf, DeepContainersNeedNoStack) {
+    onSmallStack([] {
+        constexpr int kDepth = 100'000;
+        auto nested = [](Any item, bool tuples) {
+            for (int i = 0; i < kDepth; ++i)
+                item = tuples ? Any(tupleOf(item)) : Any(listOf(item));
+            return item;
+        };
+        EXPECT_EQ(ordered(nested(1, false), nested(1, false)), 0);
+        EXPECT_EQ(ordered(nested(1, false), nested(2, false)), -1);
+        EXPECT_EQ(ordered(nested(1, true), nested(1.0, true)), 0);
+        EXPECT_EQ(hash_of(nested(1, true)), hash_of(nested(1.0, true)));
+        EXPECT_NE(hash_of(nested(1, true)), hash_of(nested(2, true)));
+    });
+}
+
+Class_Generic comparedBy(std::function<Any(const Any& self, const Any& other)> compare) {
+    return keyClass(std::move(compare), [](const Any&) { return Any(1); });
+}
+
+TEST_F(ComparisonOf, TheClassOfEitherSideAnswers) {
+    const Any self = comparedBy([](const Any&, const Any& other) {
+                         return Any(other.is(Kind::Integer) ? 5 : -7);
+                     }).allocateInstance();
+    EXPECT_EQ(ordered(self, 1), 1);
+    EXPECT_EQ(ordered(1, self), -1);
+    EXPECT_EQ(ordered(self, listOf()), -1);
+    EXPECT_EQ(ordered(listOf(), self), 1);
+    EXPECT_EQ(ordered(decimal(u"1"), self), 1);
+    const Any smallest = comparedBy([](const Any&, const Any&) { return Any(kSmallest); }).allocateInstance();
+    EXPECT_EQ(ordered(1, smallest), 1);
+}
+
+TEST_F(ComparisonOf, AnAnswerThatIsNoIntegerDoesNotCount) {
+    for (const Any& answer : {internal::failure(u"No order."), Any(true), Any(1.0), Any(), Any(String(u"less"))}) {
+        const Class_Generic cls = comparedBy([answer](const Any&, const Any&) { return answer; });
+        const Any a = cls.allocateInstance();
+        const Any b = cls.allocateInstance();
+        EXPECT_EQ(ordered(a, a), 0);
+        EXPECT_NE(ordered(a, b), 0);
+        EXPECT_EQ(ordered(a, b), -ordered(b, a));
+        EXPECT_EQ(ordered(1, a), -1) << "Objects come after numbers.";
+        EXPECT_EQ(ordered(a, 1), 1);
+    }
+}
+
+TEST_F(ComparisonOf, TheOtherSideAnswersWhereOneCannot) {
+    const Any silent = comparedBy([](const Any&, const Any&) { return internal::failure(u"No."); }).allocateInstance();
+    const Any speaking = comparedBy([](const Any&, const Any&) { return Any(1); }).allocateInstance();
+    EXPECT_EQ(ordered(speaking, silent), 1);
+    EXPECT_EQ(ordered(silent, speaking), -1);
+}
+
+TEST_F(ComparisonOf, TheDerivedClassComesFirst) {
+    const Class_Generic base = comparedBy([](const Any&, const Any&) { return Any(1); });
+    const Class_Generic derived =
+        internal::defclass_impl("Derived", "")
+            .parent(base)
+            .method(Any::$__compare__, "other", [](const Any&, const Any&) { return std::int64_t{0}; })
+            .build();
+    EXPECT_EQ(ordered(base.allocateInstance(), derived.allocateInstance()), 0);
+    EXPECT_EQ(ordered(derived.allocateInstance(), base.allocateInstance()), 0);
+}
+
+TEST_F(ComparisonOf, LazyAnswersCount) {
+    const Class_Generic cls = keyClass([](const Any&, const Any&) { return Lazy_Generic([] { return Any(-3); }); },
+                                       [](const Any&) { return Lazy_Generic([] { return Any(12); }); });
+    EXPECT_EQ(ordered(cls.allocateInstance(), 1), -1);
+    EXPECT_EQ(hash_of(cls.allocateInstance()), 12);
+}
+
+TEST_F(ComparisonOf, AHashThatIsNoIntegerIsThatOfIdentity) {
+    const Class_Generic cls = keyClass([](const Any&, const Any&) { return Any(0); },
+                                       [](const Any&) { return internal::failure(u"No hash."); });
+    const Any a = cls.allocateInstance();
+    const Any b = cls.allocateInstance();
+    EXPECT_EQ(hash_of(a), hash_of(a));
+    EXPECT_NE(hash_of(a), hash_of(b));
+}
+
+TEST_F(ComparisonOf, AnObjectThatComparesItselfEnds) {
+    onSmallStack([] {
+        Class_Generic cls =
+            keyClass([](const Any& self, const Any& other) { return Any(compare_objects(self, other)); },
+                     [](const Any& self) { return Any(hash_of(self)); });
+        const Any a = cls.allocateInstance();
+        const Any b = cls.allocateInstance();
+        EXPECT_NE(ordered(a, b), 0);
+        EXPECT_EQ(hash_of(a), hash_of(a));
+    });
+}
+
+TEST_F(ComparisonOf, AClassMayChangeTheContainersThatAreCompared) {
+    const List_Generic a = listOf();
+    const Class_Generic cls = comparedBy([&](const Any&, const Any&) {
+        a.clear();
+        return Any(0);
+    });
+    for (int i = 0; i < 3; ++i)
+        a.append(cls.allocateInstance());
+    const List_Generic b = listOf(1, 1, 1);
+    EXPECT_EQ(ordered(a, b), 0) << "Those items are compared that were there at first.";
+    EXPECT_EQ(a.size(), 0u);
+}
+
+TEST_F(ComparisonOf, ADerivedListAnswersForItself) {
+    const Class_Generic cls =
+        internal::defclass_impl("Bag", "")
+            .parent(List_Generic::getClass())
+            .method(Any::$__compare__, "other", [](const Any&, const Any&) { return std::int64_t{0}; })
+            .build();
+    const Class_Generic silent = internal::defclass_impl("Row", "").parent(List_Generic::getClass()).build();
+    EXPECT_EQ(ordered(cls.allocateInstance(), listOf(1)), 0);
+    EXPECT_EQ(ordered(listOf(1), cls.allocateInstance()), 0);
+    EXPECT_EQ(ordered(silent.allocateInstance(), listOf()), 0);
+    EXPECT_EQ(ordered(silent.allocateInstance(), listOf(1)), -1);
+}
+
+TEST(Identity, IsOfObjectsAndEqualImmediates) {
+    const Any list = listOf();
+    EXPECT_TRUE(is_same(list, list));
+    EXPECT_FALSE(is_same(list, listOf()));
+    EXPECT_TRUE(is_same(1, 1));
+    EXPECT_FALSE(is_same(1, 1.0));
+    EXPECT_FALSE(is_same(1, true));
+    EXPECT_TRUE(is_same(0.0, -0.0));
+    EXPECT_TRUE(is_same(kNaN, kNaN));
+    EXPECT_TRUE(is_same(Any(), Any()));
+    EXPECT_FALSE(is_same(Any(), Undefined()));
+    EXPECT_FALSE(is_same(Any(), false));
+}
+
+TEST(Identity, NumbersOfObjectsAreTheirOwn) {
+    const std::vector<Any> values{listOf(), listOf(), String(u"a"), Any(), Undefined(), true, false,
+                                  0,        1,        -1,           0.0,   1.0};
+    std::set<std::int64_t> numbers;
+    for (const Any& value : values) {
+        EXPECT_EQ(object_id(value), object_id(value));
+        numbers.insert(object_id(value));
+    }
+    EXPECT_EQ(numbers.size(), values.size());
+}
+
+TEST(Identity, KindsHaveNames) {
+    const List_Generic list = listOf();
+    const std::vector<std::pair<Any, const char*>> rows{{Any(), "none"},
+                                                        {Undefined(), "undefined"},
+                                                        {true, "boolean"},
+                                                        {1, "integer"},
+                                                        {1.0, "float"},
+                                                        {String(), "string"},
+                                                        {ByteArray(), "byte_array"},
+                                                        {list, "list"},
+                                                        {Tuple_Generic(), "tuple"},
+                                                        {Map_Generic(), "map"},
+                                                        {Set_Generic(), "set"},
+                                                        {make_function("f", "", [] {}), "function"},
+                                                        {List_Generic::getClass(), "object"},
+                                                        {Boxed<int>(1), "boxed_value"},
+                                                        {Lazy_Generic([] { return Any(1); }), "lazy_value"},
+                                                        {External_Generic([] { return Any(1); }), "external_value"},
+                                                        {Weak_Generic(list), "weak_reference"}};
+    for (const auto& [value, name] : rows)
+        EXPECT_EQ(kind_of(value), String(name));
+}
+
+}  // namespace
+}  // namespace ling::testing

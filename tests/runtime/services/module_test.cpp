@@ -1,0 +1,246 @@
+#include "runtime/support/values.h"
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+namespace ling::testing {
+namespace {
+
+using internal::defclass_impl;
+using internal::register_class;
+using internal::register_function;
+using internal::register_module;
+using internal::register_property;
+
+// Modules live as long as the process, so each test uses names of its own.
+
+Any valueAt(const Any& holder, std::string_view name) { return holder.propertyValue(property_ident_untyped(name)); }
+
+struct NameCase {
+    const char* name;
+    String text;
+};
+
+class ModuleName : public ::testing::TestWithParam<NameCase> {};
+
+TEST_P(ModuleName, IsRefused) {
+    const std::string expected = "error: Invalid module name: '" + GetParam().text.toStdString() + "'.";
+    EXPECT_EQ(shown(find_or_create_module(GetParam().text)), expected);
+    EXPECT_TRUE(find_module(GetParam().text).isNone());
+    EXPECT_EQ(shown(Module::getClass()(GetParam().text)), GetParam().text.toStdString());
+    const Any made = Module::getClass()(GetParam().text);
+    EXPECT_EQ(shown(register_module(unchecked<Module>(made))), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ModuleName,
+                         ::testing::Values(NameCase{"Empty", String()}, NameCase{"Dot", String(u".")},
+                                           NameCase{"LeadingDot", String(u".a")},
+                                           NameCase{"TrailingDot", String(u"names.")},
+                                           NameCase{"EmptyPart", String(u"names..b")},
+                                           NameCase{"Nul", String(std::u16string_view(u"names\0", 6))},
+                                           NameCase{"LoneSurrogate", String(std::u16string{u'a', 0xD800})}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(ModuleTree, MakesWhatIsMissingAbove) {
+    const Any made = find_or_create_module(u"tree_a.\u00e4\U0001F600.c");
+    ASSERT_TRUE(Module::cast(made));
+    EXPECT_EQ(unchecked<Module>(made).name(), u"tree_a.\u00e4\U0001F600.c");
+    const Module top = find_module(u"tree_a");
+    const Module middle = find_module(u"tree_a.\u00e4\U0001F600");
+    ASSERT_FALSE(top.isNone() || middle.isNone());
+    EXPECT_TRUE(valueAt(top, "\u00e4\U0001F600").isSameAs(middle));
+    EXPECT_TRUE(valueAt(middle, "c").isSameAs(made));
+    EXPECT_TRUE(find_or_create_module(u"tree_a.\u00e4\U0001F600.c").isSameAs(made));
+    EXPECT_TRUE(find_module(u"tree_a.c").isNone());
+    EXPECT_TRUE(find_module(u"Tree_a").isNone());
+}
+
+TEST(ModuleTree, ListsParentsBeforeChildren) {
+    find_or_create_module(u"tree_order.b.c");
+    find_or_create_module(u"tree_order.a");
+    std::vector<String> names;
+    for (const Any& module : modules().copyItems())
+        if (unchecked<Module>(module).name().startsWith(u"tree_order"))
+            names.push_back(unchecked<Module>(module).name());
+    EXPECT_EQ(names, (std::vector<String>{u"tree_order", u"tree_order.b", u"tree_order.b.c", u"tree_order.a"}));
+}
+
+TEST(ModuleTree, ANameMayBeTaken) {
+    const Any holder = find_or_create_module(u"tree_taken");
+    insert_property_value(holder, property_ident_untyped("value"), 5);
+    insert_property_value(holder, property_ident_untyped("nothing"), Any());
+    EXPECT_EQ(shown(find_or_create_module(u"tree_taken.value")), "error: The name 'tree_taken.value' is taken.");
+    EXPECT_EQ(shown(find_or_create_module(u"tree_taken.value.b")), "error: The name 'tree_taken.value' is taken.");
+    EXPECT_EQ(shown(find_or_create_module(u"tree_taken.nothing")), "error: The name 'tree_taken.nothing' is taken.");
+    EXPECT_TRUE(find_module(u"tree_taken.value").isNone());
+    EXPECT_TRUE(valueAt(holder, "value").isSameAs(Any(5)));
+}
+
+TEST(ModuleTree, WhatEveryModuleHasTakesNoName) {
+    const Any child = find_or_create_module(u"tree_doc.doc");
+    EXPECT_TRUE(valueAt(find_module(u"tree_doc"), "doc").isSameAs(child));
+    EXPECT_EQ(find_module(u"tree_doc").doc(), u"");
+    EXPECT_EQ(shown(valueAt(find_module(u"tree_doc"), "name")), "tree_doc");
+}
+
+TEST(ModuleTree, TakesModulesMadeElsewhere) {
+    const Class_Generic cls = defclass_impl("ForeignModule", "")
+                                  .parent(Module::getClass())
+                                  .classProperty(property_ident_untyped("limit"), internal::property_builder().value(7))
+                                  .build();
+    const Any made = cls(u"tree_foreign.inner");
+    ASSERT_TRUE(Module::cast(made));
+    EXPECT_TRUE(find_module(u"tree_foreign.inner").isNone());
+    EXPECT_TRUE(register_module(unchecked<Module>(made)).isNone());
+    EXPECT_TRUE(register_module(unchecked<Module>(made)).isNone()) << "It is there already.";
+    EXPECT_TRUE(find_module(u"tree_foreign.inner").isSameAs(made));
+    EXPECT_TRUE(valueAt(find_module(u"tree_foreign"), "inner").isSameAs(made));
+    EXPECT_EQ(shown(register_module(unchecked<Module>(cls(u"tree_foreign.inner")))),
+              "error: The name 'tree_foreign.inner' is taken.");
+    EXPECT_EQ(shown(find_or_create_module(u"tree_foreign.inner.limit")),
+              "error: The name 'tree_foreign.inner.limit' is taken.");
+    EXPECT_EQ(shown(find_or_create_module(u"tree_foreign.inner.name")), "tree_foreign.inner.name");
+}
+
+TEST(ModuleTree, ThreadsThatMakeOneModuleGetOne) {
+    constexpr int kThreads = 8;
+    constexpr int kRounds = 200;
+    std::atomic<int> waiting{0};
+    std::vector<std::vector<Any>> made(kThreads);
+    std::vector<std::thread> threads;
+    for (std::vector<Any>& mine : made)
+        threads.emplace_back([&] {
+            for (int round = 0; round < kRounds; ++round) {
+                for (++waiting; waiting < kThreads * (round + 1);)
+                    std::this_thread::yield();
+                const String name = String(u"tree_race.r{}.leaf").arg(round);
+                mine.push_back(find_or_create_module(name));
+                const Module parent = find_module(name.sliced(0, name.lastIndexOf(u".")));
+                EXPECT_TRUE(valueAt(parent, "leaf").isSameAs(mine.back())) << "Found, but not linked.";
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const std::vector<Any>& mine : made)
+        EXPECT_TRUE(std::equal(mine.begin(), mine.end(), made[0].begin(),
+                               [](const Any& a, const Any& b) { return a.isSameAs(b); }));
+    std::vector<String> names;
+    for (const Any& module : modules().copyItems())
+        names.push_back(unchecked<Module>(module).name());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end()) << "One name, two modules.";
+}
+
+TEST(ModuleMembers, FunctionsBecomeProperties) {
+    const FunctionCL_Generic twice = make_function(
+        "twice", "x", [](std::int64_t x) { return 2 * x; }, "Doubles.");
+    EXPECT_TRUE(register_function("members_f", twice).isNone());
+    EXPECT_TRUE(register_function("members_f", twice).isNone()) << "It is there already.";
+    const Module module = find_module(u"members_f");
+    const Property property = property_of(module, property_ident_untyped("twice"));
+    ASSERT_FALSE(property.isNone());
+    EXPECT_EQ(property.doc(), u"Doubles.");
+    EXPECT_EQ(shown(unchecked<I_Invokable_Generic>(property.value())(4)), "8");
+    ASSERT_EQ(module.functions().size(), 1u);
+    EXPECT_EQ(module.functions()[0].id, method_ident_untyped("twice"));
+    EXPECT_EQ(shown(valueAt(module, "functions")), "[twice(x)]");
+    const FunctionCL_Generic other = make_function("twice", "", [] {});
+    EXPECT_EQ(shown(register_function("members_f", other)), "error: The name 'members_f.twice' is taken.");
+    EXPECT_EQ(shown(register_function("members_f", make_function("", "", [] {}))),
+              "error: A member of the module 'members_f' needs a name.");
+    EXPECT_EQ(shown(register_function("members_f..x", other)), "error: Invalid module name: 'members_f..x'.");
+}
+
+TEST(ModuleMembers, ClassesKnowTheirModule) {
+    const Class_Generic cls = defclass_impl("Item", "members_c.sub").doc("An item.").build();
+    EXPECT_EQ(qualname(cls), u"members_c.sub.Item");
+    EXPECT_TRUE(cls.parentModule().isSameAs(find_module(u"members_c.sub")));
+    EXPECT_EQ(shown(valueAt(find_module(u"members_c.sub"), "classes")), "[members_c.sub.Item]");
+    EXPECT_EQ(property_of(find_module(u"members_c.sub"), property_ident_untyped("Item")).doc(), u"An item.");
+    const Class_Generic other = defclass_impl("Item", "").build();
+    EXPECT_EQ(shown(register_class("members_c.sub", other)), "error: The name 'members_c.sub.Item' is taken.");
+    EXPECT_EQ(qualname(other), u"Item");
+    EXPECT_EQ(shown(find_or_create_module(u"members_c.sub.Item")), "error: The name 'members_c.sub.Item' is taken.");
+}
+
+TEST(ModuleMembers, PropertiesAreReadAndWritten) {
+    static std::int64_t stored = 1;
+    const Property property = internal::property_builder()
+                                  .getter([] { return stored; })
+                                  .setter([](std::int64_t value) { stored = value; })
+                                  .build();
+    EXPECT_TRUE(register_property("members_p", "size", property).isNone());
+    const Module module = find_module(u"members_p");
+    EXPECT_EQ(shown(module.setPropertyValue(property_ident_untyped("size"), 9)), "none");
+    EXPECT_TRUE(valueAt(module, "size").isSameAs(Any(9)));
+    EXPECT_TRUE(register_property("members_p", "size", property).isNone()) << "It is there already.";
+    EXPECT_EQ(shown(register_property("members_p", "size", Property::ofValue(1))),
+              "error: The name 'members_p.size' is taken.");
+    EXPECT_EQ(shown(register_property("members_p", "", property)),
+              "error: A member of the module 'members_p' needs a name.");
+}
+
+TEST(ModuleMembers, DocumentationAndMarkAreItsOwn) {
+    const Module module = unchecked<Module>(find_or_create_module(u"members_d"));
+    EXPECT_EQ(shown(valueAt(module, "bindMembers")), "false");
+    EXPECT_TRUE(module.setPropertyValue(Module::$$bindMembers, true).isNone());
+    EXPECT_TRUE(module.setPropertyValue(Module::$$bindMembers, true).isNone());
+    EXPECT_EQ(shown(valueAt(module, "bindMembers")), "true");
+    EXPECT_EQ(shown(valueAt(find_module(u"ling"), "bindMembers")), "false");
+    module.setDoc(u"What it is.");
+    EXPECT_EQ(shown(valueAt(module, "doc")), "What it is.");
+    EXPECT_TRUE(module.setPropertyValue(I_HasDoc::$$doc, String(u"Changed.")).isNone());
+    EXPECT_EQ(module.doc(), u"Changed.");
+    EXPECT_EQ(shown(Module::getClass().allocateInstance()), "");
+    EXPECT_EQ(shown(Module::getClass()()), "error: The class 'ling.Module' takes the name of the module.");
+    EXPECT_EQ(shown(Module::cast(Any(1))), "error: Unable to cast a value of class 'ling.Integer' to 'ling.Module'.");
+}
+
+class FindClass : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        const Class_Generic inner = defclass_impl("Inner", "").build();
+        const Class_Generic outer =
+            defclass_impl("Outer", "classes.sub")
+                .classProperty(property_ident_untyped("Inner"), internal::property_builder().value(inner))
+                .classProperty(property_ident_untyped("number"), internal::property_builder().value(5))
+                .build();
+        // A module of another class, whose members are those of its class.
+        const Class_Generic exported =
+            defclass_impl("ExportedModule", "")
+                .parent(Module::getClass())
+                .classProperty(property_ident_untyped("Outer"), internal::property_builder().value(outer))
+                .classProperty(property_ident_untyped("late"), internal::property_builder().getter([outer] {
+                    return Lazy_Generic([outer] { return outer; });
+                }))
+                .classProperty(property_ident_untyped("broken"), internal::property_builder().getter([]() -> Any {
+                    return internal::failure(u"Broken.");
+                }))
+                .build();
+        register_module(unchecked<Module>(exported(u"classes.exported")));
+    }
+};
+
+TEST_F(FindClass, WalksModulesAndTheirMembers) {
+    const std::vector<std::pair<const char16_t*, const char16_t*>> rows{
+        {u"classes.sub.Outer", u"classes.sub.Outer"},      {u"classes.sub.Outer.Inner", u"Inner"},
+        {u"classes.exported.Outer", u"classes.sub.Outer"}, {u"classes.exported.Outer.Inner", u"Inner"},
+        {u"classes.exported.late", u"classes.sub.Outer"},  {u"ling.List", u"ling.List"},
+    };
+    for (const auto& [path, found] : rows) {
+        const Class_Generic cls = find_class(path);
+        EXPECT_EQ(cls.isNone() ? String(u"none") : qualname(cls), String(found)) << String(path).toStdString();
+    }
+}
+
+TEST_F(FindClass, AnswersNoneForAnythingElse) {
+    for (const char16_t* path :
+         {u"", u".", u"List", u"ling", u"ling.", u".ling.List", u"ling..List", u"ling.list", u"ling.display",
+          u"classes", u"classes.sub", u"classes.sub.Outer.number", u"classes.sub.Outer.number.real",
+          u"classes.sub.Outer.", u"classes.exported.broken", u"classes.absent.Outer", u"classes.sub.Outer.Inner.Outer"})
+        EXPECT_TRUE(find_class(path).isNone()) << String(path).toStdString();
+}
+
+}  // namespace
+}  // namespace ling::testing

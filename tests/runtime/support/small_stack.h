@@ -1,0 +1,26 @@
+#pragma once
+
+#include <pthread.h>
+
+#include <functional>
+
+namespace ling::testing {
+
+/// Runs `work` on a thread with a stack of 512 KiB, as hosts give their helper threads.
+inline void onSmallStack(std::function<void()> work) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 512 * 1024);
+    pthread_t thread;
+    pthread_create(
+        &thread, &attributes,
+        [](void* given) -> void* {
+            (*static_cast<std::function<void()>*>(given))();
+            return nullptr;
+        },
+        &work);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+}  // namespace ling::testing
