@@ -13,13 +13,22 @@ std::filesystem::path ownExecutable() {
     return std::filesystem::read_symlink("/proc/self/exe", failure);
 }
 
-void startHost(const std::filesystem::path& extensions) {
-    const std::filesystem::path directory =
-        extensions.empty() ? ownExecutable().parent_path() / "qcomponents" / "qextensions" : extensions;
+namespace {
+
+void loadFrom(const std::filesystem::path& directory) {
     for (const ExtensionReport& report : load_extensions(directory)) {
         if (!report.problem.isEmpty())
             tell(report.file.string() + ": " + report.problem.toStdString());
     }
+}
+
+}  // namespace
+
+void startHost(std::vector<std::filesystem::path> directories) {
+    if (directories.empty())
+        directories.push_back(ownExecutable().parent_path() / "qcomponents" / "qextensions");
+    for (const std::filesystem::path& directory : directories)
+        loadFrom(directory);
     for (const String& problem : run_init_handlers())
         tell("initialisation: " + problem.toStdString());
 }

@@ -56,7 +56,10 @@ constexpr std::array kSubjects = {
 void describe(CLI::App& app, Options& options, std::string& file) {
     app.set_version_flag("--version", "lingsh " LING_VERSION, "Print the version and exit.");
     app.set_help_flag("--help,-h", "Print this text and exit.");
-    app.add_option("--extensions", options.extensions, "Load extensions from DIR.")->option_text("DIR");
+    app.add_option("--extensions", options.extensions,
+                   "Load extensions from DIR instead of qcomponents/qextensions beside lingsh; may be repeated.")
+        ->option_text("DIR")
+        ->allow_extra_args(false);
     for (const Subject& subject : kSubjects)
         app.add_option(subject.option, options.subject, subject.text)->option_text(subject.value)->take_last();
     app.add_flag(kInterpreterFlags)->group("");  // Not shown.

@@ -17,8 +17,8 @@ struct Options {
     std::string subject;
     /// The program's own arguments, untouched.
     std::vector<std::string> arguments;
-    /// Empty for the directory beside the shell.
-    std::filesystem::path extensions;
+    /// The directories to load extensions from, in this order. None stands for the one beside the shell.
+    std::vector<std::filesystem::path> extensions;
 };
 
 /// Reads the command line. Nothing when all is said already: `exitStatus` is then 0 after "--help" and "--version",

@@ -116,12 +116,13 @@ ling::Any errorFromException(PyObject* exception) {
     if (PyRef carried = carriedValue(exception))
         return toLing(carried.get());
     PyErr_Clear();
-    const ling::Class_Generic cls = errorClassOf(reinterpret_cast<PyObject*>(Py_TYPE(exception)));
-    PyErr_Clear();
     const ling::String message = messageOf(exception);
-    if (pythonTypeOf(cls) != nullptr)
-        return ling::Error(message, true);
-    return cls(message);
+    if (Py_IS_TYPE(exception, reinterpret_cast<PyTypeObject*>(PyExc_StopIteration)))
+        return ling::StopIteration::getClass()(message);
+    // For every other type `errorClassOf` gives the class of a Python type, whose errors are plain ones, or the plain
+    // class itself. To know that, the class of the type need not be made, which would keep both for ever: a program
+    // may define an exception class in each of its calls.
+    return ling::Error(message, true);
 }
 
 ling::Class_Generic errorClassOf(PyObject* exceptionType) {

@@ -1,5 +1,6 @@
 #include "lingobject/operators.h"
 
+#include "host/py_ref.h"
 #include "ling/basic_values.h"
 #include "ling/comparison.h"
 #include "ling/error.h"
@@ -77,6 +78,24 @@ PyObject* repeatSlot(PyObject* self, Py_ssize_t count) {
     return isLingObject(self) ? applyOperator(Row, self, ling::Any(count)) : nullptr;
 }
 
+/// What `len()` raises for something to iterate that does not know its length. Python asks for a length wherever it
+/// takes all items (`list(x)`, `[*x]`), and goes on without one only after a `TypeError`; so this `RuntimeError` is one
+/// too. Borrowed; made on first need, under the interpreter lock.
+PyObject* noLengthError() {
+    static constinit PyObject* kept = nullptr;
+    if (kept == nullptr) {
+        PyRef bases = PyRef::steal(PyTuple_Pack(2, PyExc_RuntimeError, PyExc_TypeError));
+        kept = bases ? PyErr_NewException("ling.NoLength", bases.get(), nullptr) : nullptr;
+    }
+    return kept != nullptr ? kept : PyExc_RuntimeError;
+}
+
+PyObject* raiseNoLength(const ling::Any& value, const ling::Any& error) {
+    const bool isUnknown = ling::internal::is_instance<ling::I_Iterable_Generic>(value) &&
+                           ling::property_of(value, I_Sequence_Generic::$$length).isNone();
+    return isUnknown ? raise(noLengthError(), messageOf(error)) : raiseMessage(error);
+}
+
 Py_ssize_t length(PyObject* self) {
     const ling::Any value =
         ling::internal::result_unwrap_lazy(valueOf(self).propertyValue(I_Sequence_Generic::$$length));
@@ -85,7 +104,7 @@ Py_ssize_t length(PyObject* self) {
     const ling::Result<ling::Integer> number = ling::Integer::cast(value);
     if (number)
         return static_cast<Py_ssize_t>(number->value());
-    (void)raiseMessage(ling::internal::is_error_result(value) ? value : number.error());
+    (void)raiseNoLength(valueOf(self), ling::internal::is_error_result(value) ? value : number.error());
     return -1;
 }
 

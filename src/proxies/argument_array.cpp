@@ -3,6 +3,7 @@
 #include "bridge/convert.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
+#include "host/stack_room.h"
 
 namespace ling::python {
 
@@ -24,6 +25,10 @@ bool ArgumentArray::add(const ling::Any& value) {
 }
 
 PyObject* ArgumentArray::call(PyObject* callable) const {
+    if (!hasStackRoom()) {
+        PyErr_SetString(PyExc_RecursionError, "The call is nested too deeply.");
+        return nullptr;
+    }
     return PyObject_Vectorcall(callable, items_, count_ | PY_VECTORCALL_ARGUMENTS_OFFSET, nullptr);
 }
 

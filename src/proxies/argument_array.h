@@ -20,7 +20,8 @@ public:
 
     /// Converts `value`. False when it has no Python form; a Python error may be pending then.
     bool add(const ling::Any& value);
-    /// Calls with all that was added, by position. A new reference, or null with the Python error set.
+    /// Calls with all that was added, by position. A new reference, or null with the Python error set, which is a
+    /// `RecursionError` where mutual calls have used the stack of this thread up.
     PyObject* call(PyObject* callable) const;
 
 private:
