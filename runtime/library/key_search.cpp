@@ -7,7 +7,7 @@ namespace ling::internal {
 
 namespace {
 
-// Beside two for each key that the table had at first.
+// Beside one for each key that the table had at first: for those that other threads add meanwhile.
 constexpr std::size_t kSpareRounds = 64;
 
 }  // namespace
@@ -17,8 +17,7 @@ key_search::key_search(const Any& key)
 
 void key_search::begin(const hash_storage& storage, std::uint64_t version) noexcept {
     if (!begun_)
-        roundsLeft_ = 2 * storage.live() + kSpareRounds;
-    restarted_ = begun_;
+        roundsLeft_ = storage.live() + kSpareRounds;
     begun_ = true;
     version_ = version;
     place_ = storage.first(hash_);
@@ -46,23 +45,14 @@ key_search::Verdict key_search::judge(const Any& present) const noexcept {
         return Verdict::Equal;  // A number that is no number, or an object that denies being itself, is still found.
     if (plain_ && is_plain_key(present))
         return plain_keys_equal(present, key_) ? Verdict::Equal : Verdict::Different;
-    const Verdict known = recall(present);
-    return known == Verdict::Unknown && roundsLeft_ == 0 ? Verdict::Different : known;
-}
-
-/// What an earlier comparison said. The references kept make sure that an object with the same address is the same.
-key_search::Verdict key_search::recall(const Any& present) const noexcept {
-    // In a table that did not change, only the key just compared can come again.
-    const auto first = restarted_ || compared_.empty() ? compared_.begin() : compared_.end() - 1;
-    for (auto known = first; known != compared_.end(); ++known)
-        if (known->first.isSameAs(present))
-            return known->second ? Verdict::Equal : Verdict::Different;
-    return Verdict::Unknown;
+    if (const auto known = compared_.find(present); known != compared_.end())
+        return known->second ? Verdict::Equal : Verdict::Different;
+    return roundsLeft_ == 0 ? Verdict::Different : Verdict::Unknown;
 }
 
 void key_search::compare() {
     const bool equal = compare_objects(key_, open_) == 0;
-    compared_.emplace_back(std::move(open_), equal);
+    compared_.emplace(std::move(open_), equal);
     --roundsLeft_;
 }
 

@@ -2,8 +2,8 @@
 
 #include "library/hash_storage.h"
 
-#include <utility>
-#include <vector>
+#include <cstddef>
+#include <unordered_map>
 
 namespace ling::internal {
 
@@ -31,21 +31,27 @@ public:
 
 private:
     enum class Verdict { Equal, Different, Unknown };
+    struct identity_hash {
+        std::size_t operator()(const Any& key) const noexcept { return static_cast<std::size_t>(key.rawBits() >> 4); }
+    };
+    struct same_identity {
+        bool operator()(const Any& a, const Any& b) const noexcept { return a.isSameAs(b); }
+    };
 
     void begin(const hash_storage& storage, std::uint64_t version) noexcept;
     Verdict judge(const Any& present) const noexcept;
-    Verdict recall(const Any& present) const noexcept;
 
     const Any& key_;
     const std::uint64_t hash_;
     const bool plain_;
     bool begun_ = false;
-    bool restarted_ = false;
     std::uint64_t version_ = 0;
     std::size_t roundsLeft_ = 0;
     hash_storage::slot place_ = 0;
-    Any open_;                                    // The key that the search stopped at.
-    std::vector<std::pair<Any, bool>> compared_;  // Keys compared before, and whether they were equal.
+    Any open_;  // The key that the search stopped at.
+    /// Keys compared before, and whether they were equal. As they are kept here, an object found again at the same
+    /// address is the same object.
+    std::unordered_map<Any, bool, identity_hash, same_identity> compared_;
 };
 
 }  // namespace ling::internal

@@ -1,0 +1,211 @@
+#include "runtime/support/live_objects.h"
+#include "runtime/support/values.h"
+
+namespace ling {
+namespace {
+
+using namespace ling::testing;
+
+/// Keys whose comparison or hash does what no decent key would. Whatever it is, a table ends its work, and stays whole.
+class HostileKeys : public LiveObjects {
+protected:
+    static constexpr int kSameHash = 5;
+    static Any sameHash(const Any&) { return kSameHash; }
+
+    /// Every key is still found by itself, the keys are distinct objects, and the size is their number.
+    static void expectWhole(const Map_Generic& map) {
+        const auto keys = unchecked<List_Generic>(map.keys()).copyItems();
+        ASSERT_EQ(keys.size(), map.size());
+        for (std::size_t i = 0; i < keys.size(); ++i)
+            for (std::size_t j = 0; j < i; ++j)
+                ASSERT_FALSE(keys[i].isSameAs(keys[j]));
+    }
+};
+
+TEST_F(HostileKeys, EqualHashesAreToldApartByComparison) {
+    int comparisons = 0;
+    const field_ident_untyped number{"content"};
+    const Class_Generic cls = internal::defclass_impl("Numbered", "")
+                                  .field(number)
+                                  .method(Any::$__compare__, "other",
+                                          [&](const Any& self, const Any& other) -> Any {
+                                              ++comparisons;
+                                              return compare_objects(self.fieldValue(number), other.fieldValue(number));
+                                          })
+                                  .method(Any::$__hash__, "", [](const Any&) -> Any { return kSameHash; })
+                                  .build();
+    auto key = [&](int value) {
+        Any made = cls.allocateInstance();
+        made.setFieldValue(number, value);
+        return made;
+    };
+    const Map_Generic map;
+    constexpr int kCount = 200;
+    for (int i = 0; i < kCount; ++i)
+        map.set(key(i), i);
+    EXPECT_EQ(comparisons, kCount * (kCount - 1) / 2) << "No two keys are compared twice.";
+    for (int i = 0; i < kCount; ++i)
+        ASSERT_EQ(shown(map.get(key(i))), std::to_string(i));
+    for (int i = 0; i < kCount; i += 2)
+        ASSERT_EQ(shown(map.remove(key(i))), std::to_string(i));
+    for (int i = 0; i < kCount; ++i)
+        ASSERT_EQ(shown(map.contains(key(i))), i % 2 == 0 ? "false" : "true");
+}
+
+struct MutationCase {
+    const char* name;
+    void (*mutate)(const Map_Generic& map, const Any& self, const Any& other);
+};
+
+const MutationCase kMutations[] = {
+    {"Clears", [](const Map_Generic& map, const Any&, const Any&) { map.clear(); }},
+    {"RemovesThePresentKey",
+     [](const Map_Generic& map, const Any& self, const Any& other) {
+         map.remove(self);
+         map.remove(other);
+     }},
+    {"AddsPlainKeys",
+     [](const Map_Generic& map, const Any&, const Any&) {
+         for (int i = 0; i < 50; ++i)
+             map.set(static_cast<std::int64_t>(map.size()) + 1000, i);
+     }},
+    {"AddsAKeyOfTheSameHash",
+     [](const Map_Generic& map, const Any& self, const Any&) {
+         if (map.size() < 200)
+             map.set(raw_class_of(self).allocateInstance(), 0);
+     }},
+    {"ReadsTheMap",
+     [](const Map_Generic& map, const Any& self, const Any& other) {
+         map.get(self, 0);
+         map.contains(other);
+         walked(map);
+     }},
+};
+
+class MutatingComparison : public LiveObjectsOf<::testing::TestWithParam<std::tuple<MutationCase, int>>> {};
+
+TEST_P(MutatingComparison, NeitherHangsNorBreaksTheTable) {
+    const auto& [mutation, answer] = GetParam();
+    const Map_Generic map;
+    int depth = 0;
+    const Class_Generic cls = keyClass(
+        [&, &mutation = mutation, &answer = answer](const Any& self, const Any& other) -> Any {
+            if (depth == 1)
+                return answer;  // Not for ever deeper, which is another matter.
+            ++depth;
+            mutation.mutate(map, self, other);
+            --depth;
+            return answer;
+        },
+        [](const Any&) -> Any { return 5; });
+    const Any probe = cls.allocateInstance();
+    for (int i = 0; i < 4; ++i)
+        map.set(cls.allocateInstance(), i);
+    map.set(probe, String(u"probe"));
+    map.get(cls.allocateInstance(), 0);
+    map.contains(probe);
+    map.remove(cls.allocateInstance());
+    map.remove(probe);
+    EXPECT_EQ(unchecked<List_Generic>(map.keys()).size(), map.size());
+    map.set(1, 2);
+    EXPECT_EQ(shown(map.get(1)), "2");
+    map.clear();
+    EXPECT_EQ(walked(map), "[]");
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, MutatingComparison,
+                         ::testing::Combine(::testing::ValuesIn(kMutations), ::testing::Values(0, 1)),
+                         [](const auto& row) {
+                             return std::string(std::get<0>(row.param).name) +
+                                    (std::get<1>(row.param) == 0 ? "AndSaysEqual" : "AndSaysDifferent");
+                         });
+
+TEST_F(HostileKeys, AComparisonThatKeepsAddingKeysEnds) {
+    const Map_Generic map;
+    Class_Generic cls;
+    bool nested = false;
+    int comparisons = 0;
+    cls = keyClass(
+        [&](const Any&, const Any&) -> Any {
+            ++comparisons;
+            if (!nested) {
+                nested = true;
+                map.set(cls.allocateInstance(), 0);
+                nested = false;
+            }
+            return 1;
+        },
+        sameHash);
+    map.set(cls.allocateInstance(), 1);
+    map.set(cls.allocateInstance(), 2);
+    EXPECT_GT(comparisons, 60);
+    EXPECT_LT(comparisons, 5'000);
+    expectWhole(map);
+}
+
+TEST_F(HostileKeys, AKeyThatDeniesBeingItselfIsFound) {
+    const Class_Generic cls = keyClass([](const Any&, const Any&) -> Any { return 1; }, sameHash);
+    const Any key = cls.allocateInstance();
+    const Map_Generic map;
+    map.set(key, 1);
+    map.set(key, 2);
+    EXPECT_EQ(map.size(), 1u);
+    EXPECT_EQ(shown(map.get(key)), "2");
+    EXPECT_EQ(shown(map.remove(key)), "2");
+}
+
+struct AnswerCase {
+    const char* name;
+    Any answer;
+};
+
+const AnswerCase kAnswers[] = {{"Error", Error(u"No answer.", true)}, {"Text", String(u"?")}, {"None", Any()}};
+
+class BrokenAnswers : public LiveObjectsOf<::testing::TestWithParam<AnswerCase>> {};
+
+TEST_P(BrokenAnswers, FallBackToIdentity) {
+    const Any& answer = GetParam().answer;
+    const Class_Generic noHash =
+        keyClass([](const Any&, const Any&) -> Any { return 0; }, [&](const Any&) { return answer; });
+    const Class_Generic noOrder =
+        keyClass([&](const Any&, const Any&) { return answer; }, [](const Any&) -> Any { return 5; });
+    for (const Class_Generic& cls : {noHash, noOrder}) {
+        const Any key = cls.allocateInstance();
+        const Map_Generic map;
+        map.set(key, 1);
+        map.set(cls.allocateInstance(), 2);
+        EXPECT_EQ(map.size(), 2u);
+        EXPECT_EQ(shown(map.get(key)), "1");
+        EXPECT_EQ(shown(map.contains(cls.allocateInstance())), "false");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, BrokenAnswers, ::testing::ValuesIn(kAnswers),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(HostileKeys, AHashMayChangeTheTable) {
+    const Map_Generic map;
+    const Class_Generic cls = keyClass([](const Any&, const Any&) -> Any { return 1; },
+                                       [&](const Any&) -> Any {
+                                           map.clear();
+                                           return 5;
+                                       });
+    map.set(cls.allocateInstance(), 1);
+    map.set(cls.allocateInstance(), 2);
+    EXPECT_EQ(shown(map.values()), "[2]");
+}
+
+TEST_F(HostileKeys, IntegersOfOneHashAreToldApart) {
+    // Integers that leave the same remainder have the same hash.
+    constexpr std::int64_t kPrime = (std::int64_t{1} << 61) - 1;
+    const Map_Generic map;
+    for (const std::int64_t key : {std::int64_t{7}, 7 + kPrime, 7 + 2 * kPrime, 7 + 3 * kPrime})
+        map.set(key, key);
+    EXPECT_EQ(map.size(), 4u);
+    EXPECT_EQ(shown(map.get(7 + kPrime)), std::to_string(7 + kPrime));
+    EXPECT_EQ(shown(map.remove(7)), "7");
+    EXPECT_EQ(shown(map.get(7 + 3 * kPrime)), std::to_string(7 + 3 * kPrime));
+}
+
+}  // namespace
+}  // namespace ling
