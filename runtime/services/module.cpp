@@ -69,17 +69,19 @@ bool object_value_module::claimName(const String& name) {
 }
 
 bool object_value_module::addClass(const Class_Generic& cls) {
+    const String name = cls.name();
     std::lock_guard hold(members_);
-    if (!claimName(cls.name()))
+    if (!claimName(name))
         return false;
     classes_.push_back(cls);
     return true;
 }
 
 bool object_value_module::addFunction(const FunctionCL_Generic& function) {
-    const method_ident_untyped id(function.name());
+    const String name = function.name();
+    const method_ident_untyped id(name);
     std::lock_guard hold(members_);
-    if (!claimName(function.name()))
+    if (!claimName(name))
         return false;
     functions_.push_back({id, function});
     return true;

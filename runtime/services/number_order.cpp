@@ -68,8 +68,7 @@ std::int64_t hash_number(const Any& value) {
         return hash_integer(value.asInteger());
     if (value.is(Kind::Float))
         return hash_float(value.asFloat());
-    const Decimal& decimal = unchecked<Decimal>(value);
-    return decimal.isNaN() ? kHashOfNaN : decimal.hash();
+    return unchecked<Decimal>(value).hash();
 }
 
 }  // namespace ling::internal

@@ -134,7 +134,8 @@ TEST_F(DisplayOf, AMapInItselfEnds) {
 TEST_F(DisplayOf, AnObjectSaysItself) {
     const Class_Generic cls = displayClass([](const Any&) { return String(u"it's me"); });
     EXPECT_EQ(display(cls.allocateInstance()), u"it's me");
-    EXPECT_EQ(display(listOf(cls.allocateInstance())), u"[it's me]");
+    const Any object = cls.allocateInstance();
+    EXPECT_EQ(display(listOf(object, object)), u"[it's me, it's me]");
     const Class_Generic lazy = displayClass([](const Any&) { return Lazy_Generic([] { return String(u"late"); }); });
     EXPECT_EQ(display(lazy.allocateInstance()), u"late");
 }

@@ -164,6 +164,29 @@ TEST(ModuleMembers, ClassesKnowTheirModule) {
     EXPECT_EQ(shown(find_or_create_module(u"members_c.sub.Item")), "error: The name 'members_c.sub.Item' is taken.");
 }
 
+TEST(ModuleMembers, OneOfManyThreadsGetsAName) {
+    constexpr int kThreads = 8;
+    for (int round = 0; round < 50; ++round) {
+        const std::string module = "members_race" + std::to_string(round);
+        std::atomic<int> waiting{0};
+        std::atomic<int> winners{0};
+        std::vector<std::thread> threads;
+        for (int i = 0; i < kThreads; ++i)
+            threads.emplace_back([&] {
+                const Class_Generic cls = defclass_impl("Item", "").build();
+                for (++waiting; waiting < kThreads;)
+                    std::this_thread::yield();
+                winners += register_class(module, cls).isNone() ? 1 : 0;
+            });
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(winners, 1);
+        const std::vector<Class_Generic> classes = find_module(String(module)).classes();
+        ASSERT_EQ(classes.size(), 1u);
+        EXPECT_TRUE(valueAt(find_module(String(module)), "Item").isSameAs(classes[0]));
+    }
+}
+
 TEST(ModuleMembers, PropertiesAreReadAndWritten) {
     static std::int64_t stored = 1;
     const Property property = internal::property_builder()
