@@ -168,10 +168,10 @@ void runLoop(benchmark::State& state, std::string code, const char* way) {
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
 }
 
-#define LOOP(name, code)                                                        \
+#define LOOP(name, code)                                                         \
     void name##ByLing(benchmark::State& state) { runLoop(state, code, "ling"); } \
     void name##ByHand(benchmark::State& state) { runLoop(state, code, "hand"); } \
-    BENCHMARK(name##ByLing)->Unit(benchmark::kMicrosecond);                     \
+    BENCHMARK(name##ByLing)->Unit(benchmark::kMicrosecond);                      \
     BENCHMARK(name##ByHand)->Unit(benchmark::kMicrosecond)
 
 LOOP(CallFunction, "f = %_add\n for i in range(turns): f(i, 2)");

@@ -2,9 +2,9 @@
 // host speaks can use it. Built with the public headers alone.
 //
 //     Item(name, price, stock)     name, price (a decimal), stock (never negative), total (read-only), take(count)
-//     Inventory()                  add(item), find(name), remove(name), items, length; iterates its items; `+` joins two
-//     OutOfStock                   the error of taking more than there is
-//     discounted(price, percent)   a price with a discount, ten percent unless told otherwise
+//     Inventory()                  add(item), find(name), remove(name), items, length; iterates its items; `+` joins
+//     two OutOfStock                   the error of taking more than there is discounted(price, percent)   a price with
+//     a discount, ten percent unless told otherwise
 
 #include <ling/ling.h>
 
@@ -28,11 +28,10 @@ const ling::field_ident_untyped $items("_items");
 Any failure(const String& message) { return ling::Error(message, true); }
 
 const ling::Class_Generic& outOfStock() {
-    static const ling::Class_Generic& cls =
-        *new ling::Class_Generic(class_builder("OutOfStock", kModule)
-                                     .parent(ling::Error::getClass())
-                                     .doc("More was asked for than there is.")
-                                     .build());
+    static const ling::Class_Generic& cls = *new ling::Class_Generic(class_builder("OutOfStock", kModule)
+                                                                         .parent(ling::Error::getClass())
+                                                                         .doc("More was asked for than there is.")
+                                                                         .build());
     return cls;
 }
 
@@ -58,8 +57,7 @@ Any totalOf(const Any& self) {
 Any take(const Any& self, std::int64_t count) {
     const std::int64_t stock = self.fieldValue($stock).asInteger();
     if (count > stock)
-        return ling::Error(outOfStock(),
-                           String(u"{}: {} wanted, {} left").arg(self.fieldValue($name), count, stock));
+        return ling::Error(outOfStock(), String(u"{}: {} wanted, {} left").arg(self.fieldValue($name), count, stock));
     return setStock(self, stock - count);
 }
 
@@ -88,10 +86,9 @@ const ling::Class_Generic& itemClass() {
                                    .setter(&setStock)
                                    .doc("How many there are; never negative."))
             .property("total", property_builder().getter(&totalOf).doc("What the whole stock is worth."))
-            .method(Any::$__display__, "",
-                    [](const Any& self) {
-                        return String(u"{} x {}").arg(self.fieldValue($stock), self.fieldValue($name));
-                    })
+            .method(
+                Any::$__display__, "",
+                [](const Any& self) { return String(u"{} x {}").arg(self.fieldValue($stock), self.fieldValue($name)); })
             .build();
     }());
     return cls;
@@ -173,8 +170,8 @@ void defineClasses() {
 }
 
 void defineFunctions() {
-    ling::FunctionCL_Generic function = ling::make_function("discounted", "price, percent", &discounted,
-                                                            "A price with a discount in percent.");
+    ling::FunctionCL_Generic function =
+        ling::make_function("discounted", "price, percent", &discounted, "A price with a discount in percent.");
     (void)function.setParameterDefaults({10});
     (void)ling::internal::register_function(kModule, function);
     ling::Module module = ling::find_module(kModule);

@@ -149,13 +149,22 @@ namespace {
 
 /// The native class of each kind, by the kind's number.
 const std::array<object_value_class*, 16>& nativeClasses() {
-    static const std::array<object_value_class*, 16> classes{
-        Boolean::getClass().record(),          ByteArray::getClass().record(),     Float::getClass().record(),
-        FunctionCL_Generic::getClass().record(), Map_Generic::getClass().record(),   Set_Generic::getClass().record(),
-        Integer::getClass().record(),          List_Generic::getClass().record(),  Class_Generic::getClass().record(),
-        String::getClass().record(),           Tuple_Generic::getClass().record(), Boxed_Generic::getClass().record(),
-        External_Generic::getClass().record(), Lazy_Generic::getClass().record(),  Weak_Generic::getClass().record(),
-        Undefined::getClass().record()};
+    static const std::array<object_value_class*, 16> classes{Boolean::getClass().record(),
+                                                             ByteArray::getClass().record(),
+                                                             Float::getClass().record(),
+                                                             FunctionCL_Generic::getClass().record(),
+                                                             Map_Generic::getClass().record(),
+                                                             Set_Generic::getClass().record(),
+                                                             Integer::getClass().record(),
+                                                             List_Generic::getClass().record(),
+                                                             Class_Generic::getClass().record(),
+                                                             String::getClass().record(),
+                                                             Tuple_Generic::getClass().record(),
+                                                             Boxed_Generic::getClass().record(),
+                                                             External_Generic::getClass().record(),
+                                                             Lazy_Generic::getClass().record(),
+                                                             Weak_Generic::getClass().record(),
+                                                             Undefined::getClass().record()};
     return classes;
 }
 
@@ -219,8 +228,9 @@ void define_class_members() {
         .property(I_HasName::$$name, property_builder()
                                          .getter([](const Class_Generic& self) { return self.name(); })
                                          .doc("The name, without the module."))
-        .property(I_HasDoc::$$doc,
-                  property_builder().getter([](const Class_Generic& self) { return self.doc(); }).doc("What it is for."))
+        .property(
+            I_HasDoc::$$doc,
+            property_builder().getter([](const Class_Generic& self) { return self.doc(); }).doc("What it is for."))
         .property("parents", property_builder()
                                  .getter([listOf](const Class_Generic& self) { return listOf(self.parents()); })
                                  .doc("The classes that it derives from directly."))

@@ -65,8 +65,7 @@ class_builder& class_builder::classMethod(const method_ident_untyped& id, const 
     return *this;
 }
 
-class_builder& class_builder::classProperty(const property_ident_untyped& id,
-                                            const property_builder_base& property) {
+class_builder& class_builder::classProperty(const property_ident_untyped& id, const property_builder_base& property) {
     class_.record()->add_class_property_unsafe(id, class_.record(), property.build());
     return *this;
 }

@@ -70,8 +70,7 @@ Any object_value_native_function::invokeAdjusted(std::span<const Any> arguments)
     const std::vector<Parameter>& parameters = known.parameters();
     const std::size_t named = parameters.size() - (isVariadic(known) ? 1 : 0);
     if (arguments.size() > named)
-        return named == parameters.size() ? superfluousArgument(name_, parameters.size(), arguments)
-                                          : call(arguments);
+        return named == parameters.size() ? superfluousArgument(name_, parameters.size(), arguments) : call(arguments);
     argument_frame frame(named);
     frame.addAll(arguments);
     for (std::size_t i = arguments.size(); i < named; ++i) {
@@ -156,8 +155,7 @@ Signature native_signature(std::string_view names, std::span<const Type> types, 
         else if (name.isEmpty())
             name = String(u"arg{}").arg(position + 1);
         const bool variadic = rest && i + 1 == types.size();
-        parameters.emplace_back(name, types[i],
-                                variadic ? ParameterMode::VariadicPositional : ParameterMode::Ordinary);
+        parameters.emplace_back(name, types[i], variadic ? ParameterMode::VariadicPositional : ParameterMode::Ordinary);
     }
     return Signature(std::move(parameters), result);
 }
@@ -227,8 +225,8 @@ Result<I_Invokable_Generic> I_Invokable_Generic::cast(const Any& value) {
 }
 
 const Class_Generic& I_Invokable_Generic::getClass() {
-    static const Class_Generic& cls = *new Class_Generic(
-        internal::native_class("I_Invokable", {I_HasName::getClass(), I_HasDoc::getClass()}));
+    static const Class_Generic& cls =
+        *new Class_Generic(internal::native_class("I_Invokable", {I_HasName::getClass(), I_HasDoc::getClass()}));
     return cls;
 }
 Type I_Invokable_Generic::getType() { return Type(getClass()); }
@@ -295,9 +293,8 @@ void defineFunctionMembers() {
                           return self.setParameterDefaults(defaults);
                       })
                       .doc("The default values of its last parameters."))
-        .property(I_Invokable_Generic::$$definingClass, property_builder()
-                                                            .getter(&definingClassOf)
-                                                            .doc("The class that declares it as a method, or none."))
+        .property(I_Invokable_Generic::$$definingClass,
+                  property_builder().getter(&definingClassOf).doc("The class that declares it as a method, or none."))
         .build();
 }
 
@@ -320,16 +317,16 @@ void defineInvokableMembers() {
         .property(I_Invokable_Generic::$$resultType,
                   property_builder()
                       .getter([](const I_Invokable_Generic& self) -> Any {
-                          Result<Signature> signature = Signature::cast(
-                              self.propertyValue(I_Invokable_Generic::$$signature));
+                          Result<Signature> signature =
+                              Signature::cast(self.propertyValue(I_Invokable_Generic::$$signature));
                           return signature ? signature->resultType() : Untyped::getType();
                       })
                       .doc("The type of its result."))
         .property(I_Invokable_Generic::$$parameterCount,
                   property_builder()
                       .getter([](const I_Invokable_Generic& self) -> Any {
-                          Result<Signature> signature = Signature::cast(
-                              self.propertyValue(I_Invokable_Generic::$$signature));
+                          Result<Signature> signature =
+                              Signature::cast(self.propertyValue(I_Invokable_Generic::$$signature));
                           return signature ? Any(signature->parameters().size()) : Any(0);
                       })
                       .doc("How many parameters it has."))

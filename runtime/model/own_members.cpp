@@ -39,16 +39,15 @@ std::vector<std::pair<const identifier_data*, Any>> own_member_list::copy() cons
 own_members* find_own_members(const Any& value) noexcept {
     const object_value* object = value.object();
     object_extras* extras = object == nullptr ? nullptr : object->findExtras();
-    return extras == nullptr ? nullptr
-                             : static_cast<own_members*>(extras->ownMembers.load(std::memory_order_acquire));
+    return extras == nullptr ? nullptr : static_cast<own_members*>(extras->ownMembers.load(std::memory_order_acquire));
 }
 
 own_members& ensure_own_members(object_value& object) {
     object_extras& extras = object.ensureExtras();
     own_members_base* present = extras.ownMembers.load(std::memory_order_acquire);
     if (present == nullptr)
-        present = publish<own_members_base>(extras.ownMembers, new own_members,
-                                            [](own_members_base* late) { delete late; });
+        present =
+            publish<own_members_base>(extras.ownMembers, new own_members, [](own_members_base* late) { delete late; });
     return static_cast<own_members&>(*present);
 }
 

@@ -13,7 +13,7 @@ namespace ling::internal {
 /// which only memory is touched: what is replaced or removed is handed out, to be dropped outside.
 class own_member_list {
 public:
-    Any find(const identifier_data* name) const;  ///< The member, or none.
+    Any find(const identifier_data* name) const;              ///< The member, or none.
     Any put(const identifier_data* name, const Any& member);  ///< What stood there before.
     Any remove(const identifier_data* name);                  ///< What was removed, or none.
     std::vector<std::pair<const identifier_data*, Any>> copy() const;

@@ -128,9 +128,8 @@ void set_assertion_log(void (*sink)(const String&)) {
 void define_property_members() {
     extend_class(Property::getClass())
         .doc("How a named value is read and, perhaps, written.")
-        .property(I_HasDoc::$$doc, property_builder()
-                                       .getter([](const Property& self) { return self.doc(); })
-                                       .doc("What the value is."))
+        .property(I_HasDoc::$$doc,
+                  property_builder().getter([](const Property& self) { return self.doc(); }).doc("What the value is."))
         .property("getter", property_builder()
                                 .getter([](const Property& self) -> Any { return self.getter(); })
                                 .doc("The function that reads it."))
@@ -140,15 +139,14 @@ void define_property_members() {
         .property("isIndependent", property_builder()
                                        .getter([](const Property& self) { return self.isIndependent(); })
                                        .doc("Whether reading it needs no receiver."))
-        .property("type", property_builder()
-                              .getter([](const Property& self) { return self.type(); })
-                              .doc("The type of the value."))
+        .property(
+            "type",
+            property_builder().getter([](const Property& self) { return self.type(); }).doc("The type of the value."))
         .build();
     extend_class(Type::getClass())
         .doc("Which values a place accepts.")
-        .property(I_HasName::$$name, property_builder()
-                                         .getter([](const Type& self) { return self.toString(); })
-                                         .doc("The type as text."))
+        .property(I_HasName::$$name,
+                  property_builder().getter([](const Type& self) { return self.toString(); }).doc("The type as text."))
         .method(
             "isMatch", "value", [](const Type& self, const Any& value) { return self.isMatch(value); },
             "Whether the type accepts a value.")

@@ -40,9 +40,7 @@ struct type_access {
 
 namespace {
 
-const Type& immortalType(Form form) {
-    return *new Type(type_access::adopt(new object_value_type(form)));
-}
+const Type& immortalType(Form form) { return *new Type(type_access::adopt(new object_value_type(form))); }
 
 const Type& untypedType() {
     static const Type& type = immortalType(Form::Untyped);
@@ -106,9 +104,7 @@ bool Type::isOption() const noexcept {
     return isUnion() && record(*this).parts.size() == 2 && isNoneType(record(*this).parts.back());
 }
 
-std::vector<Type> Type::parts() const {
-    return isUnion() ? record(*this).parts : std::vector<Type>{*this};
-}
+std::vector<Type> Type::parts() const { return isUnion() ? record(*this).parts : std::vector<Type>{*this}; }
 
 Class_Generic Type::toClass() const {
     if (isOption())

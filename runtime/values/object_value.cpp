@@ -60,7 +60,9 @@ object_extras& object_value::ensureExtras() {
 
 Any object_value::lock() { return Any::share(this); }
 
-Any object_value::invoke(std::span<const Any>) { return failure(String(u"The value is not callable: {}.").arg(Any::share(this))); }
+Any object_value::invoke(std::span<const Any>) {
+    return failure(String(u"The value is not callable: {}.").arg(Any::share(this)));
+}
 
 void object_value::destroy() noexcept {
     // Pairs with the releases of all other owners: what they wrote to the object is seen here.

@@ -126,8 +126,8 @@ int contains(PyObject* self, PyObject* searched) {
     ling::Any operand;
     if (!takeArgument(searched, operand))
         return -1;
-    const ling::Any value = ling::internal::result_unwrap_lazy(
-        valueOf(self).callMethod(ling::I_Iterable_Generic::$contains, {operand}));
+    const ling::Any value =
+        ling::internal::result_unwrap_lazy(valueOf(self).callMethod(ling::I_Iterable_Generic::$contains, {operand}));
     if (PyErr_Occurred() != nullptr)
         return -1;
     const ling::Result<ling::Boolean> answer = ling::Boolean::cast(value);

@@ -25,7 +25,8 @@ void deallocate(PyObject* self) {
 
 Py_hash_t hash(PyObject* self) {
     const ling::Any& value = valueOf(self);
-    const std::int64_t number = ling::internal::is_instance<ling::I_Immutable>(value) ? ling::hash_of(value) : ling::object_id(value);
+    const std::int64_t number =
+        ling::internal::is_instance<ling::I_Immutable>(value) ? ling::hash_of(value) : ling::object_id(value);
     return number == -1 ? -2 : static_cast<Py_hash_t>(number);
 }
 

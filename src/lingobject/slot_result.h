@@ -23,8 +23,8 @@ inline bool takeArgument(PyObject* object, ling::Any& converted) {
 inline PyObject* giveResult(const ling::Any& result) {
     if (PyErr_Occurred() != nullptr)
         return nullptr;
-    PyObject* converted = toPythonLocked(
-        result.is(ling::Kind::Lazy) ? ling::internal::result_unwrap_lazy(result) : result);
+    PyObject* converted =
+        toPythonLocked(result.is(ling::Kind::Lazy) ? ling::internal::result_unwrap_lazy(result) : result);
     if (converted != nullptr && PyErr_Occurred() != nullptr) {
         Py_DECREF(converted);
         return nullptr;

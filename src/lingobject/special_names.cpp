@@ -68,9 +68,7 @@ Answer converted(const ling::Any& value, const ling::Class_Generic& target, cons
     return ling::internal::is_error_result(result) ? fallback : result;
 }
 
-Answer bytesOf(const ling::Any& value) {
-    return converted(value, ling::ByteArray::getClass(), ling::ByteArray());
-}
+Answer bytesOf(const ling::Any& value) { return converted(value, ling::ByteArray::getClass(), ling::ByteArray()); }
 Answer truthOf(const ling::Any& value) { return converted(value, ling::Boolean::getClass(), false); }
 
 Answer directoryOf(const ling::Any& value) {

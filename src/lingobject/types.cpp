@@ -1,14 +1,14 @@
 #include "lingobject/types.h"
 
+#include "ling/comparison.h"
+#include "ling/error.h"
+#include "ling/module.h"
 #include "lingobject/attributes.h"
 #include "lingobject/call.h"
 #include "lingobject/class_tables.h"
 #include "lingobject/instance.h"
 #include "lingobject/operators.h"
 #include "lingobject/protocols.h"
-#include "ling/comparison.h"
-#include "ling/error.h"
-#include "ling/module.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -48,9 +48,7 @@ PyTypeObject* makeType(const char* name, const char* doc) {
     return type;
 }
 
-PyTypeObject* makeReady(PyTypeObject* type) {
-    return type != nullptr && PyType_Ready(type) == 0 ? type : nullptr;
-}
+PyTypeObject* makeReady(PyTypeObject* type) { return type != nullptr && PyType_Ready(type) == 0 ? type : nullptr; }
 
 PyTypeObject* makePlainType() {
     PyTypeObject* type = makeType(kFamilyName, kFamilyDoc);

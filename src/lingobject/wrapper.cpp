@@ -1,9 +1,9 @@
 #include "lingobject/wrapper.h"
 
 #include "host/gil_guard.h"
+#include "ling/class.h"
 #include "lingobject/instance.h"
 #include "lingobject/types.h"
-#include "ling/class.h"
 
 namespace ling::python {
 

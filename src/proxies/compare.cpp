@@ -15,7 +15,8 @@ namespace ling::python {
 namespace {
 
 constexpr const char* kHelperSource =
-    "def cmp(a, b):\n    if a > b:\n        return 1\n    else:\n        if a < b:\n            return -1\n    return 0";
+    "def cmp(a, b):\n    if a > b:\n        return 1\n    else:\n        if a < b:\n            return -1\n    return "
+    "0";
 
 struct Attempt {
     int operation;

@@ -1,3 +1,4 @@
+#include "proxies/iteration.h"
 #include "bridge/convert.h"
 #include "host/entry.h"
 #include "host/platform.h"
@@ -7,7 +8,6 @@
 #include "ling/extension.h"
 #include "ling/iterable.h"
 #include "proxies/argument_array.h"
-#include "proxies/iteration.h"
 #include "proxies/method_names.h"
 #include "proxies/python_proxy.h"
 

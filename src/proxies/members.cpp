@@ -42,9 +42,7 @@ ling::Any findMethod(const ling::Any& self, const ling::String& name) {
     return invokableFrom(attribute.get());
 }
 
-bool isProperty(PyObject* attribute) {
-    return attribute != nullptr && PyObject_TypeCheck(attribute, &PyProperty_Type);
-}
+bool isProperty(PyObject* attribute) { return attribute != nullptr && PyObject_TypeCheck(attribute, &PyProperty_Type); }
 
 /// The property object that Python has under a name: on the type, where reading it through the object would run its
 /// getter, else whatever the object itself gives.

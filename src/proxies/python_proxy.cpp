@@ -39,8 +39,7 @@ ling::Class_Generic makeProxyClass() {
         .hooks({.allocate = &allocateProxy})
         .field(PythonProxy::$_pyobj, boxedObjectOption(), "The Python object.");
     addMemberProtocol(builder);
-    builder.method(ling::Any::$__display__, "", &displayText)
-        .method(ling::Any::$__compare__, "other", &compareObjects);
+    builder.method(ling::Any::$__display__, "", &displayText).method(ling::Any::$__compare__, "other", &compareObjects);
     return builder.build();
 }
 
@@ -99,8 +98,7 @@ ling::Any PythonProxy::create(const ling::Class_Generic& cls, PyObject* object) 
     return proxy;
 }
 
-ling::Any PythonProxy::callPythonMethod(const ling::Any& self, const Name& name,
-                                        std::span<const ling::Any> arguments) {
+ling::Any PythonProxy::callPythonMethod(const ling::Any& self, const Name& name, std::span<const ling::Any> arguments) {
     PythonEntry entry;
     PyObject* object = pythonObject(self);
     if (object == nullptr)

@@ -1,3 +1,4 @@
+#include "ling/sequence.h"
 #include "bridge/convert.h"
 #include "host/entry.h"
 #include "host/platform.h"
@@ -5,7 +6,6 @@
 #include "ling/class_builder.h"
 #include "ling/error.h"
 #include "ling/extension.h"
-#include "ling/sequence.h"
 #include "proxies/argument_array.h"
 #include "proxies/iteration.h"
 #include "proxies/method_names.h"
@@ -174,9 +174,8 @@ ling::Any callIndex(PyObject* object, PyObject* value, std::int64_t start) {
     PyRef method = PyRef::steal(attribute(object, names::index));
     // Only the low 32 bits of the start reach Python, as a C `int`.
     PyRef from = PyRef::steal(PyLong_FromLong(static_cast<int>(start)));
-    PyRef found = method && from
-                      ? PyRef::steal(PyObject_CallFunctionObjArgs(method.get(), value, from.get(), nullptr))
-                      : PyRef();
+    PyRef found =
+        method && from ? PyRef::steal(PyObject_CallFunctionObjArgs(method.get(), value, from.get(), nullptr)) : PyRef();
     const ling::Any position = found ? ling::internal::result_unwrap_lazy(toLing(found.get())) : ling::Any(-1);
     PyErr_Clear();
     return position.is(ling::Kind::Integer) ? position : ling::Any(-1);

@@ -23,9 +23,9 @@ struct SettingRow {
 };
 
 const SettingRow kSettings[] = {
-    {"sys.flags.isolated", "1"},         {"sys.flags.ignore_environment", "1"},     {"sys.flags.no_site", "1"},
-    {"sys.flags.no_user_site", "1"},     {"sys.dont_write_bytecode", "True"}, {"sys.flags.quiet", "1"},
-    {"sys.flags.safe_path", "True"},     {"sys.getfilesystemencoding()", "utf-8"},  {"'site' in sys.modules", "False"},
+    {"sys.flags.isolated", "1"},         {"sys.flags.ignore_environment", "1"},    {"sys.flags.no_site", "1"},
+    {"sys.flags.no_user_site", "1"},     {"sys.dont_write_bytecode", "True"},      {"sys.flags.quiet", "1"},
+    {"sys.flags.safe_path", "True"},     {"sys.getfilesystemencoding()", "utf-8"}, {"'site' in sys.modules", "False"},
     {"sys.version_info[:2]", "(3, 13)"},
 };
 

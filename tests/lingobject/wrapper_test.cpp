@@ -142,8 +142,8 @@ constexpr Row kProtocols[] = {
     {"CompareLists", "[ling.List([1, 2]) == ling.List([1, 2]), ling.List([1]) < ling.List([2])]", "[True, True]"},
     {"PythonListIsAnotherValue", "ling.List([1]) == [1]", "False"},
     {"HashByIdentity", "a, b = ling.List(), ling.List()\nreturn hash(a) == hash(b)", "false"},
-    {"NoLengthIsATypeErrorToo", "try: len(iter(ling.List()))\nexcept TypeError as e: return isinstance(e, RuntimeError)",
-     "true"},
+    {"NoLengthIsATypeErrorToo",
+     "try: len(iter(ling.List()))\nexcept TypeError as e: return isinstance(e, RuntimeError)", "true"},
     {"HashByContent", "hash(ling.Date(2024, 1, 2)) == hash(ling.Date(2024, 1, 2))", "True"},
     {"Repr", "repr(ling.List([1, 'it', None, 2.5, b'x', True]))", "\"[1, 'it', None, 2.5, b'x', True]\""},
     {"ReprOfRecursiveList", "l = ling.List()\nl.append(l)\nshown = probe(repr, l)\nl.clear()\nreturn len(shown) < 200",
@@ -151,10 +151,13 @@ constexpr Row kProtocols[] = {
     {"StrOfRecursiveList", "l = ling.List([1])\nl.append(l)\nshown = str(l)\nl.clear()\nreturn shown", "[1, ...]"},
     {"Str", "str(ling.List([1, 'a']))", "\"[1, 'a']\""},
     {"Copy", "__import__('pickle').dumps(t)", "TypeError: cannot pickle 'ling~things`Thing' object"},
-    {"Weakref", "__import__('weakref').ref(t)", "TypeError: cannot create weak reference to 'ling~things`Thing' object"},
+    {"Weakref", "__import__('weakref').ref(t)",
+     "TypeError: cannot create weak reference to 'ling~things`Thing' object"},
     {"Json", "__import__('json').dumps(t)", "TypeError: Object of type ling~things`Thing is not JSON serializable"},
     {"Partial", "__import__('functools').partial(things.add, 2)(3)", "5"},
-    {"HelpShowsMembers", "text = __import__('pydoc').plain(__import__('pydoc').render_doc(type(t)))\nreturn 'greet' in text and 'size' in text",
+    {"HelpShowsMembers",
+     "text = __import__('pydoc').plain(__import__('pydoc').render_doc(type(t)))\nreturn 'greet' in text and 'size' in "
+     "text",
      "true"},
 };
 INSTANTIATE_TEST_SUITE_P(Protocols, Wrapper, testing::ValuesIn(kProtocols),
@@ -172,9 +175,8 @@ TEST_F(WrapperIdentity, AnErrorThatCrossesAndComesBackIsTheSame) {
     PyObject* space = PyDict_New();
     ling::python::PyRef wrapped = ling::python::PyRef::steal(ling::python::toPython(fail));
     PyDict_SetItemString(space, "fail", wrapped.get());
-    ling::python::PyRef none = ling::python::PyRef::steal(
-        PyRun_String("def deep(n):\n    return fail() if n == 0 else deep(n - 1)\ndeep(20)\n", Py_file_input, space,
-                     space));
+    ling::python::PyRef none = ling::python::PyRef::steal(PyRun_String(
+        "def deep(n):\n    return fail() if n == 0 else deep(n - 1)\ndeep(20)\n", Py_file_input, space, space));
     EXPECT_FALSE(none);
     const ling::Any back = ling::python::takePythonError();
     EXPECT_TRUE(back.isSameAs(error));

@@ -139,9 +139,10 @@ TEST_F(PythonTypes, BecomeClassesWithTheirOwnMembers) {
 }
 
 TEST_F(PythonTypes, TwoThreadsGetOneClass) {
-    runLocked("import sys\nif not hasattr(sys, '_test_raced'):\n"
-              "  class Raced: members = [object() for _ in range(100)]\n"
-              "  sys._test_raced = Raced\n");
+    runLocked(
+        "import sys\nif not hasattr(sys, '_test_raced'):\n"
+        "  class Raced: members = [object() for _ in range(100)]\n"
+        "  sys._test_raced = Raced\n");
     std::vector<ling::Any> classes(4);
     PyRef type;
     {

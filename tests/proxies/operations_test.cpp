@@ -25,8 +25,7 @@ constexpr Operation kSequence[] = {
     {"AtFromTheEnd", "[10, 20, 30]", "call(x, 'at', -1)", "30 | [10, 20, 30]"},
     {"AtPastTheEnd", "[10]", "call(x, 'at', 1)", "RuntimeError: list index out of range | [10]"},
     {"AtInTuple", "(10, 20)", "call(x, 'at', -3)", "RuntimeError: tuple index out of range | (10, 20)"},
-    {"AtByText", "[10]", "call(x, 'at', 'a')",
-     "RuntimeError: list indices must be integers or slices, not str | [10]"},
+    {"AtByText", "[10]", "call(x, 'at', 'a')", "RuntimeError: list indices must be integers or slices, not str | [10]"},
     {"AtHugeIndex", "[10]", "call(x, 'at', 2**62)", "RuntimeError: list index out of range | [10]"},
     {"AtOr", "[10]", "call(x, 'atOr', 0, 5)", "10 | [10]"},
     {"AtOrDefault", "[10]", "call(x, 'atOr', 3, 5)", "5 | [10]"},
@@ -91,8 +90,7 @@ constexpr Operation kSet[] = {
     {"Length", "{1, 2}", "read(x, 'length')", "2 | {1, 2}"},
     {"Clear", "{1}", "call(x, 'clear')", "None | set()"},
 };
-INSTANTIATE_TEST_SUITE_P(Set, ProxyOperation, testing::ValuesIn(kSet),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Set, ProxyOperation, testing::ValuesIn(kSet), [](const auto& row) { return row.param.name; });
 
 /// Each operation on an exact container, on a plain subclass and on one that overrides what is called: the first two
 /// agree with each other, and all three with the same call in Python.

@@ -66,34 +66,34 @@ void defineThing() {
 
 /// Gives `count` numbers and then an error.
 Any failing(std::int64_t count) {
-    static const ling::Class_Generic& cls = *new ling::Class_Generic(
-        defclass_impl("Failing", "things")
-            .parent(ling::I_Iterator_Generic::getClass())
-            .field($stock)
-            .method(ling::I_Iterator_Generic::$next, "",
-                    [](const Any& self) -> Any {
-                        const std::int64_t left = self.fieldValue($stock).asInteger();
-                        if (left == 0)
-                            return ling::Error(u"No more.", true);
-                        (void)self.setFieldValue($stock, left - 1);
-                        return left;
-                    })
-            .build());
+    static const ling::Class_Generic& cls =
+        *new ling::Class_Generic(defclass_impl("Failing", "things")
+                                     .parent(ling::I_Iterator_Generic::getClass())
+                                     .field($stock)
+                                     .method(ling::I_Iterator_Generic::$next, "",
+                                             [](const Any& self) -> Any {
+                                                 const std::int64_t left = self.fieldValue($stock).asInteger();
+                                                 if (left == 0)
+                                                     return ling::Error(u"No more.", true);
+                                                 (void)self.setFieldValue($stock, left - 1);
+                                                 return left;
+                                             })
+                                     .build());
     const Any iterator = cls.allocateInstance();
     (void)iterator.setFieldValue($stock, count);
     return iterator;
 }
 
 void defineFunctions() {
-    (void)register_function("things", ling::make_function(
-                                          "add", "a, b", [](std::int64_t a, std::int64_t b) { return a + b; },
-                                          "Adds two numbers."));
+    (void)register_function(
+        "things", ling::make_function(
+                      "add", "a, b", [](std::int64_t a, std::int64_t b) { return a + b; }, "Adds two numbers."));
     (void)register_function("things", ling::make_function("refuse", "text", [](const ling::String& text) {
-        return Any(ling::Error(refusal(), text));
-    }));
+                                return Any(ling::Error(refusal(), text));
+                            }));
     (void)register_function("things", ling::make_function("later", "value", [](const Any& value) {
-        return ling::Lazy_Generic([value] { return value; });
-    }));
+                                return ling::Lazy_Generic([value] { return value; });
+                            }));
     (void)register_function("things", ling::make_function("failing", "count", &failing));
     (void)register_function("things", ling::make_function("same", "value", [](const Any& value) { return value; }));
 }

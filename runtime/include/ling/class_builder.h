@@ -65,7 +65,8 @@ public:
     class_builder& doc(std::string_view utf8);
     class_builder& example(Language language, std::string_view utf8);
     class_builder& hooks(const class_hooks& hooks);
-    class_builder& field(const field_ident_untyped& id, const Type& type = Untyped::getType(), std::string_view doc = {});
+    class_builder& field(const field_ident_untyped& id, const Type& type = Untyped::getType(),
+                         std::string_view doc = {});
     class_builder& method(const method_ident_untyped& id, const I_Invokable_Generic& method);
     class_builder& property(const property_ident_untyped& id, const property_builder_base& property);
     class_builder& classMethod(const method_ident_untyped& id, const I_Invokable_Generic& method);

@@ -12,11 +12,11 @@ namespace ling {
 
 /// How an argument reaches a parameter.
 enum class ParameterMode : std::uint8_t {
-    Ordinary,          ///< By position or by name.
-    PositionalOnly,    ///< By position.
-    VariadicPositional,///< Takes all positions that remain; shown as "*name".
-    NameOnly,          ///< By name.
-    VariadicNamed,     ///< Takes all names that remain; shown as "**name".
+    Ordinary,            ///< By position or by name.
+    PositionalOnly,      ///< By position.
+    VariadicPositional,  ///< Takes all positions that remain; shown as "*name".
+    NameOnly,            ///< By name.
+    VariadicNamed,       ///< Takes all names that remain; shown as "**name".
 };
 
 /// One parameter of a signature: an immutable value.
@@ -67,10 +67,7 @@ inline Any any_of(const Any& value) { return value; }
 inline Any any_of(const char* utf8) { return String(utf8); }
 inline Any any_of(const char16_t* text) { return String(text); }
 template <class T>
-    requires std::is_arithmetic_v<T>
-Any any_of(T value) {
-    return Any(value);
-}
+requires std::is_arithmetic_v<T> Any any_of(T value) { return Any(value); }
 }  // namespace internal
 
 /// Anything that can be called: functions, classes, and objects whose class implements `$invoke`.

@@ -47,7 +47,7 @@ class LING_EXPORT I_Iterable_Generic : public Any {
 public:
     Any iter() const;  ///< A fresh iterator, or an error result.
     iteration beginImpl() const { return iteration(iter()); }
-    Any contains(const Any& item) const;  ///< A boolean, or an error result.
+    Any contains(const Any& item) const;       ///< A boolean, or an error result.
     Result<List_Generic> collectImpl() const;  ///< All items in a new native list; lazy items are resolved.
 
     /// A new, empty native list: what a collection of unknown kind is collected into.

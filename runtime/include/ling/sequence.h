@@ -31,7 +31,7 @@ public:
     Any extend(const Any& items) const;                     ///< Appends every item of an iterable.
     Any pop(const Any& index = Any(-1)) const;              ///< Removes and answers an item.
     Any removeAt(const Any& index, std::int64_t count = 1) const;
-    Any removeOne(const Any& item) const;                   ///< A boolean: whether an equal item was there.
+    Any removeOne(const Any& item) const;  ///< A boolean: whether an equal item was there.
     Any clear() const;
 
     static Class_Generic genericInstance(const Type& item);

@@ -18,8 +18,8 @@ public:
 
     bool isAny() const noexcept;
     bool isUntyped() const noexcept;
-    bool isUnion() const noexcept;    ///< Of two types or more, options included.
-    bool isOption() const noexcept;   ///< A union of exactly none and one other type.
+    bool isUnion() const noexcept;   ///< Of two types or more, options included.
+    bool isOption() const noexcept;  ///< A union of exactly none and one other type.
     bool isVariable() const noexcept;
     /// The types of a union, none last; for every other type the type alone.
     std::vector<Type> parts() const;

@@ -104,16 +104,18 @@ TEST(Class, FieldsKeepTheirPlaceInDerivedClassesAndCheckTypes) {
     EXPECT_EQ(display(instance.fieldValue($name)), u"x");
     EXPECT_EQ(messageOf(instance.setFieldValue($count, String(u"many"))),
               u"Field 'count' takes a value of type 'Integer', not 'ling.String'.");
-    EXPECT_EQ(messageOf(instance.fieldValue(field_ident_untyped("absent"))), u"Field 'absent' not found in: <Derived>.");
+    EXPECT_EQ(messageOf(instance.fieldValue(field_ident_untyped("absent"))),
+              u"Field 'absent' not found in: <Derived>.");
     EXPECT_EQ(messageOf(Any(1).fieldValue($name)), u"Field 'name' not found in: 1.");
 }
 
 TEST(Class, ClassLevelMembersAnswerOnTheClassAndOnInstances) {
-    const Class_Generic cls = defclass_impl("Counter", "")
-                                  .classMethod("start", "", [] { return std::int64_t{10}; })
-                                  .classProperty(property_ident_untyped("limit"), property_builder().value(Any(99)))
-                                  .property("size", property_builder().getter([](const Any&) { return std::int64_t{3}; }))
-                                  .build();
+    const Class_Generic cls =
+        defclass_impl("Counter", "")
+            .classMethod("start", "", [] { return std::int64_t{10}; })
+            .classProperty(property_ident_untyped("limit"), property_builder().value(Any(99)))
+            .property("size", property_builder().getter([](const Any&) { return std::int64_t{3}; }))
+            .build();
     const Any instance = cls.allocateInstance();
     for (const Any& receiver : {Any(cls), instance}) {
         EXPECT_TRUE(receiver.callMethod(method_ident_untyped("start")).isSameAs(Any(10)));
@@ -127,21 +129,22 @@ TEST(Class, ClassLevelMembersAnswerOnTheClassAndOnInstances) {
 
 TEST(Class, CallingMakesAnInstanceThroughItsInitialiser) {
     const field_ident_untyped $size("size");
-    const Class_Generic cls = defclass_impl("Sized", "")
-                                  .field($size)
-                                  .method(Any::$__init__, "size",
-                                          [$size](const Any& self, std::int64_t size) -> Any {
-                                              return size < 0 ? internal::failure(u"Too small.")
-                                                              : self.setFieldValue($size, size);
-                                          })
-                                  .build();
+    const Class_Generic cls =
+        defclass_impl("Sized", "")
+            .field($size)
+            .method(Any::$__init__, "size",
+                    [$size](const Any& self, std::int64_t size) -> Any {
+                        return size < 0 ? internal::failure(u"Too small.") : self.setFieldValue($size, size);
+                    })
+            .build();
     EXPECT_TRUE(cls(4).fieldValue($size).isSameAs(Any(4)));
     EXPECT_EQ(messageOf(cls(-1)), u"Too small.");
     EXPECT_EQ(messageOf(cls()), u"Missing argument 'size' of '__init__'.");
     const std::pair<Any, Any> named[] = {{String(u"size"), Any(5)}};
     EXPECT_TRUE(cls.invokeWith(Map_Generic(named)).fieldValue($size).isSameAs(Any(5)));
     EXPECT_EQ(messageOf(plainClass("Bare")(1)), u"The class 'Bare' takes no arguments.");
-    EXPECT_EQ(messageOf(I_Sequence_Generic::getClass()()), u"The interface 'ling.I_Sequence' has no instances of its own.");
+    EXPECT_EQ(messageOf(I_Sequence_Generic::getClass()()),
+              u"The interface 'ling.I_Sequence' has no instances of its own.");
 }
 
 TEST(Class, FinaliserSeesTheWholeInstanceOnce) {

@@ -37,16 +37,19 @@ TEST_P(CallByPosition, ChecksAndFillsArguments) {
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, CallByPosition,
-    ::testing::Values(PositionCase{"All", {String(u"x"), 1, 1.5}, u"x 1 1.5"},
-                      PositionCase{"Defaults", {String(u"x")}, u"x 2 0.5"},
-                      PositionCase{"IntegerForFloat", {String(u"x"), 1, 3}, u"x 1 3.0"},
-                      PositionCase{"Missing", {}, u"error: Missing argument 'name' of 'describe'."},
-                      PositionCase{"Superfluous", {String(u"x"), 1, 1.5, String(u"y")},
-                                   u"error: Superfluous argument y of 'describe': it takes 3, 4 were given."},
-                      PositionCase{"WrongType", {String(u"x"), String(u"many")},
-                                   u"error: Argument 'count' of 'describe' must be of type 'Integer', not 'ling.String'."},
-                      PositionCase{"BooleanIsNoInteger", {String(u"x"), true},
-                                   u"error: Argument 'count' of 'describe' must be of type 'Integer', not 'ling.Boolean'."}),
+    ::testing::Values(
+        PositionCase{"All", {String(u"x"), 1, 1.5}, u"x 1 1.5"}, PositionCase{"Defaults", {String(u"x")}, u"x 2 0.5"},
+        PositionCase{"IntegerForFloat", {String(u"x"), 1, 3}, u"x 1 3.0"},
+        PositionCase{"Missing", {}, u"error: Missing argument 'name' of 'describe'."},
+        PositionCase{"Superfluous",
+                     {String(u"x"), 1, 1.5, String(u"y")},
+                     u"error: Superfluous argument y of 'describe': it takes 3, 4 were given."},
+        PositionCase{"WrongType",
+                     {String(u"x"), String(u"many")},
+                     u"error: Argument 'count' of 'describe' must be of type 'Integer', not 'ling.String'."},
+        PositionCase{"BooleanIsNoInteger",
+                     {String(u"x"), true},
+                     u"error: Argument 'count' of 'describe' must be of type 'Integer', not 'ling.Boolean'."}),
     [](const auto& row) { return row.param.name; });
 
 struct NameCase {
@@ -69,20 +72,26 @@ INSTANTIATE_TEST_SUITE_P(
         NameCase{"Mixed", {String(u"x")}, {{String(u"count"), 7}}, u"x 7 0.5"},
         NameCase{"Nothing", {}, {}, u"error: Missing argument 'name' of 'describe'."},
         NameCase{"Unknown", {String(u"x")}, {{String(u"size"), 7}}, u"error: Unknown argument 'size' of 'describe'."},
-        NameCase{"Repeated", {String(u"x")}, {{String(u"name"), String(u"y")}},
+        NameCase{"Repeated",
+                 {String(u"x")},
+                 {{String(u"name"), String(u"y")}},
                  u"error: Repeated argument 'name' of 'describe'."},
-        NameCase{"KeyIsNoText", {String(u"x")}, {{Any(1), 7}}, u"error: Argument names of 'describe' must be text, not 1."},
-        NameCase{"TooManyPositions", {String(u"x"), 1, 2.5, 3}, {},
+        NameCase{
+            "KeyIsNoText", {String(u"x")}, {{Any(1), 7}}, u"error: Argument names of 'describe' must be text, not 1."},
+        NameCase{"TooManyPositions",
+                 {String(u"x"), 1, 2.5, 3},
+                 {},
                  u"error: Superfluous argument 3 of 'describe': it takes 3, 4 were given."}),
     [](const auto& row) { return row.param.name; });
 
 TEST(Function, RestParametersTakeWhatRemains) {
-    const auto join = make_function("join", "separator, parts", [](const String& separator, std::span<const Any> parts) {
-        string_builder text;
-        for (const Any& part : parts)
-            text.append(text.length() == 0 ? String() : separator).append(display(part));
-        return text.build();
-    });
+    const auto join =
+        make_function("join", "separator, parts", [](const String& separator, std::span<const Any> parts) {
+            string_builder text;
+            for (const Any& part : parts)
+                text.append(text.length() == 0 ? String() : separator).append(display(part));
+            return text.build();
+        });
     EXPECT_EQ(textOf(join(u"-", 1, 2, 3)), u"1-2-3");
     EXPECT_EQ(textOf(join(u"-")), u"");
     EXPECT_EQ(textOf(join()), u"error: Missing argument 'separator' of 'join'.");
@@ -125,11 +134,10 @@ TEST(Function, DescribesItself) {
 
 TEST(Function, SignatureTextShowsHowArgumentsArePassed) {
     const Type any;
-    const Signature signature({Parameter(u"a", any, ParameterMode::PositionalOnly),
-                               Parameter(u"b", any, ParameterMode::Ordinary, String()),
-                               Parameter(u"c", any, ParameterMode::NameOnly, Any()),
-                               Parameter(u"rest", any, ParameterMode::VariadicNamed)},
-                              any);
+    const Signature signature(
+        {Parameter(u"a", any, ParameterMode::PositionalOnly), Parameter(u"b", any, ParameterMode::Ordinary, String()),
+         Parameter(u"c", any, ParameterMode::NameOnly, Any()), Parameter(u"rest", any, ParameterMode::VariadicNamed)},
+        any);
     EXPECT_EQ(signature.toString(), u"(a, /, b='', *, c=none, **rest)");
 }
 
@@ -143,7 +151,8 @@ TEST(Function, ObjectsWithAnInvokeMethodAreCalled) {
     ASSERT_TRUE(adder);
     EXPECT_EQ(textOf((*adder)(1, 2, 3)), u"3");
     EXPECT_FALSE(I_Invokable_Generic::cast(Any(1)));
-    EXPECT_EQ(textOf(unchecked<I_Invokable_Generic>(List_Generic::empty())()), u"error: The value is not callable: [].");
+    EXPECT_EQ(textOf(unchecked<I_Invokable_Generic>(List_Generic::empty())()),
+              u"error: The value is not callable: [].");
 }
 
 TEST(Property, RefusesFunctionsWithTooManyParameters) {
@@ -178,26 +187,29 @@ struct TypeCase {
 
 class TypeOrder : public ::testing::TestWithParam<TypeCase> {};
 
-TEST_P(TypeOrder, Specializes) {
-    EXPECT_EQ(GetParam().narrow.specializes(GetParam().wide), GetParam().specializes);
-}
+TEST_P(TypeOrder, Specializes) { EXPECT_EQ(GetParam().narrow.specializes(GetParam().wide), GetParam().specializes); }
 
 const Type kOption = internal::type_unite(String::getType(), None::getType());
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, TypeOrder,
-    ::testing::Values(
-        TypeCase{"EverythingIsAny", kOption, Any::getType(), true},
-        TypeCase{"AnyIsNothingNarrower", Any::getType(), String::getType(), false},
-        TypeCase{"AncestorIsWider", StopIteration::getType(), Error::getType(), true},
-        TypeCase{"DescendantIsNarrower", Error::getType(), StopIteration::getType(), false},
-        TypeCase{"PartOfUnion", String::getType(), kOption, true},
-        TypeCase{"UnionNeedsEveryPart", kOption, String::getType(), false},
-        TypeCase{"UnionInUnion", kOption, internal::type_unite(None::getType(), internal::type_unite(Integer::getType(), String::getType())), true},
-        TypeCase{"ListIsSequence", Type(List_Generic::genericInstance(String::getType())), I_Sequence<String>::getType(), true},
-        TypeCase{"ParametersVary", Type(List_Generic::genericInstance(StopIteration::getType())), I_Iterable<Error>::getType(), true},
-        TypeCase{"ParametersDiffer", Type(List_Generic::genericInstance(String::getType())), I_Iterable<Integer>::getType(), false},
-        TypeCase{"VariableByItsBound", TypeVariable(u"T", Integer::getType()), Integer::getType(), true}),
+    ::testing::Values(TypeCase{"EverythingIsAny", kOption, Any::getType(), true},
+                      TypeCase{"AnyIsNothingNarrower", Any::getType(), String::getType(), false},
+                      TypeCase{"AncestorIsWider", StopIteration::getType(), Error::getType(), true},
+                      TypeCase{"DescendantIsNarrower", Error::getType(), StopIteration::getType(), false},
+                      TypeCase{"PartOfUnion", String::getType(), kOption, true},
+                      TypeCase{"UnionNeedsEveryPart", kOption, String::getType(), false},
+                      TypeCase{"UnionInUnion", kOption,
+                               internal::type_unite(None::getType(),
+                                                    internal::type_unite(Integer::getType(), String::getType())),
+                               true},
+                      TypeCase{"ListIsSequence", Type(List_Generic::genericInstance(String::getType())),
+                               I_Sequence<String>::getType(), true},
+                      TypeCase{"ParametersVary", Type(List_Generic::genericInstance(StopIteration::getType())),
+                               I_Iterable<Error>::getType(), true},
+                      TypeCase{"ParametersDiffer", Type(List_Generic::genericInstance(String::getType())),
+                               I_Iterable<Integer>::getType(), false},
+                      TypeCase{"VariableByItsBound", TypeVariable(u"T", Integer::getType()), Integer::getType(), true}),
     [](const auto& row) { return row.param.name; });
 
 TEST(Type, UnionsAreFlatAndEqualWhateverTheirOrder) {
