@@ -113,7 +113,8 @@ Result<std::vector<Any>> collect_items(const Any& iterable) {
 
 bool collects_itself(const I_Iterable_Generic& iterable) {
     const object_value_class* own = iterable.object()->ownClass();
-    return own != nullptr && own->findMethod(I_Iterable_Generic::$collect).definer != I_Iterable_Generic::getClass().record();
+    return own != nullptr &&
+           own->findMethod(I_Iterable_Generic::$collect).definer != I_Iterable_Generic::getClass().record();
 }
 
 Result<std::vector<Any>> walk_items(const I_Iterable_Generic& iterable) {
@@ -150,7 +151,8 @@ void define_iterable_members() {
         .method(I_Iterable_Generic::$contains, "item", &containsByIteration,
                 "Whether an equal item is among those that an iteration gives.")
         .method(
-            I_Iterable_Generic::$collect, "", [](const I_Iterable_Generic& self) -> Any {
+            I_Iterable_Generic::$collect, "",
+            [](const I_Iterable_Generic& self) -> Any {
                 Result<std::vector<Any>> items = walk_items(self);
                 return items ? Any(List_Generic(*std::move(items))) : items.error();
             },

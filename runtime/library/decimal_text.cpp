@@ -58,7 +58,9 @@ private:
             number_.form = DecimalForm::SignalingNaN;
         else
             return false;
-        number_.digits = number_.isNaN() ? withoutLeadingZeros(takeDigits()) : "";
+        number_.digits.clear();
+        if (number_.isNaN())
+            number_.digits = withoutLeadingZeros(takeDigits());
         return true;
     }
 
@@ -71,7 +73,7 @@ private:
         number_.exponent -= static_cast<std::int64_t>(fraction.size());
         number_.digits = withoutLeadingZeros(std::move(digits));
         if (number_.digits.empty())
-            number_.digits = "0";
+            number_.digits.push_back('0');
         return number_.exponent >= -kLargestExponent && number_.exponent <= kLargestExponent;
     }
 
