@@ -76,6 +76,7 @@ private:
 constexpr int kLevels = 10;
 constexpr int kMethodsPerLevel = 8;
 constexpr std::size_t kLookUps = 4096;
+constexpr std::size_t kRounds = 8;
 
 struct deep_class {
     Class_Generic cls;
@@ -114,7 +115,7 @@ void FindMethod(benchmark::State& state) {
     };
     const internal::object_value_class* record = deep.cls.record();
     measureRatio(
-        state, 2, kLookUps, [&] { findEach([&](const auto& name) { return record->findMethod(name); }); },
+        state, 2, kLookUps, kRounds, [&] { findEach([&](const auto& name) { return record->findMethod(name); }); },
         [&] { findEach([&](const auto& name) { return table.find(name.data()); }); });
 }
 BENCHMARK(FindMethod)->UseManualTime();
@@ -138,7 +139,7 @@ void CallNativeFunction(benchmark::State& state) {
         }
     };
     measureRatio(
-        state, 3, kCalls,
+        state, 3, kCalls, kRounds,
         [&] {
             const std::size_t before = allocations;
             callEach([&](std::int64_t a, std::int64_t b) { return function(a, b); });
@@ -163,7 +164,7 @@ void CallFunctionOfValues(benchmark::State& state) {
         }
     };
     measureRatio(
-        state, 3, kCalls, [&] { callEach([&] { return function.invoke(arguments); }); },
+        state, 3, kCalls, kRounds, [&] { callEach([&] { return function.invoke(arguments); }); },
         [&] { callEach([&] { return plain(arguments[0], arguments[1]); }); });
 }
 BENCHMARK(CallFunctionOfValues)->UseManualTime();

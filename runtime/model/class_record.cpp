@@ -30,6 +30,23 @@ struct class_structure {
         return *tables;
     }
 
+    static const class_tables& ensureTables(const object_value_class* klass) {
+        std::lock_guard hold(guard());
+        return tablesLocked(klass);
+    }
+
+    /// One probe of a table that is there, in a few instructions. Making the table is kept apart from that.
+    template <member_table class_tables::*Table>
+    static const found_member& find(const object_value_class* klass, const identifier& id) {
+        if (const class_tables* present = klass->tables_.load(std::memory_order_acquire)) [[likely]]
+            return (present->*Table).find(id);
+        return findFirst<Table>(klass, id);
+    }
+    template <member_table class_tables::*Table>
+    [[gnu::noinline]] static const found_member& findFirst(const object_value_class* klass, const identifier& id) {
+        return (ensureTables(klass).*Table).find(id);
+    }
+
     static void invalidate(object_value_class* klass) {
         if (klass->tables_.exchange(nullptr, std::memory_order_acq_rel) == nullptr)
             return;  // Without tables of its own it cannot have children that have any.
@@ -82,8 +99,7 @@ object_value_class::~object_value_class() {
 const class_tables& object_value_class::tables() const {
     if (const class_tables* present = tables_.load(std::memory_order_acquire))
         return *present;
-    std::lock_guard hold(class_structure::guard());
-    return class_structure::tablesLocked(this);
+    return class_structure::ensureTables(this);
 }
 
 std::span<object_value_class* const> object_value_class::ancestry() const { return tables().ancestry; }
@@ -97,15 +113,17 @@ bool object_value_class::isAncestor(const object_value_class* ancestor) const no
 
 const class_hooks& object_value_class::hooks() const { return tables().hooks; }
 
-found_member object_value_class::findMethod(const method_ident_untyped& id) const { return tables().methods.find(id); }
-found_member object_value_class::findProperty(const property_ident_untyped& id) const {
-    return tables().properties.find(id);
+const found_member& object_value_class::findMethod(const method_ident_untyped& id) const {
+    return class_structure::find<&class_tables::methods>(this, id);
 }
-found_member object_value_class::findClassMethod(const method_ident_untyped& id) const {
-    return tables().classMethods.find(id);
+const found_member& object_value_class::findProperty(const property_ident_untyped& id) const {
+    return class_structure::find<&class_tables::properties>(this, id);
 }
-found_member object_value_class::findClassProperty(const property_ident_untyped& id) const {
-    return tables().classProperties.find(id);
+const found_member& object_value_class::findClassMethod(const method_ident_untyped& id) const {
+    return class_structure::find<&class_tables::classMethods>(this, id);
+}
+const found_member& object_value_class::findClassProperty(const property_ident_untyped& id) const {
+    return class_structure::find<&class_tables::classProperties>(this, id);
 }
 const found_member& object_value_class::methodProtocol() const { return tables().methodProtocol; }
 const found_member& object_value_class::propertyProtocol() const { return tables().propertyProtocol; }
@@ -151,8 +169,7 @@ void object_value_class::add_field_unsafe(const field_ident_untyped& id, const T
 
 void object_value_class::add_method_unsafe(const method_ident_untyped& id, object_value_class* definer,
                                            const I_Invokable_Generic& method) {
-    class_structure::change(this,
-                            [&](class_declarations& own) { return addMember(own.methods, id, definer, method); });
+    class_structure::change(this, [&](class_declarations& own) { return addMember(own.methods, id, definer, method); });
 }
 
 void object_value_class::add_property_unsafe(const property_ident_untyped& id, object_value_class* definer,

@@ -46,17 +46,28 @@ class member_table {
 public:
     /// Room for `count` names.
     explicit member_table(std::size_t count);
-    const found_member& find(const identifier& id) const noexcept { return probe(id.data()); }
+    const found_member& find(const identifier& id) const noexcept {
+        const slot& first = slots_[home(id.data())];
+        return first.key == id.data() ? first.value : probe(id.data());
+    }
     /// Adds a name unless it is there already. The table keeps the member.
     void addUnlessPresent(const identifier& id, const found_member& member);
+    /// Arranges the names once all are there, so that more of them are found at the first look.
+    void arrange();
 
 private:
     struct slot {
         const identifier_data* key = nullptr;
         found_member value;
     };
+    /// Mixes the address of the key rather than reading the key's own hash, which may not be in the cache.
+    std::size_t home(const identifier_data* key) const noexcept {
+        return (reinterpret_cast<std::uintptr_t>(key) * multiplier_) >> shift_;
+    }
+    void place(const slot& entry) noexcept;
+    std::size_t countDisplaced() const;
     const found_member& probe(const identifier_data* key) const noexcept {
-        std::size_t index = key->hash & mask_;
+        std::size_t index = home(key);
         while (slots_[index].key != key) {
             if (slots_[index].key == nullptr)
                 return kAbsent;
@@ -67,6 +78,8 @@ private:
 
     static const found_member kAbsent;
     std::size_t mask_;
+    unsigned shift_;
+    std::uint64_t multiplier_ = 0x9E3779B97F4A7C15ULL;
     std::unique_ptr<slot[]> slots_;
     std::vector<Any> kept_;
 };

@@ -19,7 +19,7 @@ constexpr std::size_t kShallow = 16;
 
 /// Only a value that makes its items while it is walked is this deep: an external value that gives a new list around
 /// itself each time.
-constexpr std::size_t kDeepest = 1'000'000;
+constexpr std::size_t kDeepest = 250'000;
 
 template <class T>
 int order(T a, T b) noexcept {

@@ -18,7 +18,7 @@ namespace ling::internal {
 namespace {
 
 /// As for comparison: only a value that makes its items while it is walked is this deep.
-constexpr std::size_t kDeepest = 1'000'000;
+constexpr std::size_t kDeepest = 250'000;
 
 void appendInteger(string_builder& out, std::int64_t value) {
     char digits[24];

@@ -97,7 +97,7 @@ TEST_P(FunctionFailure, IsAnErrorWithItsText) { EXPECT_EQ(script(GetParam().code
 constexpr FailureCase kFailures[] = {
     {"Raises", "return probe(ling.bound_method([], 'pop'))", "RuntimeError: pop from empty list"},
     {"Missing", "def f(a): pass\nreturn probe(ling.bound_method(f, 'invokeWith'), ling.List())",
-     "RuntimeError: script.<locals>.f() missing 1 required positional argument: 'a'"},
+     "RuntimeError: ling_outer.<locals>.f() missing 1 required positional argument: 'a'"},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, FunctionFailure, testing::ValuesIn(kFailures),
                          [](const auto& row) { return row.param.name; });

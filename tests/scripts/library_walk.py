@@ -14,8 +14,6 @@ import warnings
 # What acts when it is imported: opens a browser, prints a poem, starts a window, or runs a test suite.
 NEVER = {"antigravity", "this", "idlelib", "turtledemo", "test", "turtle", "tkinter", "lib2to3", "__main__"}
 
-NATIVE = (bool, int, float, str, bytes, bytearray, type(None), type(NotImplemented))
-
 
 def import_quietly(name):
     with contextlib.redirect_stdout(io.StringIO()), contextlib.redirect_stderr(io.StringIO()):
@@ -37,8 +35,6 @@ def module_names():
 def made_the_way(value, back):
     if back is value:
         return True
-    if isinstance(value, int) and not -(2**63) <= value < 2**63:
-        return True  # Refused with an OverflowError; never a wrong number.
     if isinstance(value, (bytes, bytearray)):
         return back == bytes(value)
     if isinstance(value, (int, float)) and not isinstance(value, bool):
@@ -61,8 +57,11 @@ def main():
             try:
                 holder.append(value)
                 back = holder[0]
-            except OverflowError:
-                members += isinstance(value, int)
+            except (OverflowError, TypeError):
+                # An integer beyond 64 bits is refused out loud, and so is what merely calls itself a number and is none:
+                # a complex number, or an identifier of 128 bits with an `__int__`.
+                if not isinstance(value, (int, complex)) and not hasattr(type(value), "__int__"):
+                    wrong.append(f"{name}.{key}: {value!r:.60} was refused")
                 continue
             except UnicodeEncodeError:
                 continue  # Text with lone surrogates has no form in the runtime.

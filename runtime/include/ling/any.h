@@ -27,8 +27,8 @@ public:
     template <std::same_as<bool> T>
     Any(T value) noexcept : tag_(Tag::Boolean), bits_(value) {}
     template <std::integral T>
-        requires(!std::same_as<T, bool>)
-    Any(T value) noexcept : tag_(Tag::Integer), bits_(static_cast<std::uint64_t>(static_cast<std::int64_t>(value))) {}
+    requires(!std::same_as<T, bool>) Any(T value)
+    noexcept : tag_(Tag::Integer), bits_(static_cast<std::uint64_t>(static_cast<std::int64_t>(value))) {}
     template <std::floating_point T>
     Any(T value) noexcept : tag_(Tag::Float), bits_(std::bit_cast<std::uint64_t>(static_cast<double>(value))) {}
 
@@ -36,8 +36,7 @@ public:
         if (tag_ == Tag::Heap)
             heap()->retain();
     }
-    Any(Any&& other) noexcept
-        : tag_(std::exchange(other.tag_, Tag::None)), bits_(std::exchange(other.bits_, 0)) {}
+    Any(Any&& other) noexcept : tag_(std::exchange(other.tag_, Tag::None)), bits_(std::exchange(other.bits_, 0)) {}
     Any& operator=(const Any& other) noexcept {
         Any copy(other);
         swap(copy);
@@ -76,8 +75,24 @@ public:
     bool isNone() const noexcept { return tag_ == Tag::None; }
     bool isHeap() const noexcept { return tag_ == Tag::Heap; }
     /// What the value is made of. Must not be asked of none.
-    Kind kind() const noexcept { return isHeap() ? heapObject()->kind() : kImmediateKinds[static_cast<unsigned>(tag_)]; }
-    bool is(Kind wanted) const noexcept { return !isNone() && kind() == wanted; }
+    Kind kind() const noexcept {
+        return isHeap() ? heapObject()->kind() : kImmediateKinds[static_cast<unsigned>(tag_)];
+    }
+    /// False for none. With a constant it is one comparison for immediates, and the object is looked at for no other.
+    bool is(Kind wanted) const noexcept {
+        switch (wanted) {
+            case Kind::Boolean:
+                return tag_ == Tag::Boolean;
+            case Kind::Integer:
+                return tag_ == Tag::Integer;
+            case Kind::Float:
+                return tag_ == Tag::Float;
+            case Kind::Undefined:
+                return tag_ == Tag::Undefined;
+            default:
+                return isHeap() && heapObject()->kind() == wanted;
+        }
+    }
 
     /// Payloads. Each asserts nothing: ask the kind first.
     bool asBoolean() const noexcept { return bits_ != 0; }

@@ -50,12 +50,13 @@ public:
     bool isAncestor(const object_value_class* ancestor) const noexcept;
     const class_hooks& hooks() const;  ///< With what is inherited.
 
-    /// Instance level: what a value of this class answers, class-level members of the class included.
-    found_member findMethod(const method_ident_untyped& id) const;
-    found_member findProperty(const property_ident_untyped& id) const;
+    /// Instance level: what a value of this class answers, class-level members of the class included. As all answers
+    /// here, it stays where it is as long as the class lives, whatever is changed meanwhile.
+    const found_member& findMethod(const method_ident_untyped& id) const;
+    const found_member& findProperty(const property_ident_untyped& id) const;
     /// Class level: what the class itself answers when it is the receiver.
-    found_member findClassMethod(const method_ident_untyped& id) const;
-    found_member findClassProperty(const property_ident_untyped& id) const;
+    const found_member& findClassMethod(const method_ident_untyped& id) const;
+    const found_member& findClassProperty(const property_ident_untyped& id) const;
     /// The position of a declared field in an instance, or -1. Ancestors come first.
     std::int64_t findField(const field_ident_untyped& id) const;
     const Field* fieldAt(std::size_t position) const;
@@ -65,7 +66,8 @@ public:
     /// Adds a parent after those already there. None, or an error when it would make a class its own ancestor.
     Any add_parent_unsafe(const Class_Generic& parent);
     void add_field_unsafe(const field_ident_untyped& id, const Type& type, const String& doc);
-    void add_method_unsafe(const method_ident_untyped& id, object_value_class* definer, const I_Invokable_Generic& method);
+    void add_method_unsafe(const method_ident_untyped& id, object_value_class* definer,
+                           const I_Invokable_Generic& method);
     void add_property_unsafe(const property_ident_untyped& id, object_value_class* definer, const Property& property);
     void add_class_method_unsafe(const method_ident_untyped& id, object_value_class* definer,
                                  const I_Invokable_Generic& method);

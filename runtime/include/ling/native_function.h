@@ -6,6 +6,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
@@ -20,7 +21,8 @@
 
 namespace ling::internal {
 
-/// How a native parameter type is read from a value: `Stored` is what the conversion gives.
+/// How a native parameter type is read from a value: as a handle or a number, or nothing where the value is no such
+/// thing. Numbers come without an error beside them, which would have to be dropped after each call.
 template <class T>
 struct argument {
     static Type type() { return T::getType(); }
@@ -33,25 +35,26 @@ struct argument<Any> {
 template <>
 struct argument<bool> {
     static Type type() { return Boolean::getType(); }
-    static Result<bool> read(const Any& value) {
-        return value.is(Kind::Boolean) ? Result<bool>(value.asBoolean()) : Result<bool>::failure(Any());
+    static std::optional<bool> read(const Any& value) {
+        return value.is(Kind::Boolean) ? std::optional(value.asBoolean()) : std::nullopt;
     }
 };
 /// Any integer type; a value that it cannot hold is refused.
 template <std::integral T>
 struct argument<T> {
     static Type type() { return Integer::getType(); }
-    static Result<T> read(const Any& value) {
+    static std::optional<T> read(const Any& value) {
         const bool fits = value.is(Kind::Integer) && std::in_range<T>(value.asInteger());
-        return fits ? Result<T>(static_cast<T>(value.asInteger())) : Result<T>::failure(Any());
+        return fits ? std::optional(static_cast<T>(value.asInteger())) : std::nullopt;
     }
 };
 template <>
 struct argument<double> {
     static Type type() { return Float::getType(); }
-    static Result<double> read(const Any& value) {
-        Result<Float> number = Float::cast(value);
-        return number ? Result<double>(number->value()) : Result<double>::failure(Any());
+    static std::optional<double> read(const Any& value) {
+        if (value.is(Kind::Float))
+            return value.asFloat();
+        return value.is(Kind::Integer) ? std::optional(static_cast<double>(value.asInteger())) : std::nullopt;
     }
 };
 
@@ -109,10 +112,10 @@ private:
     }
     template <class Read>
     static bool isRead(const Read& read) {
-        if constexpr (requires { read.error(); })
-            return static_cast<bool>(read);
-        else
+        if constexpr (std::is_same_v<Read, std::span<const Any>>)
             return true;
+        else
+            return static_cast<bool>(read);
     }
     template <class Read>
     static decltype(auto) given(Read& read) {
