@@ -179,7 +179,7 @@ TEST_F(DisplayOf, AValueThatGrowsWhileItIsShownEnds) {
     Any endless;
     endless = External_Generic([&] { return listOf(endless); });
     const String text = display(endless);
-    EXPECT_EQ(text.indexOf(u"...]"), 1'000'000);
+    EXPECT_EQ(text.indexOf(u"...]"), 250'000);
     endless = Any();
 }
 
