@@ -3,6 +3,7 @@
 #include <Python.h>
 
 #include "bridge/convert.h"
+#include "bridge/small_integer.h"
 #include "ling/error.h"
 
 /// The adapters between what `ling` operations answer and what a slot must give to Python.
@@ -14,6 +15,8 @@ namespace ling::python {
 
 /// Converts an argument. False with the Python error set when the conversion left one pending.
 inline bool takeArgument(PyObject* object, ling::Any& converted) {
+    if (readSmallInteger(object, converted))
+        return true;
     converted = toLingLocked(object);
     return PyErr_Occurred() == nullptr;
 }
@@ -25,7 +28,8 @@ inline PyObject* giveResult(const ling::Any& result) {
         return nullptr;
     PyObject* converted =
         toPythonLocked(result.is(ling::Kind::Lazy) ? ling::internal::result_unwrap_lazy(result) : result);
-    if (converted != nullptr && PyErr_Occurred() != nullptr) {
+    // Only what lies behind an object can leave an error beside its value.
+    if (result.isHeap() && converted != nullptr && PyErr_Occurred() != nullptr) {
         Py_DECREF(converted);
         return nullptr;
     }

@@ -1,5 +1,6 @@
 #include "ling/sequence.h"
 #include "bridge/convert.h"
+#include "bridge/small_integer.h"
 #include "host/entry.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
@@ -37,11 +38,11 @@ PyObject* itemOf(PyObject* sequence, Py_ssize_t at) {
     return PyList_CheckExact(sequence) ? PyList_GET_ITEM(sequence, at) : PyTuple_GET_ITEM(sequence, at);
 }
 
-/// An integer of one digit, as most are, is read where it stands; anything else is kept alive while it is converted.
+/// An item is kept alive while it is converted, unless nothing can happen meanwhile.
 ling::Any convertItem(PyObject* item) {
-    auto* number = reinterpret_cast<PyLongObject*>(item);
-    if (PyLong_CheckExact(item) && PyUnstable_Long_IsCompact(number))
-        return PyUnstable_Long_CompactValue(number);
+    ling::Any value;
+    if (readSmallInteger(item, value))
+        return value;
     PyRef kept = PyRef::borrow(item);
     return toLingLocked(kept.get());
 }
