@@ -23,6 +23,8 @@ bool iteration::advance() {
     if (iterator_.isNone())
         return false;  // An iteration that ended stays ended.
     if (step(iterator_, item_)) {
+        if (!item_.isHeap())
+            return true;  // Neither lazy nor an error.
         item_ = internal::result_unwrap_lazy(std::move(item_));
         if (!internal::is_error_result(item_))
             return true;
