@@ -123,7 +123,7 @@ def _set_arguments(name, arguments):
 
 
 def _run_file(name):
-    path = os.path.join(os.getcwd(), name)  # As python3 does it, "." and ".." stay.
+    path = _absolute(name)
     if _is_importable_container(path):
         import runpy
 
@@ -138,6 +138,14 @@ def _run_file(name):
         raise SystemExit(2) from None
     sys.path.insert(0, os.path.dirname(os.path.realpath(path)))
     _run_in_main(_code_of_file(path, content), path)
+
+
+def _absolute(name):
+    """As python3 makes it: "." and ".." stay, and where there is no current folder the name is taken as it is."""
+    try:
+        return os.path.join(os.getcwd(), name)
+    except OSError:
+        return name
 
 
 def _is_importable_container(path):
@@ -242,15 +250,17 @@ def _run_code(code):
     lines = [line + "\n" for line in code.splitlines()]
     linecache.cache["<string>"] = (len(code), None, lines, "<string>")  # Tracebacks show the lines.
     try:
-        compiled = compile(code, "<string>", "exec", dont_inherit=True)
+        compiled, returns = compile(code, "<string>", "exec", dont_inherit=True), False
     except SyntaxError as error:
         if error.msg != "'return' outside function":
             raise
-        result = _function_of(code)()
-        if result is not None:
-            print(result)
-    else:
+        returns = True
+    if not returns:
         exec(compiled, vars(main))
+        return
+    result = _function_of(code)()
+    if result is not None:
+        print(result)
 
 
 def _function_of(code):
@@ -387,7 +397,8 @@ def finish(status):
     flushed = _flush_standard_streams()
     sys.stdin, sys.stdout, sys.stderr = sys.__stdin__, sys.__stdout__, sys.__stderr__
     _let_go_of_program()
-    flushed = _flush_standard_streams() and flushed
+    if flushed:  # Else it has been told.
+        flushed = _flush_standard_streams()
     return status if flushed or status == INTERRUPTED else FLUSH_FAILED
 
 

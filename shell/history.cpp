@@ -62,7 +62,11 @@ void LineHistory::add(const std::wstring& line) {
     if (stream == nullptr)
         return;
     (void)std::fseek(stream, 0, SEEK_END);  // Only an empty file gets the editor's heading.
-    (void)history_w(record_, &event, H_NSAVE_FP, static_cast<std::size_t>(1), stream);
+    HistoryW* const single = history_winit();
+    (void)history_w(single, &event, H_SETSIZE, 1);
+    (void)history_w(single, &event, H_ENTER, line.c_str());
+    (void)history_w(single, &event, H_SAVE_FP, stream);
+    history_wend(single);
     (void)std::fclose(stream);
 }
 

@@ -68,6 +68,7 @@ LineEditor::Outcome LineEditor::read(const std::wstring& prompt, std::wstring& l
     std::replace(prompt_.begin(), prompt_.end(), L'\2', kUnprinted);
     interrupted_ = false;
     const Listening listening(signals_);
+    prepareTerminal();
     int length = 0;
     const wchar_t* text = el_wgets(editor_, &length);
     if (interrupted_)
@@ -78,6 +79,14 @@ LineEditor::Outcome LineEditor::read(const std::wstring& prompt, std::wstring& l
     if (line.ends_with(L'\n'))
         line.pop_back();
     return Outcome::Line;
+}
+
+/// The editor itself would show the prompt first, and what is typed in between would appear twice. A terminal that
+/// cannot be edited on shows the keys by itself.
+void LineEditor::prepareTerminal() {
+    int edits = 0;
+    if (el_wget(editor_, EL_EDITMODE, &edits) == 0 && edits != 0)
+        (void)el_wset(editor_, EL_PREP_TERM, 1);
 }
 
 int LineEditor::readCharacter(EditLine* editor, wchar_t* character) {

@@ -42,6 +42,7 @@ private:
     static wchar_t* promptOf(EditLine* editor);
     static unsigned char completeAtCursor(EditLine* editor, wint_t key);
     void configure();
+    void prepareTerminal();
     int waitForCharacter(wchar_t& character);
     bool goOnAfterSignals();
     int readByte(wchar_t& character, bool& whole);
