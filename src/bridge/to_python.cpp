@@ -117,12 +117,12 @@ Answer anyObject(const ling::Any& value) { return wrapValue(value); }
 constexpr ObjectRule kObjectRules[] = {
     proxy,         // the very object that came from Python
     classObject,   // the very type that came from Python, or a wrapper
-    date,          //
-    decimal,       //
+    date,          // `datetime.date`
+    decimal,       // `decimal.Decimal`
     error,         // raised
-    stringObject,  //
-    time,          // without zone
-    dateTime,      // without zone
+    stringObject,  // `str`
+    time,          // `datetime.time`, without zone
+    dateTime,      // `datetime.datetime`, without zone
     anyObject,     // a wrapper
 };
 

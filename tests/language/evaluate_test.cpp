@@ -107,10 +107,11 @@ TEST_F(EvaluateTest, BlocksGiveWhatTheyReturn) {
     for (const Row& row : kBlocks) {
         SCOPED_TRACE(row.code);
         const std::string found = describe(block(row.code));
-        if (std::string_view(row.expected) == "error: ")
+        if (std::string_view(row.expected) == "error: ") {
             EXPECT_NE(found.find("IndentationError: expected an indented block"), std::string::npos) << found;
-        else
+        } else {
             EXPECT_EQ(found, row.expected);
+        }
     }
 }
 
@@ -336,6 +337,36 @@ TEST_F(EvaluateTest, NestingBeyondASmallStackEndsInAnError) {
         const ling::FunctionCL_Generic again = againAndAgain();
         EXPECT_EQ(messageOf(again(again, std::int64_t{1'000'000})), "The evaluation is nested too deeply.");
     });
+}
+
+TEST_F(EvaluateTest, MutualCallsBeyondASmallStackEndInAnError) {
+    onSmallStack([] {
+        const ling::FunctionCL_Generic bounce =
+            ling::make_function("bounce", "f, bounce", [](const Any& f, const Any& again) {
+                const Any arguments[] = {again, f};
+                return ling::I_Invokable_Generic::cast(f)->invoke(arguments);
+            });
+        const Any forward = expression("lambda bounce, f: bounce(f, bounce)");
+        EXPECT_EQ(messageOf(bounce(forward, bounce)), "The call is nested too deeply.");
+    });
+}
+
+TEST_F(EvaluateTest, CollectionsAtEveryStepChangeNothing) {
+    GilGuard gil;
+    run("import gc\nbefore = gc.get_threshold()\ngc.set_threshold(1, 1, 1)");
+    for (const Row& row : kBlocks) {
+        SCOPED_TRACE(row.code);
+        if (std::string_view(row.expected) != "error: ") {
+            EXPECT_EQ(describe(block(row.code)), row.expected);
+        }
+    }
+    const Map_Generic out;
+    (void)evaluate("a = [a, a]\nreturn {1: a}", mapOf({{String("a"), ling::List_Generic()}}), Map_Generic(), out);
+    EXPECT_EQ(describe(out.get(String("a"))), "PythonProxySequence");
+    EXPECT_NE(messageOf(expression("1 +")).find("SyntaxError"), std::string::npos);
+    EXPECT_EQ(textOf(evaluateExpression("again(again, 3)", mapOf({{String("again"), againAndAgain()}}), Map_Generic())),
+              "bottom");
+    run("gc.set_threshold(*before)");
 }
 
 TEST_F(EvaluateTest, NestingOnALargeStackEndsInAnErrorToo) {

@@ -133,6 +133,10 @@ TEST_F(LanguagePythonTest, PythonReachesTheLanguageThroughTheHost) {
         call("evaluateExpression", {String("ling.python.LanguagePython.evaluateExpression( '[1, 2, 3]' )")});
     EXPECT_EQ(describe(proxy), "PythonProxySequence");
     EXPECT_EQ(describe(call("evaluateExpression", {String("ling.python.evaluate_expr('1 + 1')")})), "integer 2");
+    EXPECT_EQ(describe(call("evaluate", {String("names = {'a': 1}\n"
+                                                "result = ling.python.evaluate('a += 1\\nreturn a', names, {}, names)\n"
+                                                "return f'{result} {names}'")})),
+              "string '2 {'a': 2}'");
 }
 
 }  // namespace
