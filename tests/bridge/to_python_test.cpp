@@ -166,6 +166,9 @@ TEST_F(ToPythonTest, TuplesBeyondTheStackEndInAnError) {
 }
 
 TEST_F(ToPythonTest, AnExternalValueThatLoadsItselfEndsInAnError) {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "The thread checker's own record of calls ends at 65536 of them, long before the stack does.";
+#endif
     Any self;
     const ling::External_Generic external([&self] { return self; });
     self = external;
