@@ -21,30 +21,13 @@ struct class_structure {
     }
 
     static const class_tables& tablesLocked(const object_value_class* klass) {
-        if (const class_tables* present = klass->tables_.load(std::memory_order_acquire))
-            return *present;
+        if (const member_tables* present = klass->tables_.load(std::memory_order_acquire))
+            return static_cast<const class_tables&>(*present);
         std::unique_ptr<class_tables> built = build_tables(const_cast<object_value_class*>(klass), &tablesLocked);
         const class_tables* tables = built.get();
         klass->declarations_->retired.push_back(std::move(built));
         klass->tables_.store(tables, std::memory_order_release);
         return *tables;
-    }
-
-    static const class_tables& ensureTables(const object_value_class* klass) {
-        std::lock_guard hold(guard());
-        return tablesLocked(klass);
-    }
-
-    /// One probe of a table that is there, in a few instructions. Making the table is kept apart from that.
-    template <member_table class_tables::*Table>
-    static const found_member& find(const object_value_class* klass, const identifier& id) {
-        if (const class_tables* present = klass->tables_.load(std::memory_order_acquire)) [[likely]]
-            return (present->*Table).find(id);
-        return findFirst<Table>(klass, id);
-    }
-    template <member_table class_tables::*Table>
-    [[gnu::noinline]] static const found_member& findFirst(const object_value_class* klass, const identifier& id) {
-        return (ensureTables(klass).*Table).find(id);
     }
 
     static void invalidate(object_value_class* klass) {
@@ -97,9 +80,13 @@ object_value_class::~object_value_class() {
 }
 
 const class_tables& object_value_class::tables() const {
-    if (const class_tables* present = tables_.load(std::memory_order_acquire))
-        return *present;
-    return class_structure::ensureTables(this);
+    const member_tables* present = tables_.load(std::memory_order_acquire);
+    return static_cast<const class_tables&>(present != nullptr ? *present : ensureTables());
+}
+
+const member_tables& object_value_class::ensureTables() const {
+    std::lock_guard hold(class_structure::guard());
+    return class_structure::tablesLocked(this);
 }
 
 std::span<object_value_class* const> object_value_class::ancestry() const { return tables().ancestry; }
@@ -113,18 +100,6 @@ bool object_value_class::isAncestor(const object_value_class* ancestor) const no
 
 const class_hooks& object_value_class::hooks() const { return tables().hooks; }
 
-const found_member& object_value_class::findMethod(const method_ident_untyped& id) const {
-    return class_structure::find<&class_tables::methods>(this, id);
-}
-const found_member& object_value_class::findProperty(const property_ident_untyped& id) const {
-    return class_structure::find<&class_tables::properties>(this, id);
-}
-const found_member& object_value_class::findClassMethod(const method_ident_untyped& id) const {
-    return class_structure::find<&class_tables::classMethods>(this, id);
-}
-const found_member& object_value_class::findClassProperty(const property_ident_untyped& id) const {
-    return class_structure::find<&class_tables::classProperties>(this, id);
-}
 const found_member& object_value_class::methodProtocol() const { return tables().methodProtocol; }
 const found_member& object_value_class::propertyProtocol() const { return tables().propertyProtocol; }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ling/class_record.h"
+#include "ling/member_table.h"
 #include "ling/module.h"
 
 #include <memory>
@@ -41,58 +42,11 @@ struct class_declarations {
     std::vector<std::unique_ptr<const class_tables>> retired;  ///< A reader may still hold one of these.
 };
 
-/// A hash table from names to members: open addressing, at most half full, never changed once built.
-class member_table {
-public:
-    /// Room for `count` names.
-    explicit member_table(std::size_t count);
-    const found_member& find(const identifier& id) const noexcept {
-        const slot& first = slots_[home(id.data())];
-        return first.key == id.data() ? first.value : probe(id.data());
-    }
-    /// Adds a name unless it is there already. The table keeps the member.
-    void addUnlessPresent(const identifier& id, const found_member& member);
-    /// Arranges the names once all are there, so that more of them are found at the first look.
-    void arrange();
-
-private:
-    struct slot {
-        const identifier_data* key = nullptr;
-        found_member value;
-    };
-    /// Mixes the address of the key rather than reading the key's own hash, which may not be in the cache.
-    std::size_t home(const identifier_data* key) const noexcept {
-        return (reinterpret_cast<std::uintptr_t>(key) * multiplier_) >> shift_;
-    }
-    void place(const slot& entry) noexcept;
-    std::size_t countDisplaced() const;
-    const found_member& probe(const identifier_data* key) const noexcept {
-        std::size_t index = home(key);
-        while (slots_[index].key != key) {
-            if (slots_[index].key == nullptr)
-                return kAbsent;
-            index = (index + 1) & mask_;
-        }
-        return slots_[index].value;
-    }
-
-    static const found_member kAbsent;
-    std::size_t mask_;
-    unsigned shift_;
-    std::uint64_t multiplier_ = 0x9E3779B97F4A7C15ULL;
-    std::unique_ptr<slot[]> slots_;
-    std::vector<Any> kept_;
-};
-
 /// The flattened view of a class and its ancestry.
-struct class_tables {
+struct class_tables : member_tables {
     std::vector<object_value_class*> ancestry;  ///< Kept alive by the parents' references.
     class_hooks hooks;
     std::vector<declared_field> fields;
-    member_table methods{0};
-    member_table properties{0};
-    member_table classMethods{0};
-    member_table classProperties{0};
     found_member methodProtocol;
     found_member propertyProtocol;
 };

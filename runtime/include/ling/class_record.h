@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ling/class.h"
+#include "ling/member_table.h"
 #include "ling/object_value.h"
 
 #include <atomic>
@@ -26,14 +27,6 @@ struct class_hooks {
     void (*finalize)(object_value_object& instance) = nullptr;
 };
 
-/// What the tables of a class answer for one name.
-struct found_member {
-    object_value* member = nullptr;         ///< Borrowed from the class, which keeps it as long as it lives.
-    object_value_class* definer = nullptr;  ///< The class that declares it.
-    bool classLevel = false;                ///< Takes no receiver.
-    explicit operator bool() const noexcept { return member != nullptr; }
-};
-
 /// The class itself, behind `Class_Generic`.
 ///
 /// Look-ups read an immutable table that flattens the class and its ancestry: one probe, no lock. A change drops the
@@ -52,11 +45,17 @@ public:
 
     /// Instance level: what a value of this class answers, class-level members of the class included. As all answers
     /// here, it stays where it is as long as the class lives, whatever is changed meanwhile.
-    const found_member& findMethod(const method_ident_untyped& id) const;
-    const found_member& findProperty(const property_ident_untyped& id) const;
+    const found_member& findMethod(const method_ident_untyped& id) const { return find(&member_tables::methods, id); }
+    const found_member& findProperty(const property_ident_untyped& id) const {
+        return find(&member_tables::properties, id);
+    }
     /// Class level: what the class itself answers when it is the receiver.
-    const found_member& findClassMethod(const method_ident_untyped& id) const;
-    const found_member& findClassProperty(const property_ident_untyped& id) const;
+    const found_member& findClassMethod(const method_ident_untyped& id) const {
+        return find(&member_tables::classMethods, id);
+    }
+    const found_member& findClassProperty(const property_ident_untyped& id) const {
+        return find(&member_tables::classProperties, id);
+    }
     /// The position of a declared field in an instance, or -1. Ancestors come first.
     std::int64_t findField(const field_ident_untyped& id) const;
     const Field* fieldAt(std::size_t position) const;
@@ -100,10 +99,15 @@ protected:
 private:
     friend struct class_structure;
     const class_tables& tables() const;
+    const member_tables& ensureTables() const;
+    const found_member& find(member_table member_tables::*table, const identifier& id) const {
+        const member_tables* present = tables_.load(std::memory_order_acquire);
+        return ((present != nullptr ? *present : ensureTables()).*table).find(id);
+    }
 
     String name_;
-    const std::unique_ptr<class_declarations> declarations_;  // Guarded by the one lock of the class structure.
-    mutable std::atomic<const class_tables*> tables_{nullptr};
+    const std::unique_ptr<class_declarations> declarations_;     // Guarded by the one lock of the class structure.
+    mutable std::atomic<const member_tables*> tables_{nullptr};  // Always the part of a `class_tables`.
 };
 
 /// An instance of a class: its declared fields, and nothing else. Native classes derive their own data from it.

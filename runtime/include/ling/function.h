@@ -155,8 +155,8 @@ class LING_EXPORT object_value_native_function : public object_value_function {
 public:
     object_value_native_function(String name, Signature signature, String doc, bool independent);
     /// Checks the number of arguments, fills defaults, and calls.
-    Any invoke(std::span<const Any> arguments) final {
-        return arguments.size() == exactCount_ ? call(arguments) : invokeAdjusted(arguments);
+    Any invoke(std::span<const Any> arguments) override {
+        return isExact(arguments) ? call(arguments) : invokeAdjusted(arguments);
     }
     String name() const final { return name_; }
     String doc() const final { return doc_; }
@@ -169,10 +169,11 @@ protected:
     virtual Any call(std::span<const Any> arguments) = 0;
     /// The standard error for an argument of the wrong type.
     Any argumentError(std::size_t index, const Any& found) const;
-
-private:
+    /// There are as many arguments as parameters, so that nothing has to be adjusted.
+    bool isExact(std::span<const Any> arguments) const noexcept { return arguments.size() == exactCount_; }
     Any invokeAdjusted(std::span<const Any> arguments);
 
+private:
     String name_;
     String doc_;
     Signature signature_;  // Guarded by guard(): its defaults may be replaced.

@@ -22,6 +22,7 @@
 #include "ling/kind.h"
 #include "ling/list.h"
 #include "ling/map_interface.h"
+#include "ling/member_table.h"
 #include "ling/members.h"
 #include "ling/module.h"
 #include "ling/native_function.h"
