@@ -46,16 +46,11 @@ char16_t* String::writable() noexcept { return flat(*this).units(); }
 String String::fromUTF8(std::string_view utf8) {
     if (utf8.empty())
         return String();
-    // Nearly all text is ASCII, where the length is known beforehand.
+    // Nearly all text is ASCII, which takes as many units as bytes. Other text takes fewer, so that it is copied once
+    // more, which costs less than counting its units first.
     String result = uninitialised(utf8.size());
-    const std::size_t ascii = internal::widen_ascii(utf8, result.writable());
-    if (ascii == utf8.size())
-        return result;
-    const std::string_view rest = utf8.substr(ascii);
-    String whole = uninitialised(ascii + internal::utf16_length(rest));
-    std::copy_n(result.writable(), ascii, whole.writable());
-    internal::utf8_to_utf16(rest, whole.writable() + ascii);
-    return whole;
+    const std::size_t length = internal::utf8_to_utf16(utf8, result.writable());
+    return length == utf8.size() ? result : String(std::u16string_view(result.writable(), length));
 }
 
 String String::fromUTF8(const ByteArray& utf8) { return fromUTF8(utf8.view()); }

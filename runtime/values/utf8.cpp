@@ -12,11 +12,12 @@ bool isAscii(char byte) noexcept { return static_cast<unsigned char>(byte) < 0x8
 bool isLeadSurrogate(char16_t unit) noexcept { return (unit & 0xFC00) == 0xD800; }
 bool isTrailSurrogate(char16_t unit) noexcept { return (unit & 0xFC00) == 0xDC00; }
 
+constexpr std::size_t kBlock = 16;  // Characters.
+
 #ifdef __SSE2__
 
 // Each of these works on whole blocks of ASCII and stops in front of the first block that holds something else. Four
 // blocks together need but one test.
-constexpr std::size_t kBlock = 16;
 constexpr std::size_t kBlocks = 4 * kBlock;
 
 __m128i blockAt(const void* place, std::size_t index) noexcept {
@@ -125,30 +126,6 @@ char32_t readUtf8(const char*& at, const char* end) noexcept {
     return code;
 }
 
-/// How many units the text takes in UTF-16, and how often something has to be replaced.
-struct utf8_count {
-    std::size_t units = 0;
-    std::size_t illFormed = 0;
-};
-
-utf8_count countUtf8(std::string_view text) noexcept {
-    utf8_count count;
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    while (at != end) {
-        const std::size_t ascii = asciiBlocks(at, static_cast<std::size_t>(end - at));
-        count.units += ascii;
-        at += ascii;
-        // As many characters as a block has, before blocks are tried again.
-        for (std::size_t i = 0; i < 16 && at != end; ++i) {
-            const char32_t code = readUtf8(at, end);
-            count.units += code < 0x10000 || code == kIllFormed ? 1 : 2;
-            count.illFormed += code == kIllFormed ? 1 : 0;
-        }
-    }
-    return count;
-}
-
 char* encodeUtf8(char32_t code, char* to) noexcept {
     const auto continuation = [](char32_t bits) { return static_cast<char>(0x80 | (bits & 0x3F)); };
     if (code < 0x80) {
@@ -183,21 +160,12 @@ char32_t replaced(char32_t code) noexcept { return code == kIllFormed ? kReplace
 
 }  // namespace
 
-std::size_t widen_ascii(std::string_view utf8, char16_t* to) noexcept {
-    std::size_t done = widenBlocks(utf8.data(), utf8.size(), to);
-    for (; done < utf8.size() && isAscii(utf8[done]); ++done)
-        to[done] = static_cast<char16_t>(utf8[done]);
-    return done;
-}
-
 std::size_t narrow_ascii(std::u16string_view units, char* to) noexcept {
     std::size_t done = narrowBlocks(units.data(), units.size(), to);
     for (; done < units.size() && units[done] < 0x80; ++done)
         to[done] = static_cast<char>(units[done]);
     return done;
 }
-
-std::size_t utf16_length(std::string_view utf8) noexcept { return countUtf8(utf8).units; }
 
 std::size_t utf8_length(std::u16string_view units) noexcept {
     // A unit of a pair counts three here like every other one from U+0800 on, and both together should count four.
@@ -211,28 +179,38 @@ std::size_t utf8_length(std::u16string_view units) noexcept {
     return length;
 }
 
-void utf8_to_utf16(std::string_view utf8, char16_t* to) noexcept {
+std::size_t utf8_to_utf16(std::string_view utf8, char16_t* const to) noexcept {
     const char* at = utf8.data();
     const char* const end = at + utf8.size();
+    char16_t* out = to;
     while (at != end) {
-        const std::size_t ascii = widen_ascii({at, static_cast<std::size_t>(end - at)}, to);
-        to += ascii;
+        const std::size_t ascii = widenBlocks(at, static_cast<std::size_t>(end - at), out);
+        out += ascii;
         at += ascii;
-        // Text that is not ASCII seldom is so for one character alone.
-        while (at != end && !isAscii(*at))
-            to = encodeUtf16(replaced(readUtf8(at, end)), to);
+        // As many characters as a block has, before blocks are tried again.
+        for (std::size_t i = 0; i < kBlock && at != end; ++i) {
+            if (isAscii(*at))
+                *out++ = static_cast<char16_t>(*at++);
+            else
+                out = encodeUtf16(replaced(readUtf8(at, end)), out);
+        }
     }
+    return static_cast<std::size_t>(out - to);
 }
 
 void utf16_to_utf8(std::u16string_view units, char* to) noexcept {
     const char16_t* at = units.data();
     const char16_t* const end = at + units.size();
     while (at != end) {
-        const std::size_t ascii = narrow_ascii({at, static_cast<std::size_t>(end - at)}, to);
+        const std::size_t ascii = narrowBlocks(at, static_cast<std::size_t>(end - at), to);
         to += ascii;
         at += ascii;
-        while (at != end && *at >= 0x80)
-            to = encodeUtf8(replaced(read_utf16(at, end)), to);
+        for (std::size_t i = 0; i < kBlock && at != end; ++i) {
+            if (*at < 0x80)
+                *to++ = static_cast<char>(*at++);
+            else
+                to = encodeUtf8(replaced(read_utf16(at, end)), to);
+        }
     }
 }
 
@@ -245,7 +223,17 @@ char32_t read_utf16(const char16_t*& at, const char16_t* end) noexcept {
     return ((first - 0xD7C0u) << 10) | (*at++ & 0x3FFu);
 }
 
-bool is_well_formed_utf8(std::string_view utf8) noexcept { return countUtf8(utf8).illFormed == 0; }
+bool is_well_formed_utf8(std::string_view utf8) noexcept {
+    const char* at = utf8.data();
+    const char* const end = at + utf8.size();
+    while (at != end) {
+        at += asciiBlocks(at, static_cast<std::size_t>(end - at));
+        for (std::size_t i = 0; i < kBlock && at != end; ++i)
+            if (readUtf8(at, end) == kIllFormed)
+                return false;
+    }
+    return true;
+}
 
 bool is_well_formed_utf16(std::u16string_view units) noexcept {
     const char16_t* at = units.data();

@@ -8,16 +8,13 @@
 
 namespace ling::internal {
 
+/// Writes the text as UTF-16 and answers how many units that are: never more than the bytes of the text.
+std::size_t utf8_to_utf16(std::string_view utf8, char16_t* to) noexcept;
+
 /// Copies the ASCII characters at the beginning, up to the first other one, and answers how many there were.
-std::size_t widen_ascii(std::string_view utf8, char16_t* to) noexcept;
 std::size_t narrow_ascii(std::u16string_view units, char* to) noexcept;
-
-/// The number of units that the text takes in the other form.
-std::size_t utf16_length(std::string_view utf8) noexcept;
+/// How many bytes the text takes in UTF-8, and writing them.
 std::size_t utf8_length(std::u16string_view units) noexcept;
-
-/// Writes as many units as the function above says.
-void utf8_to_utf16(std::string_view utf8, char16_t* to) noexcept;
 void utf16_to_utf8(std::u16string_view units, char* to) noexcept;
 
 /// What reading a character answers where there is none.
