@@ -42,6 +42,10 @@ def exports(path):
 
 
 def problems_of(stage):
+    missing = [name for name in PROMISES if not (stage / name).is_file()]
+    if missing:
+        yield from (f"{name}: is not there" for name in missing)
+        return
     for name, (run_path, needed) in PROMISES.items():
         found = dynamic_entries(stage / name, "RUNPATH")
         if found != [run_path]:
