@@ -25,13 +25,6 @@ public:
         void* memory = ::operator new(kHeader + capacity * sizeof(T));
         return new (memory) counted_buffer(capacity);
     }
-    /// Null when there is no memory for so many items.
-    static counted_buffer* tryMake(std::size_t capacity) noexcept {
-        if (capacity > kMostItems)
-            return nullptr;
-        void* memory = ::operator new(kHeader + capacity * sizeof(T), std::nothrow);
-        return memory == nullptr ? nullptr : new (memory) counted_buffer(capacity);
-    }
 
     T* items() noexcept { return reinterpret_cast<T*>(reinterpret_cast<unsigned char*>(this) + kHeader); }
     std::size_t capacity() const noexcept { return capacity_; }
@@ -51,7 +44,6 @@ public:
 
 private:
     static constexpr std::size_t kHeader = 32;
-    static constexpr std::size_t kMostItems = (PTRDIFF_MAX - kHeader) / sizeof(T);
     static_assert(alignof(T) <= kHeader);
 
     explicit counted_buffer(std::size_t capacity) noexcept : capacity_(capacity) {}

@@ -60,6 +60,7 @@ public:
     void moveFrom(hash_storage& other) noexcept;
 
 private:
+    // Entries are numbered in 32 bits, which is enough for a table of a hundred and fifty gigabytes.
     struct index_place {
         std::uint32_t entry = kEmpty;
         std::uint32_t tag = 0;

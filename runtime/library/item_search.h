@@ -1,9 +1,7 @@
 #pragma once
 
 #include "ling/comparison.h"
-#include "ling/error.h"
 
-#include <algorithm>
 #include <span>
 
 namespace ling::internal {
@@ -12,7 +10,7 @@ namespace ling::internal {
 /// so the items must be a snapshot, or for ever the same.
 inline std::int64_t find_item(std::span<const Any> items, const Any& item, std::size_t start = 0) {
     for (std::size_t i = start; i < items.size(); ++i)
-        if (items[i].isSameAs(item) || compare_objects(result_unwrap_lazy(items[i]), item) == 0)
+        if (items[i].isSameAs(item) || compare_objects(items[i], item) == 0)
             return static_cast<std::int64_t>(i);
     return -1;
 }

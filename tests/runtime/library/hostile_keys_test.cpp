@@ -143,6 +143,29 @@ TEST_F(HostileKeys, AComparisonThatKeepsAddingKeysEnds) {
     expectWhole(map);
 }
 
+TEST_F(HostileKeys, AnEqualKeyThatIsAddedDuringTheComparisonIsFound) {
+    const Map_Generic map;
+    Any early;
+    Any present;
+    Any twin;
+    const Class_Generic cls = keyClass(
+        [&](const Any& self, const Any& other) -> Any {
+            const bool twins = !self.isSameAs(present) && !other.isSameAs(present);
+            if (!twin.isNone() && !twins)
+                map.set(std::exchange(twin, Any()), String(u"twin"));
+            return twins ? 0 : 1;
+        },
+        sameHash);
+    early = cls.allocateInstance();
+    present = cls.allocateInstance();
+    map.set(early, 1);
+    map.set(present, 2);
+    map.remove(early);  // The twin takes its place, which the search has passed by then.
+    twin = cls.allocateInstance();
+    map.set(cls.allocateInstance(), String(u"both"));
+    EXPECT_EQ(shown(map.values()), "[2, 'both']");
+}
+
 TEST_F(HostileKeys, AKeyThatDeniesBeingItselfIsFound) {
     const Class_Generic cls = keyClass([](const Any&, const Any&) -> Any { return 1; }, sameHash);
     const Any key = cls.allocateInstance();
