@@ -24,6 +24,8 @@ class object_value_list final : public object_value {
 public:
     explicit object_value_list(object_value_class* klass = nullptr) noexcept : object_value(Kind::List, klass) {}
     explicit object_value_list(std::vector<Any>&& items);
+    /// Takes a buffer over that nobody else knows.
+    explicit object_value_list(buffer_ref<Any>&& items) noexcept : object_value(Kind::List), items_(std::move(items)) {}
 
     std::size_t size() const noexcept;
     /// Costs the same for every length: the items are shared until the list changes one of them.

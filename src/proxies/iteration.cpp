@@ -4,9 +4,11 @@
 #include "host/platform.h"
 #include "host/py_ref.h"
 #include "ling/class_builder.h"
+#include "ling/class_record.h"
 #include "ling/error.h"
 #include "ling/extension.h"
 #include "ling/iterable.h"
+#include "ling/list.h"
 #include "proxies/argument_array.h"
 #include "proxies/method_names.h"
 #include "proxies/python_proxy.h"
@@ -27,6 +29,25 @@ ling::Any nextItem(const ling::Any& self) {
     return PyErr_Occurred() == nullptr ? ling::Any(ling::StopIteration()) : takeResult(nullptr);
 }
 
+/// What `__iter__()` of the held object gives, or null with `problem` set.
+PyRef newIterator(const ling::Any& self, ling::Any& problem) {
+    PyObject* object = PythonProxy::pythonObject(self);
+    PyRef method = object != nullptr ? PyRef::steal(attribute(object, names::dunderIter)) : PyRef();
+    if (!method || PyCallable_Check(method.get()) == 0) {
+        PyErr_Clear();
+        problem = platform::failure(object == nullptr ? u"Invalid object." : u"Missing '__iter__' method.");
+        return {};
+    }
+    PyRef iterator = PyRef::steal(PyObject_CallNoArgs(method.get()));
+    if (!iterator)
+        problem = takeResult(nullptr);
+    return iterator;
+}
+
+ling::Any collectIterable(const ling::Any& self) {
+    return isStock(self, PythonProxyIterable::getClass()) ? collectItems(self) : collectByDefault(self);
+}
+
 ling::Class_Generic makeIteratorClass() {
     return ling::internal::defclass_impl("PythonProxyIterator", "ling.python")
         .parent(PythonProxy::getClass())
@@ -41,6 +62,7 @@ ling::Class_Generic makeIterableClass() {
         .parent(ling::I_Iterable_Generic::genericInstance(ling::Untyped::getType()))
         .method(ling::I_Iterable_Generic::$iter, "", &iterate)
         .method(ling::I_Iterable_Generic::$contains, "value", &containsValue)
+        .method(ling::I_Iterable_Generic::$collect, "", &collectIterable)
         .build();
 }
 
@@ -63,16 +85,16 @@ const ling::Class_Generic& PythonProxyIterable::getClass() {
 
 ling::Any iterate(const ling::Any& self) {
     PythonEntry entry;
-    PyObject* object = PythonProxy::pythonObject(self);
-    if (object == nullptr)
-        return platform::failure(u"Invalid object.");
-    PyRef method = PyRef::steal(attribute(object, names::dunderIter));
-    if (!method || PyCallable_Check(method.get()) == 0) {
-        PyErr_Clear();
-        return platform::failure(u"Missing '__iter__' method.");
-    }
-    PyRef iterator = PyRef::steal(PyObject_CallNoArgs(method.get()));
-    return iterator ? PythonProxy::create(ProxyClass::Iterator, iterator.get()) : takeResult(nullptr);
+    ling::Any problem;
+    PyRef iterator = newIterator(self, problem);
+    return iterator ? PythonProxy::create(ProxyClass::Iterator, iterator.get()) : problem;
+}
+
+ling::Any collectItems(const ling::Any& self) {
+    PythonEntry entry;
+    ling::Any problem;
+    PyRef iterator = newIterator(self, problem);
+    return iterator ? listOfItems(iterator.get()) : problem;
 }
 
 ling::Any asBoolean(const ling::Any& result) {
@@ -91,12 +113,25 @@ ling::Any containsValue(const ling::Any& self, const ling::Any& value) {
 
 ling::Any lengthOf(const ling::Any& self) { return asInteger(PythonProxy::callPythonMethod(self, names::dunderLen)); }
 
-ling::Any takeItems(PyObject* iterator, const ling::List_Generic& items) {
+ling::Any listOfItems(PyObject* iterator) {
+    if (PyIter_Check(iterator) == 0)
+        return platform::failure(u"The object is not an iterator.");
+    ling::list_builder items;
     while (PyRef item = PyRef::steal(PyIter_Next(iterator))) {
-        items.append(toLingLocked(item.get()));
+        items.add(toLingLocked(item.get()));
         PyErr_Clear();  // What a conversion leaves pending must not stand in the way of the next step.
     }
-    return PyErr_Occurred() == nullptr ? ling::Any() : takeResult(nullptr);
+    return PyErr_Occurred() == nullptr ? ling::Any(items.take()) : takeResult(nullptr);
+}
+
+bool isStock(const ling::Any& self, const ling::Class_Generic& cls) noexcept {
+    return self.object()->ownClass() == cls.record() && self.object()->findExtras() == nullptr;
+}
+
+ling::Any collectByDefault(const ling::Any& self) {
+    const ling::internal::found_member byDefault =
+        ling::I_Iterable_Generic::getClass().record()->findMethod(ling::I_Iterable_Generic::$collect);
+    return byDefault.member->invoke({&self, 1});
 }
 
 }  // namespace ling::python

@@ -3,7 +3,7 @@
 #include <Python.h>
 
 #include "ling/any.h"
-#include "ling/list.h"
+#include "ling/class.h"
 
 namespace ling::python {
 
@@ -19,8 +19,16 @@ ling::Any iterate(const ling::Any& self);
 ling::Any containsValue(const ling::Any& self, const ling::Any& value);
 ling::Any lengthOf(const ling::Any& self);
 
-/// Appends all that a Python iterator still gives. None, or the error that it ended with. The interpreter lock must be
-/// held.
-ling::Any takeItems(PyObject* iterator, const ling::List_Generic& items);
+/// All that a Python iterator still gives, in a native list, or the error that it ended with. The interpreter lock must
+/// be held.
+ling::Any listOfItems(PyObject* iterator);
+/// All that `__iter__()` gives, under one acquisition of the lock.
+ling::Any collectItems(const ling::Any& self);
+
+/// Whether the proxy is of the class `cls` itself and nobody put members of `ling` on it, so that what `cls` registers
+/// is what its members do.
+bool isStock(const ling::Any& self, const ling::Class_Generic& cls) noexcept;
+/// What the runtime does for an iterable that has no way of its own to give all items at once.
+ling::Any collectByDefault(const ling::Any& self);
 
 }  // namespace ling::python

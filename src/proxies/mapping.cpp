@@ -5,6 +5,7 @@
 #include "ling/class_builder.h"
 #include "ling/error.h"
 #include "ling/extension.h"
+#include "ling/list.h"
 #include "ling/map_interface.h"
 #include "proxies/argument_array.h"
 #include "proxies/iteration.h"
@@ -76,7 +77,7 @@ ling::Any remove(const ling::Any& self, const ling::Any& key) {
 
 /// Asks the proxy whether it has the key through `ling`'s dispatch, so that an override counts; only then reads it.
 ling::Any get(const ling::Any& self, const ling::Any& key, const ling::Any& fallback) {
-    if (self.object()->ownClass() == PythonProxyMapping::getClass().record() && self.object()->findExtras() == nullptr)
+    if (isStock(self, PythonProxyMapping::getClass()))
         if (std::optional<ling::Any> value = exact::get(self, key, fallback))
             return *std::move(value);
     const ling::Any present = asBoolean(self.callMethod(ling::I_Map_Generic::$contains, {key}));
@@ -97,18 +98,15 @@ ling::Any length(const ling::Any& self) {
 ling::Any listOf(const ling::Any& self, const Name& name) {
     PythonEntry entry;
     PyObject* object = PythonProxy::pythonObject(self);
-    ling::List_Generic items = ling::List_Generic::empty();
     if (object == nullptr)
-        return items;
+        return ling::List_Generic::empty();
     PyRef method = PyRef::steal(attribute(object, name));
     PyRef view = method ? PyRef::steal(PyObject_CallNoArgs(method.get())) : PyRef();
     PyRef iterator = view ? PyRef::steal(PyObject_GetIter(view.get())) : PyRef();
-    if (!iterator) {
-        const ling::Any error = takePythonError();
-        return error.isNone() ? platform::failure(u"Unknown error.") : error;
-    }
-    const ling::Any problem = takeItems(iterator.get(), items);
-    return problem.isNone() ? ling::Any(items) : problem;
+    if (iterator)
+        return listOfItems(iterator.get());
+    const ling::Any error = takePythonError();
+    return error.isNone() ? platform::failure(u"Unknown error.") : error;
 }
 
 ling::Any keys(const ling::Any& self) { return listOf(self, names::keys); }

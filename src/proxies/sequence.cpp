@@ -7,6 +7,7 @@
 #include "ling/class_builder.h"
 #include "ling/error.h"
 #include "ling/extension.h"
+#include "ling/list.h"
 #include "proxies/argument_array.h"
 #include "proxies/iteration.h"
 #include "proxies/method_names.h"
@@ -38,6 +39,15 @@ PyObject* itemOf(PyObject* sequence, Py_ssize_t at) {
     return PyList_CheckExact(sequence) ? PyList_GET_ITEM(sequence, at) : PyTuple_GET_ITEM(sequence, at);
 }
 
+/// Whether nobody can have replaced the methods of the object's class, and the object has none of its own: what
+/// `__getitem__` and `__len__` do is then what the class's slots do.
+bool hasFixedMethods(PyObject* object) {
+    const PyTypeObject* type = Py_TYPE(object);
+    return PyType_HasFeature(Py_TYPE(object), Py_TPFLAGS_IMMUTABLETYPE) &&
+           type->tp_getattro == PyObject_GenericGetAttr && type->tp_dictoffset == 0 &&
+           !PyType_HasFeature(Py_TYPE(object), Py_TPFLAGS_MANAGED_DICT);
+}
+
 /// An item is kept alive while it is converted, unless nothing can happen meanwhile.
 ling::Any convertItem(PyObject* item) {
     ling::Any value;
@@ -47,10 +57,19 @@ ling::Any convertItem(PyObject* item) {
     return toLingLocked(kept.get());
 }
 
+/// The item of a `range`, an `array`, a `deque` and their like.
+std::optional<ling::Any> itemBySlot(PyObject* object, const ling::Any& index) {
+    PythonEntry entry;
+    PyRef key = PyRef::steal(toPython(index));
+    return takeResult(key ? PyObject_GetItem(object, key.get()) : nullptr);
+}
+
 std::optional<ling::Any> at(const ling::Any& self, const ling::Any& index) {
     PyObject* object = PythonProxy::pythonObject(self);
-    if (object == nullptr || !isSequence(object))
+    if (object == nullptr || !index.is(ling::Kind::Integer))
         return std::nullopt;
+    if (!isSequence(object))
+        return hasFixedMethods(object) ? itemBySlot(object, index) : std::nullopt;
     PythonEntry entry;
     const std::optional<Py_ssize_t> where = position(object, index);
     if (!where)
@@ -58,12 +77,22 @@ std::optional<ling::Any> at(const ling::Any& self, const ling::Any& index) {
     return convertItem(itemOf(object, *where));
 }
 
+bool hasLengthSlot(const PyTypeObject* type) {
+    return (type->tp_as_sequence != nullptr && type->tp_as_sequence->sq_length != nullptr) ||
+           (type->tp_as_mapping != nullptr && type->tp_as_mapping->mp_length != nullptr);
+}
+
 std::optional<ling::Any> length(const ling::Any& self) {
     PyObject* object = PythonProxy::pythonObject(self);
-    if (object == nullptr || !isSequence(object))
+    if (object == nullptr)
         return std::nullopt;
     PythonEntry entry;  // Another thread may be about to change the list.
-    return ling::Any(Py_SIZE(object));
+    if (isSequence(object))
+        return ling::Any(Py_SIZE(object));
+    if (!hasFixedMethods(object) || !hasLengthSlot(Py_TYPE(object)))
+        return std::nullopt;
+    const Py_ssize_t size = PyObject_Size(object);
+    return size >= 0 ? ling::Any(size) : takeResult(nullptr);
 }
 
 std::optional<ling::Any> append(const ling::Any& self, const ling::Any& value) {
@@ -98,12 +127,11 @@ std::optional<ling::Any> collect(const ling::Any& self) {
     if (object == nullptr || !isSequence(object))
         return std::nullopt;
     PythonEntry entry;
-    std::vector<ling::Any> items;
-    items.reserve(static_cast<std::size_t>(Py_SIZE(object)));
+    ling::list_builder items(static_cast<std::size_t>(Py_SIZE(object)));
     for (Py_ssize_t i = 0; i < Py_SIZE(object); ++i)
-        items.push_back(convertItem(itemOf(object, i)));
+        items.add(convertItem(itemOf(object, i)));
     PyErr_Clear();
-    return ling::List_Generic(std::move(items));
+    return items.take();
 }
 
 }  // namespace exact
@@ -195,12 +223,10 @@ ling::Any indexOf(const ling::Any& self, const ling::Any& value, std::int64_t st
 }
 
 ling::Any collect(const ling::Any& self) {
-    if (std::optional<ling::Any> items = exact::collect(self))
-        return *std::move(items);
-    // Not exact: what the runtime does for every sequence, step by step through the object's own methods.
-    const ling::internal::found_member byDefault =
-        ling::I_Sequence_Generic::getClass().record()->findMethod(ling::I_Iterable_Generic::$collect);
-    return byDefault.member->invoke({&self, 1});
+    if (isStock(self, PythonProxySequence::getClass()))
+        if (std::optional<ling::Any> items = exact::collect(self))
+            return *std::move(items);
+    return collectByDefault(self);
 }
 
 ling::FunctionCL_Generic withDefaults(ling::FunctionCL_Generic method, std::initializer_list<ling::Any> defaults) {

@@ -15,13 +15,25 @@ namespace ling::python {
 
 namespace {
 
+/// Adds one item: to an exact `set`, whose `add` nobody can have replaced, without asking for the method each time.
+ling::Any addItem(const ling::Any& self, const ling::Any& item) {
+    PyObject* object = PythonProxy::pythonObject(self);
+    if (object == nullptr || !PySet_CheckExact(object))
+        return PythonProxy::callPythonMethod(self, names::add, {item});
+    PythonEntry entry;
+    PyRef converted = PyRef::steal(toPython(item));
+    if (!converted)
+        return cannotConvert(item);
+    return PySet_Add(object, converted.get()) == 0 ? ling::Any() : takeResult(nullptr);
+}
+
 /// Python's `add` does not say whether the value is new, so the length is asked for before and after.
 ling::Any insert(const ling::Any& self, const ling::Any& value) {
     const ling::I_Set_Generic& set = ling::unchecked<ling::I_Set_Generic>(self);
     const ling::Result<ling::Integer> before = set.length();
     if (!before)
         return before.error();
-    ling::Any outcome = PythonProxy::callPythonMethod(self, names::add, {value});
+    ling::Any outcome = addItem(self, value);
     if (ling::internal::is_error_result(outcome))
         return outcome;
     const ling::Result<ling::Integer> after = set.length();
@@ -54,11 +66,15 @@ ling::Any extend(const ling::Any& self, const ling::Any& items) {
         return iterable.error();
     ling::iteration walk = iterable->beginImpl();
     while (walk.advance()) {
-        ling::Any outcome = PythonProxy::callPythonMethod(self, names::add, {walk.item()});
+        ling::Any outcome = addItem(self, walk.item());
         if (ling::internal::is_error_result(outcome))
             return outcome;
     }
     return walk.error();
+}
+
+ling::Any collect(const ling::Any& self) {
+    return isStock(self, PythonProxySet::getClass()) ? collectItems(self) : collectByDefault(self);
 }
 
 ling::Any clear(const ling::Any& self) { return PythonProxy::callPythonMethod(self, names::clear); }
@@ -75,6 +91,7 @@ ling::Class_Generic makeClass() {
         // The runtime's defaults for sets stand on iteration, which only the object itself can give.
         .method(ling::I_Iterable_Generic::$iter, "", &iterate)
         .method(ling::I_Iterable_Generic::$contains, "value", &containsValue)
+        .method(ling::I_Iterable_Generic::$collect, "", &collect)
         .property(ling::I_Set_Generic::$$length,
                   ling::internal::property_builder().getter(&lengthOf).doc("How many items there are."))
         .build();

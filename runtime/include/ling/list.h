@@ -2,10 +2,17 @@
 
 #include "ling/sequence.h"
 
+#include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace ling {
+
+namespace internal {
+template <class T>
+class counted_buffer;
+}  // namespace internal
 
 /// The native list. Shared, not copied, by every handle on it; safe under concurrent use: each operation is atomic,
 /// and an iteration walks the items as they were when it began.
@@ -33,6 +40,33 @@ template <class T>
 class List : public List_Generic {
 public:
     static Type getType() { return Type(List_Generic::genericInstance(T::getType())); }
+};
+
+/// Fills a native list that nobody else sees yet, and so without its guard. Move it nowhere while it fills.
+class LING_EXPORT list_builder {
+public:
+    /// Room for `capacity` items is got at once; more is got as they come.
+    explicit list_builder(std::size_t capacity = 0);
+    list_builder(const list_builder&) = delete;
+    list_builder& operator=(const list_builder&) = delete;
+    ~list_builder();
+
+    void add(Any item) {
+        if (next_ == end_)
+            grow();
+        std::construct_at(next_++, std::move(item));
+    }
+    /// The list of all that was added. The builder is empty afterwards.
+    List_Generic take();
+
+private:
+    void grow();
+    void moveTo(internal::counted_buffer<Any>* buffer) noexcept;
+    internal::counted_buffer<Any>* finish() noexcept;
+
+    internal::counted_buffer<Any>* buffer_ = nullptr;  // Owned; its count is set when it becomes a list's.
+    Any* next_ = nullptr;
+    Any* end_ = nullptr;
 };
 
 /// The native tuple: an immutable sequence. Compared and hashed by its items.
