@@ -81,14 +81,14 @@ Type Property::getType() { return Type(getClass()); }
 namespace internal {
 
 void property_builder_base::assign_getter(const I_Invokable_Generic& getter) {
-    if (getter.parameterCount() > (getter.isIndependent() ? 0 : 1))
+    if (!independent_ && getter.parameterCount() > (getter.isIndependent() ? 0 : 1))
         return assertion_log(u"[property_builder::getter] Too many parameters in the getter function.");
     getter_ = getter;
     hasValue_ = false;
 }
 
 void property_builder_base::assign_setter(const I_Invokable_Generic& setter) {
-    if (setter.parameterCount() > (setter.isIndependent() ? 1 : 2))
+    if (!independent_ && setter.parameterCount() > (setter.isIndependent() ? 1 : 2))
         return assertion_log(u"[property_builder::setter] Too many parameters in the setter function.");
     setter_ = setter;
 }

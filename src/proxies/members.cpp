@@ -68,11 +68,11 @@ ling::Any lingProperty(PyObject* property) {
     if (getter.isNone())
         return {};
     ling::internal::property_builder_base builder;
+    builder.assign_independent(false);  // Both want the object in front, though nothing in Python says so.
     builder.assign_getter(ling::unchecked<ling::I_Invokable_Generic>(getter));
     const ling::Any setter = accessor(property, names::fset);
     if (!setter.isNone())
         builder.assign_setter(ling::unchecked<ling::I_Invokable_Generic>(setter));
-    builder.assign_independent(false);  // Both want the object in front.
     return builder.build();
 }
 

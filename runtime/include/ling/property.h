@@ -49,7 +49,9 @@ public:
     void assign_doc(ByteArray&& utf8);
     void assign_doc(const String& doc) { doc_ = doc; }
     void assign_type(const Type& type) { type_ = type; }
-    /// Says whether reading needs the receiver. Left unsaid, the getter's own independence decides.
+    /// Says whether reading needs the receiver. Left unsaid, the getter's own independence decides. Said before the
+    /// functions are given, it vouches for them: their parameters, which a foreign function may have to be asked for at
+    /// some cost, are not counted then.
     void assign_independent(bool independent) { independent_ = independent; }
     Property build() const;
 
