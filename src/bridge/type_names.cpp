@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <atomic>
 #include <iterator>
+#include <string_view>
 
 namespace ling::python {
 
@@ -78,8 +79,13 @@ bool isApplied(const ling::Class_Generic& generic) {
            std::ranges::any_of(kApplied, [&](const auto& applied) { return generic == applied(); });
 }
 
-bool stands(const Row& row, const ling::Class_Generic& native, const ling::Class_Generic& generic) {
-    return row.native() == native || (row.covers == Covers::Instances && row.native() == generic);
+/// The number of the row that stands for the class, `kRowCount` when there is none.
+std::size_t rowOf(const ling::Class_Generic& native) {
+    const ling::Class_Generic generic = native.parentGeneric();
+    const auto stands = [&](const Row& row) {
+        return row.native() == native || (row.covers == Covers::Instances && row.native() == generic);
+    };
+    return static_cast<std::size_t>(std::ranges::find_if(kRows, stands) - std::begin(kRows));
 }
 
 /// A none handle where one of the parameters has no Python class.
@@ -103,7 +109,7 @@ const ling::Type& errorOrNone() {
     return type;
 }
 
-ling::String joined(const std::vector<ling::Type>& types, const char* separator) {
+ling::String joined(std::span<const ling::Type> types, const char* separator) {
     ling::string_builder text;
     for (std::size_t i = 0; i < types.size(); ++i)
         text.append(i > 0 ? separator : "").append(annotationText(types[i]));
@@ -115,6 +121,9 @@ ling::String applied(const ling::String& name, const std::vector<ling::Type>& pa
     return parameters.empty() ? name : ling::String(u"{}[{}]").arg(name, joined(parameters, ", "));
 }
 
+/// The names of native classes as a Python programmer writes them. A function of `ling` has none: Python sees neither a
+/// class of its own for it nor its parameters. Maps and sets are "dict" and "set" as lists are "list": by what the
+/// reader knows, not by the interface.
 struct FixedText {
     const ling::Class_Generic& (*native)();
     const char16_t* text;
@@ -122,18 +131,18 @@ struct FixedText {
 constexpr FixedText kFixedTexts[] = {
     {&ling::Boolean::getClass, u"bool"},
     {&ling::ByteArray::getClass, u"bytes"},
-    {&ling::I_Invokable_Generic::getClass, u"{function}"},
     {&ling::FunctionCL_Generic::getClass, u"{function}"},
     {&ling::Float::getClass, u"float"},
     {&ling::Integer::getClass, u"int"},
     {&ling::JsonObject::getClass, u"dict"},
     {&ling::List_Generic::getClass, u"list"},
+    {&ling::Map_Generic::getClass, u"dict"},
+    {&ling::Set_Generic::getClass, u"set"},
     {&ling::String::getClass, u"str"},
 };
 constexpr FixedText kGenericTexts[] = {
-    {&ling::I_Invokable_Generic::getClass, u"{function}"},
-    {&ling::List_Generic::getClass, u"List"},
-    {&ling::I_Tuple_Generic::getClass, u"tuple"},
+    {&ling::List_Generic::getClass, u"List"},   {&ling::Map_Generic::getClass, u"dict"},
+    {&ling::Set_Generic::getClass, u"set"},     {&ling::I_Tuple_Generic::getClass, u"tuple"},
     {&ling::Tuple_Generic::getClass, u"tuple"},
 };
 
@@ -142,16 +151,30 @@ ling::String textOf(std::span<const FixedText> table, const ling::Class_Generic&
     return row != table.end() ? ling::String(row->text) : ling::String();
 }
 
-/// The name that Python has for the class, else its own.
+/// The name that Python has for the class, else its own. The name is known without the tree of Python modules, which
+/// is not there beside an interpreter of the host's own.
 ling::String pythonName(const ling::Class_Generic& cls) {
-    const ling::Class_Generic found = pythonClassOf(cls);
-    return found.isNone() ? cls.name() : found.name();
+    const std::size_t row = rowOf(cls);
+    if (row == kRowCount)
+        return cls.name();
+    const std::string_view dotted = kRows[row].pythonName;
+    return ling::String(dotted.substr(dotted.rfind('.') + 1));
+}
+
+/// `I_Invokable` is made for the type of its result, as `I_Invokable<R>` says; types of parameters follow it where they
+/// are known. With the result alone nothing is said of the parameters, for which Python writes three dots.
+ling::String callableText(const ling::String& name, std::span<const ling::Type> types) {
+    if (types.empty())
+        return name;
+    const ling::String parameters = joined(types.subspan(1), ", ");
+    const ling::String list = types.size() == 1 ? ling::String(u"...") : ling::String(u"[{}]").arg(parameters);
+    return ling::String(u"{}[{}, {}]").arg(name, list, annotationText(types.front()));
 }
 
 ling::String genericText(const ling::Class_Generic& generic, const std::vector<ling::Type>& parameters) {
-    const ling::String name = textOf(kGenericTexts, generic);
     if (generic == ling::I_Invokable_Generic::getClass())
-        return name;
+        return callableText(pythonName(generic), parameters);
+    const ling::String name = textOf(kGenericTexts, generic);
     return applied(name.isEmpty() ? pythonName(generic) : name, parameters);
 }
 
@@ -175,8 +198,8 @@ ling::Class_Generic pythonClassOf(const ling::Class_Generic& native) {
     const ling::Class_Generic generic = native.parentGeneric();
     if (isApplied(generic))
         return withParameters(generic, native.parameters());
-    const auto row = std::ranges::find_if(kRows, [&](const Row& each) { return stands(each, native, generic); });
-    return row != std::end(kRows) ? pythonClassAt(static_cast<std::size_t>(row - kRows)) : ling::Class_Generic();
+    const std::size_t row = rowOf(native);
+    return row != kRowCount ? pythonClassAt(row) : ling::Class_Generic();
 }
 
 ling::Class_Generic nativeClassOf(const ling::Class_Generic& pythonClass) {

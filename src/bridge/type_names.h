@@ -14,8 +14,8 @@ ling::Class_Generic pythonClassOf(const ling::Class_Generic& native);
 /// The other way round: the first native class that `pythonClassOf` answers `pythonClass` for, or a none handle.
 ling::Class_Generic nativeClassOf(const ling::Class_Generic& pythonClass);
 
-/// The text of a Python annotation for a type: "int", "Optional[str]", "List[bytes]", "Any". Classes that Python does
-/// not know go by their own name.
+/// The text of a Python annotation for a type: "int", "Optional[str]", "List[bytes]", "Callable[[int], str]", "Any".
+/// Classes that Python does not know go by their own name.
 ling::String annotationText(const ling::Type& type);
 
 }  // namespace ling::python

@@ -35,9 +35,13 @@ ling::Any fromNativeClass(const ling::Class_Generic& pythonClass) {
     return native.isNone() ? pythonClass : native;
 }
 
-/// The class that stands for the Python class, or none where Python has none.
+/// The class that stands for the Python class, or none where Python has none. Python's classes know nothing of the
+/// types of their items: a `Mapping[str, int]` is a `Mapping`.
 ling::Any toNativeClass(const ling::Class_Generic& cls) {
-    return pythonTypeOf(cls) != nullptr ? cls : pythonClassOf(cls);
+    if (pythonTypeOf(cls) != nullptr)
+        return cls;
+    const ling::Class_Generic found = pythonClassOf(cls);
+    return found.isNone() && !cls.isNone() ? pythonClassOf(cls.parentGeneric()) : found;
 }
 
 ling::Any importModules() {

@@ -11,6 +11,7 @@
 #include "ling/module.h"
 #include "support/python_test.h"
 
+using ling::Any;
 using ling::Class_Generic;
 using ling::Type;
 using ling::internal::type_unite;
@@ -74,8 +75,50 @@ TEST_F(TypeNamesTest, EachNativeClassHasItsPythonClass) {
 
 TEST_F(TypeNamesTest, OtherClassesHaveNone) {
     for (const Class_Generic& cls :
-         {Class_Generic(), ling::List_Generic::getClass(), ling::Any::getClass(), ling::None::getClass(), otherClass()})
+         {Class_Generic(), ling::List_Generic::getClass(), Any::getClass(), ling::None::getClass(), otherClass()})
         EXPECT_TRUE(pythonClassOf(cls).isNone());
+}
+
+/// What hosts ask for, by the members of the language.
+Any ask(const char* method, const Any& argument) {
+    return ling::find_class("ling.python.LanguagePython").callMethod(ling::method_ident_untyped(method), {argument});
+}
+
+TEST_F(TypeNamesTest, TheLanguageNamesEachClassAndLeadsToItAndBack) {
+    for (const ClassRow& row : classRows()) {
+        SCOPED_TRACE(row.pythonName);
+        const Class_Generic generic = row.native.parentGeneric();
+        const std::string name = row.pythonName;
+        const std::string expected = name.substr(name.rfind('.') + 1) + (generic.isNone() ? "" : "[str]");
+        EXPECT_EQ(textOf(ask("typeName", row.native)), expected);
+        EXPECT_EQ(textOf(ask("typeName", Type(row.native))), expected);
+        const Any python = ask("toNativeClass", row.native);
+        EXPECT_TRUE(python.isSameAs(ling::find_class(row.pythonName)));
+        EXPECT_TRUE(ask("toNativeClass", python).isSameAs(python));
+        const Class_Generic& first =
+            row.native == ling::Tuple_Generic::getClass() ? ling::I_Tuple_Generic::getClass() : row.native;
+        EXPECT_TRUE(ask("fromNativeClass", python).isSameAs(generic.isNone() ? first : generic));
+        EXPECT_TRUE(ask("fromNativeClass", row.native).isSameAs(row.native));
+    }
+}
+
+TEST_F(TypeNamesTest, WhereParametersHaveNoClassTheGenericHasOne) {
+    const Type string = ling::String::getType();
+    const std::pair<Class_Generic, const char*> rows[] = {
+        {ling::I_Iterable_Generic::genericInstance(string), "python.collections.abc.Iterable"},
+        {ling::I_Iterator_Generic::genericInstance(string), "python.collections.abc.Iterator"},
+        {ling::I_Map_Generic::genericInstance(string, string), "python.collections.abc.Mapping"},
+        {ling::I_MutableMap_Generic::genericInstance(string, string), "python.collections.abc.MutableMapping"},
+        {ling::I_Tuple_Generic::genericInstance(std::span(&string, 1)), "python.builtins.tuple"},
+        {ling::Tuple_Generic::genericInstance(std::span(&string, 1)), "python.builtins.tuple"},
+        {ling::I_Iterable_Generic::genericInstance(Type(otherClass())), "python.collections.abc.Iterable"},
+    };
+    for (const auto& [cls, pythonName] : rows) {
+        SCOPED_TRACE(pythonName);
+        EXPECT_TRUE(pythonClassOf(cls).isNone());
+        EXPECT_TRUE(ask("toNativeClass", cls).isSameAs(ling::find_class(pythonName)));
+    }
+    EXPECT_TRUE(ask("toNativeClass", ling::List_Generic::genericInstance(string)).isNone());
 }
 
 TEST_F(TypeNamesTest, APythonClassLeadsBackToTheFirstNativeClass) {
@@ -84,6 +127,12 @@ TEST_F(TypeNamesTest, APythonClassLeadsBackToTheFirstNativeClass) {
     EXPECT_EQ(nativeClassOf(ling::find_class("python.collections.abc.Set")), ling::I_Set_Generic::getClass());
     EXPECT_TRUE(nativeClassOf(ling::find_class("python.builtins.complex")).isNone());
     EXPECT_TRUE(nativeClassOf(Class_Generic()).isNone());
+}
+
+/// The type of what can be called: first the type of the result, then those of the parameters.
+Type invokable(std::initializer_list<Type> types) {
+    return Type(
+        ling::I_Invokable_Generic::getClass().record()->genericInstance(std::span(types.begin(), types.size())));
 }
 
 struct TextRow {
@@ -97,7 +146,7 @@ std::vector<TextRow> textRows() {
     const Type string = ling::String::getType();
     const Type pair[] = {integer, type_unite(string, none)};
     return {
-        {ling::Any::getType(), "Any"},
+        {Any::getType(), "Any"},
         {ling::Untyped::getType(), "Any"},
         {none, "None"},
         {type_unite(ling::Error::getType(), none), "None"},
@@ -110,8 +159,13 @@ std::vector<TextRow> textRows() {
         {integer, "int"},
         {string, "str"},
         {ling::JsonObject::getType(), "dict"},
-        {ling::I_Invokable_Generic::getType(), "{function}"},
         {ling::FunctionCL_Generic::getType(), "{function}"},
+        {ling::I_Invokable_Generic::getType(), "Callable"},
+        {invokable({string}), "Callable[..., str]"},
+        {invokable({none}), "Callable[..., None]"},
+        {invokable({string, integer}), "Callable[[int], str]"},
+        {invokable({invokable({none}), type_unite(integer, none), Any::getType()}),
+         "Callable[[Optional[int], Any], Callable[..., None]]"},
         {ling::List_Generic::getType(), "list"},
         {Type(ling::List_Generic::genericInstance(integer)), "List[int]"},
         {Type(ling::List_Generic::genericInstance(Type(ling::List_Generic::genericInstance(string)))),
@@ -127,6 +181,21 @@ std::vector<TextRow> textRows() {
         {ling::I_Map_Generic::getType(), "Mapping"},
         {Type(ling::I_Map_Generic::genericInstance(string, integer)), "Mapping[str, int]"},
         {Type(ling::I_Sequence_Generic::genericInstance(string)), "Sequence[str]"},
+        {Type(ling::I_Iterator_Generic::genericInstance(ling::Untyped::getType())), "Iterator[Any]"},
+        {Type(ling::I_MutableSet_Generic::genericInstance(type_unite(integer, string))), "MutableSet[int|str]"},
+        {ling::Map_Generic::getType(), "dict"},
+        {Type(ling::Map_Generic::genericInstance(string, Type(ling::List_Generic::genericInstance(integer)))),
+         "dict[str, List[int]]"},
+        {ling::Set_Generic::getType(), "set"},
+        {Type(ling::Set_Generic::genericInstance(ling::Date::getType())), "set[date]"},
+        {type_unite(Type(ling::Set_Generic::genericInstance(string)), none), "Optional[set[str]]"},
+        {type_unite(type_unite(ling::Error::getType(), none), integer), "Exception|int|None"},
+        {type_unite(ling::Error::getType(), integer), "Exception|int"},
+        {Type(ling::List_Generic::genericInstance(ling::TypeVariable("self"))), "List[Self]"},
+        {ling::StopIteration::getType(), "StopIteration"},
+        {ling::Undefined::getType(), "Undefined"},
+        {Type(ling::find_class("python.builtins.complex")), "complex"},
+        {Type(ling::List_Generic::genericInstance(Type(ling::find_class("python.builtins.complex")))), "List[complex]"},
         {Type(otherClass()), "Other"},
     };
 }

@@ -2,14 +2,19 @@
 
 #include "bridge/convert.h"
 #include "ling/basic_values.h"
+#include "ling/byte_array.h"
 #include "ling/comparison.h"
+#include "ling/date_time.h"
 #include "ling/error.h"
 #include "ling/hash_containers.h"
+#include "ling/indirect_values.h"
 #include "ling/interfaces.h"
 #include "ling/list.h"
 #include "ling/module.h"
 #include "support/describe.h"
 #include "support/python_test.h"
+
+#include <array>
 
 using ling::Any;
 using ling::Map_Generic;
@@ -115,6 +120,39 @@ TEST_F(LanguagePythonTest, NamesTypesAndRendersValues) {
     EXPECT_EQ(describe(call("typeName", {ling::Integer::getType()})), "string 'int'");
     EXPECT_EQ(describe(call("typeName", {ling::Integer::getClass()})), "string 'int'");
     EXPECT_EQ(messageOf(call("typeName", {Any(5)})), "Unable to cast a value of class 'ling.Integer' to 'ling.Class'.");
+}
+
+TEST_F(LanguagePythonTest, EachKindOfValueHasItsCode) {
+    const ling::List_Generic list{Any(1)};
+    const std::pair<Any, const char*> rows[] = {
+        {true, "string 'True'"},
+        {ling::ByteArray(std::string_view("a\0b", 3)), "string 'b'a\\x00b''"},
+        {2.5, "string '2.5'"},
+        {function("evaluate"), "string 'Function: 'evaluate'.'"},
+        {mapOf({{String("a"), list}}), "string '{'a': [1]}'"},
+        {ling::Set_Generic(std::span<const Any>(std::array{Any(1)})), "string 'Set([1])'"},
+        {-3, "string '-3'"},
+        {list, "string '[1]'"},
+        {ling::Date(2024, 2, 29), "string '{ling.Date}'"},
+        {ling::Integer::getClass(), "string 'ling.Integer'"},
+        {ling::Error("x"), "string '{ling.Error}'"},
+        {String("it's"), "string ''it''s''"},
+        {ling::Tuple_Generic({Any(1), Any()}), "string '(1, None)'"},
+        {ling::Boxed<int>(5), "error: Boxed object."},
+        {ling::External_Generic([] { return Any(5); }), "error: External object."},
+        {ling::Lazy_Generic([] { return Any(5); }), "string '5'"},
+        {ling::Weak_Generic(list), "string '[1]'"},
+        {ling::Undefined(), "string 'None'"},
+        {Any(), "string 'None'"},
+    };
+    for (const auto& [value, expected] : rows)
+        EXPECT_EQ(describe(call("toCode", {value})), expected);
+    for (const char* expression : {"{'a': (1, None)}", "range(3)", "...", "[b'\\x00', 'it\\'s']"}) {
+        const Any code = call(
+            "evaluateExpression",
+            {String("ling.python.LanguagePython.toCode(" + std::string(expression) + ") == repr(" + expression + ")")});
+        EXPECT_EQ(describe(code), "true") << expression;
+    }
 }
 
 TEST_F(LanguagePythonTest, ClassesOfBothSidesLeadToEachOther) {

@@ -207,6 +207,15 @@ TEST_P(RunningInterpreterTest, IsUsedAsItIs) {
     EXPECT_EQ(ended.lines(), (Lines{"module python: no", "first|" + archive + "|" + packages, "0", "2", "_decimal"}));
 }
 
+TEST_P(RunningInterpreterTest, TypesHaveTheirPythonNamesWithoutTheModuleTree) {
+    const std::string language = "ling.python.LanguagePython.";
+    const Lines lines = start(
+        GetParam(), kExtensions,
+        {language + "typeName(ling.Date)", language + "typeName(ling.find_class('ling.I_MutableMap'))",
+         language + "typeName(ling.find_class('ling.I_Invokable'))", language + "toNativeClass(ling.Date) is None"});
+    EXPECT_EQ(lines, (Lines{"module python: no", "date", "MutableMapping", "Callable", "true"}));
+}
+
 INSTANTIATE_TEST_SUITE_P(Hosts, RunningInterpreterTest, testing::Values("running", "running-free"));
 
 }  // namespace
