@@ -200,6 +200,10 @@ object_value* cast_object(const Any& value, const Class_Generic& cls) noexcept {
     return object != nullptr && raw_class_record(value)->isAncestor(cls.record()) ? object : nullptr;
 }
 
+bool is_instance_of(const Any& value, const Class_Generic& cls) noexcept {
+    return raw_class_record(value)->isAncestor(cls.record());
+}
+
 Any cast_error(const Any& value, const Class_Generic& expected) {
     return failure(String(u"Unable to cast a value of class '{}' to '{}'.")
                        .arg(qualname(raw_class_of(value)), qualname(expected)));

@@ -115,6 +115,10 @@ constexpr Row kOperators[] = {
     {"IndexByText", "ling.List([1])['a']", "KeyError: 'a'"},
     {"MapKey", "ling.Map({'a': 1})['a']", "1"},
     {"MapMissingKey", "ling.Map({'a': 1})['b']", "KeyError: 'b'"},
+    {"MapKeyOfEachKind",
+     "m = ling.Map()\nkeys = [1, 2.5, True, None, b'x', 'x']\nfor k in keys: m[k] = [k]\n"
+     "return [m[k] == [k] and k in m for k in keys] == [True] * 6",
+     "true"},
     {"MapUnusableKey", "ling.Map({'a': 1})[[1]]", "KeyError: '[1]'"},
     {"SubscriptOfNeither", "t[1]", "KeyError: '1'"},
     {"Store", "l = ling.List([1, 2])\nl[0] = 9\nreturn repr(l)", "[9, 2]"},

@@ -100,11 +100,13 @@ LING_EXPORT String qualname(const Any& value);
 namespace internal {
 /// The object behind `value` when it is an instance of `cls`, borrowed, else null.
 LING_EXPORT object_value* cast_object(const Any& value, const Class_Generic& cls) noexcept;
-/// Whether `value` is an instance of the class behind a handle. Where only the answer is wanted, this says it without
-/// the error that a failed cast has to build.
+/// Whether `value`, immediate or an object, is an instance of `cls`.
+LING_EXPORT bool is_instance_of(const Any& value, const Class_Generic& cls) noexcept;
+/// The same for the class behind a handle. Where only the answer is wanted, this says it without the error that a
+/// failed cast has to build.
 template <class Handle>
 bool is_instance(const Any& value) noexcept {
-    return cast_object(value, Handle::getClass()) != nullptr;
+    return is_instance_of(value, Handle::getClass());
 }
 /// The standard error of a failed cast, naming what was expected and what was found.
 LING_EXPORT Any cast_error(const Any& value, const Class_Generic& expected);
