@@ -1,0 +1,42 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "process/support/process.h"
+
+/// What CPython asks of its own lists and dictionaries, asked of the runtime's.
+
+namespace {
+
+namespace fs = std::filesystem;
+using process::Ended;
+
+/// Where the CPython that the build found has its standard library, and where its native modules.
+std::vector<std::string> libraryOfCPython() {
+    const char* python = std::getenv("LING_TEST_PYTHON");
+    process::Command command;
+    command.program = python != nullptr ? python : LING_TEST_PYTHON;
+    command.arguments = {"-I", "-c",
+                         "import sysconfig\nprint(sysconfig.get_path('stdlib'))\n"
+                         "print(sysconfig.get_path('platstdlib') + '/lib-dynload')"};
+    return process::run(command).lines();
+}
+
+TEST(ContainerSuites, ListsAndMapsPassWhatTheDesignPromises) {
+    const std::vector<std::string> library = libraryOfCPython();
+    ASSERT_EQ(library.size(), 2u);
+    for (const char* suite : {"list_tests.py", "mapping_tests.py"})
+        if (!fs::exists(fs::path(library[0]) / "test" / suite))
+            GTEST_SKIP() << "CPython's own tests are not installed: there is no test/" << suite << " in " << library[0]
+                         << " (on Debian, the package libpython3.13-testsuite has them).";
+    const fs::path script = fs::path(LING_TEST_SCRIPTS) / "container_suites.py";
+    process::Command command = process::shell({script.string(), library[0], library[1]});
+    command.limit = std::chrono::seconds(240);
+    const Ended ended = process::run(command);
+    EXPECT_EQ(ended.status, 0) << ended.out << ended.err;
+}
+
+}  // namespace
