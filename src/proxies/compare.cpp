@@ -60,6 +60,18 @@ std::int64_t byIdentity(const ling::Any& self, const ling::Any& other) {
 
 }  // namespace
 
+std::int64_t hashObject(const ling::Any& self) {
+    PyObject* object = PythonProxy::pythonObject(self);
+    if (object == nullptr)
+        return ling::object_id(self);
+    PythonEntry entry;
+    const Py_hash_t hash = PyObject_Hash(object);
+    if (hash != -1)
+        return hash;
+    PyErr_Clear();
+    return Py_HashPointer(object);
+}
+
 ling::Any compareObjects(const ling::Any& self, const ling::Any& other) {
     PyObject* left = PythonProxy::pythonObject(self);
     PyObject* right = PythonProxy::pythonObject(other);

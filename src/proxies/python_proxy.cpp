@@ -39,7 +39,9 @@ ling::Class_Generic makeProxyClass() {
         .hooks({.allocate = &allocateProxy})
         .field(PythonProxy::$_pyobj, boxedObjectOption(), "The Python object.");
     addMemberProtocol(builder);
-    builder.method(ling::Any::$__display__, "", &displayText).method(ling::Any::$__compare__, "other", &compareObjects);
+    builder.method(ling::Any::$__display__, "", &displayText)
+        .method(ling::Any::$__compare__, "other", &compareObjects)
+        .method(ling::Any::$__hash__, "", &hashObject);
     return builder.build();
 }
 

@@ -21,6 +21,8 @@ struct ObjectCase {
     const char* expression;
 };
 
+class ProxyKeys : public PythonTest {};
+
 class Identity : public PythonTest, public testing::WithParamInterface<ObjectCase> {};
 
 TEST_P(Identity, ComesBackAsTheSameObject) {
@@ -59,6 +61,34 @@ constexpr ObjectCase kObjects[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Objects, Identity, testing::ValuesIn(kObjects),
                          [](const auto& row) { return row.param.name; });
+
+/// Each crossing makes a new proxy; as a key of `ling` containers an object is found again all the same.
+TEST_F(ProxyKeys, AreFoundByPythonsHashAndEquality) {
+    EXPECT_EQ(script(R"(
+class Plain: pass
+class Unhashable:
+    __hash__ = None
+    def __eq__(self, other): return True
+class Equal:
+    def __init__(self, key): self.key = key
+    def __eq__(self, other): return self.key == other.key
+    def __hash__(self): return hash(self.key)
+plain, unhashable, listed = Plain(), Unhashable(), [1]
+rows = [(plain, plain), (plain, Plain()), ((1, (2,)), (1, (2,))), ((1, 2), (2, 1)), (len, len), (len, repr),
+        (Equal('a'), Equal('a')), (Equal('a'), Equal('b')), (frozenset({1}), frozenset({1})),
+        (unhashable, unhashable), (unhashable, Unhashable()), (listed, listed), (int, int), (int, str), (..., ...)]
+found = []
+for key, other in rows:
+    map, set = ling.Map(), ling.Set()
+    map.set(key, 'value')
+    found.append(map.get(other, None) is not None)
+    set.insert(key)
+    set.insert(other)
+    found[-1] = found[-1] and len(set) == 1
+return repr([int(f) for f in found])
+)"),
+              "[1, 0, 1, 0, 1, 0, 1, 0, 1, 1, 0, 1, 1, 0, 1]");
+}
 
 class PythonTypes : public PythonTest {};
 
@@ -249,6 +279,58 @@ x = X()
 return probe(call, x, 'anything') + repr(call([x], 'at', 0) is x)
 )",
      "'anything'True"},
+    {"DescriptorRaisesThroughTheClass", R"(
+class Raises:
+    def __get__(self, instance, owner): raise OSError('read through ' + owner.__name__)
+class X:
+    field = Raises()
+    append = Raises()
+    def __str__(self): return 'an X'
+return probe(call, X(), 'append', 1) + probe(read, X(), 'field') + str(ling.find_class('X'))
+)",
+     "RuntimeError: Method 'append' not found in: an X.RuntimeError: Property 'field' not found in: an X.None"},
+    {"HashRaises", R"(
+class X:
+    def __hash__(self): raise OSError('hash')
+x = X()
+return probe(call, {}, 'set', x, 1) + probe(call, set(), 'insert', x) + probe(call, set(), 'remove', x)
+)",
+     "RuntimeError: hashRuntimeError: hashFalse"},
+    {"MethodReenters", R"(
+class X(list):
+    depth = 0
+    def __getitem__(self, index):
+        X.depth += 1
+        if X.depth < 50: return call(self, 'at', index)
+        return super().__getitem__(index)
+return probe(call, X([7]), 'at', 0) + str(X.depth)
+)",
+     "750"},
+    {"MethodRemovesItself", R"(
+class X(list):
+    def append(self, value):
+        del X.append
+        super().append(value)
+x = X()
+return probe(call, x, 'append', 1) + probe(call, x, 'append', 2) + repr(x)
+)",
+     "NoneNone[1, 2]"},
+    {"ErrorWithoutText", R"(
+class Silent(Exception):
+    def __str__(self): raise OSError('silent')
+class X(list):
+    def append(self, v): raise Silent
+return probe(call, X(), 'append', 1)
+)",
+     "RuntimeError: "},
+    {"ErrorWhoseArgumentIsNoText", R"(
+class Odd(Exception):
+    def __str__(self): return 5
+class X(list):
+    def append(self, v): raise Odd
+return probe(call, X(), 'append', 1)
+)",
+     "RuntimeError: "},
     {"ExitInAMethod", R"(
 class X(list):
     def append(self, v): raise SystemExit(3)

@@ -13,9 +13,9 @@
 
 /// A test with a running interpreter, called as a host calls: without the interpreter lock.
 ///
-/// After each test no Python error is pending, the lock is free, and as many `ling` values are alive as before. What a
-/// test fills for the first time (a cache, an interned name) looks like a leak the first time only, so a test with
-/// values left over runs once more, and fails if values are left over again.
+/// After each test no Python error is pending, the lock is free, and as many `ling` values are alive as before, and no
+/// more Python containers and instances. What a test fills for the first time (a cache, an interned name) looks like a
+/// leak the first time only, so a test with something left over runs once more, and fails if that happens again.
 class PythonTest : public testing::Test {
 protected:
     PythonTest();
@@ -42,10 +42,17 @@ protected:
 
 private:
     ling::python::PyRef runCode(const char* code, int start);
-    bool isBalanced(std::size_t before);
+    /// What is alive on the two sides: the values of `ling`, and the objects that Python's collector knows.
+    struct Alive {
+        std::size_t values;
+        Py_ssize_t objects;
+    };
+
+    static Alive alive();
     void forgetNamespace();
 
-    std::size_t before_ = 0;
+    Alive before_{};
+    bool isSecondRun_ = false;
     bool valuesMayStay_ = false;
     PyObject* namespace_ = nullptr;  // Owned; dropped in TearDown, under the lock.
 };
