@@ -112,9 +112,27 @@ TEST_F(DateTimeTest, AllFieldsMustBeIntegers) {
 TEST_F(DateTimeTest, ValuesOfBothSidesComeBackEqual) {
     GilGuard gil;
     run("from datetime import *\nfrom decimal import Decimal");
-    for (const char* expression :
-         {"date(2024, 2, 29)", "time(1, 2, 3, 4)", "datetime(2024, 2, 29, 23, 59, 59, 999999)", "Decimal('1.10')",
-          "Decimal('-0')", "Decimal('1E-999')", "Decimal('-1.000000000000000000000000000000000001E+40')"}) {
+    for (const char* expression : {"date(1, 1, 1)",
+                                   "date(9999, 12, 31)",
+                                   "time(23, 59, 59, 999999)",
+                                   "datetime(1, 1, 1)",
+                                   "datetime(9999, 12, 31, 23, 59, 59, 999999)",
+                                   "Decimal('123456789012345678901234567890')",
+                                   "Decimal('-0.000000000000000000000000000001')",
+                                   "Decimal('NaN')",
+                                   "Decimal('-sNaN12')",
+                                   "Decimal('Infinity')",
+                                   "Decimal('-Infinity')",
+                                   "Decimal('0E+3')",
+                                   "Decimal('1E+999999999')",
+                                   "Decimal('1E-999999999999')",
+                                   "date(2024, 2, 29)",
+                                   "time(1, 2, 3, 4)",
+                                   "datetime(2024, 2, 29, 23, 59, 59, 999999)",
+                                   "Decimal('1.10')",
+                                   "Decimal('-0')",
+                                   "Decimal('1E-999')",
+                                   "Decimal('-1.000000000000000000000000000000000001E+40')"}) {
         SCOPED_TRACE(expression);
         PyRef object = eval(expression);
         PyRef back = PyRef::steal(toPython(toLing(object.get())));

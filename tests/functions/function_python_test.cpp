@@ -33,6 +33,9 @@ constexpr SignatureCase kSignatures[] = {
     {"Variadic", "(lambda *args, **options: 1)", "(*args, **options)"},
     {"NameOnly", "(lambda a, *, b, c=None: 1)", "(a, *, b, c=none)"},
     {"PositionalOnly", "(lambda a, /, b: 1)", "(a, /, b)"},
+    {"EveryKind", "(lambda a, /, b, *rest, c, d=2.5, **more: 1)", "(a, /, b, *rest, c, d=2.5, **more)"},
+    {"DefaultsOfAnyKind", "(lambda a=[1], b=int: 1)", "(a=[1], b=int)"},
+    {"OfTheLibrary", "__import__('textwrap').wrap", "(text, width=70, **kwargs)"},
     {"BoundMethod", "[].append", "(object, /)"},
     {"BuiltInWithSignature", "len", "(obj, /)"},
 };

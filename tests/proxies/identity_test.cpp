@@ -3,11 +3,14 @@
 #include "ling/comparison.h"
 #include "ling/error.h"
 #include "ling/list.h"
+#include "ling/map_interface.h"
+#include "ling/set_interface.h"
 #include "proxies/python_proxy.h"
 #include "proxies/python_type.h"
 #include "support/python_test.h"
 #include "support/script.h"
 
+#include <atomic>
 #include <thread>
 
 namespace {
@@ -190,8 +193,6 @@ TEST_F(PythonTypes, TwoThreadsGetOneClass) {
     type = PyRef();
 }
 
-class HostileObjects : public PythonTest {};
-
 struct HostileCase {
     const char* name;
     const char* code;
@@ -368,26 +369,45 @@ TEST_F(ProxyLifetime, AFieldReadsTheObjectAsABoxedPointer) {
     EXPECT_EQ(ling::python::toPython(empty), nullptr);
 }
 
-TEST_F(ProxyLifetime, EightThreadsShareOneProxy) {
-    ling::Any proxy;
+/// Eight threads use one proxy of each class at once; each operation is whole, and nothing is lost.
+TEST_F(ProxyLifetime, EightThreadsShareProxies) {
+    constexpr int kTurns = 200;
+    ling::Any list, map, set, iterator, function;
     {
         GilGuard gil;
-        PyRef object = eval("list(range(100))");
-        proxy = ling::python::toLing(object.get());
+        run("class Counter:\n  calls = 0\n  def __call__(self, by): self.calls += by\ncounter = Counter()\n");
+        auto proxy = [this](const char* expression) {
+            PyRef object = eval(expression);
+            return ling::python::toLing(object.get());
+        };
+        list = proxy("list(range(100))");
+        map = proxy("{}");
+        set = proxy("set()");
+        function = proxy("counter");
+        iterator = proxy("frozenset(range(1600))").callMethod(ling::I_Iterable_Generic::$iter);
     }
+    std::atomic<int> stepped = 0;
     std::vector<std::thread> threads;
     for (int t = 0; t < 8; ++t)
-        threads.emplace_back([&proxy] {
-            for (int i = 0; i < 200; ++i) {
-                const ling::Any item = proxy.callMethod(ling::I_Sequence_Generic::$at, {i % 100});
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < kTurns; ++i) {
+                const ling::Any item = list.callMethod(ling::I_Sequence_Generic::$at, {i % 100});
                 EXPECT_TRUE(item.isSameAs(ling::Any(i % 100)));
-                (void)proxy.callMethod(ling::I_MutableSequence_Generic::$append, {i});
+                (void)list.callMethod(ling::I_MutableSequence_Generic::$append, {i});
+                (void)map.callMethod(ling::I_MutableMap_Generic::$set, {i, t});
+                (void)set.callMethod(ling::I_MutableSet_Generic::$extend, {ling::List_Generic{i, t, i}});
+                if (iterator.callMethod(ling::I_Iterator_Generic::$next).is(ling::Kind::Integer))
+                    ++stepped;
+                EXPECT_FALSE(ling::internal::is_error_result(ling::unchecked<ling::I_Invokable_Generic>(function)(0)));
+                EXPECT_NE(ling::display(map), u"");
             }
         });
     for (std::thread& thread : threads)
         thread.join();
-    EXPECT_TRUE(proxy.propertyValue(ling::I_Sequence_Generic::$$length).isSameAs(ling::Any(1700)));
-    proxy = ling::Any();
+    EXPECT_TRUE(list.propertyValue(ling::I_Sequence_Generic::$$length).isSameAs(ling::Any(1700)));
+    EXPECT_TRUE(map.propertyValue(ling::I_Map_Generic::$$length).isSameAs(ling::Any(kTurns)));
+    EXPECT_TRUE(set.propertyValue(ling::I_Set_Generic::$$length).isSameAs(ling::Any(kTurns)));
+    EXPECT_EQ(stepped, 8 * kTurns);
 }
 
 }  // namespace
