@@ -1,6 +1,6 @@
 """Checks what the staged files promise a host: what they need, where they look for it, what they export.
 
-Takes the folder of the stage. Reads the files with `readelf` and `nm`, as a packager would.
+Takes the folder of the stage. Reads the files with `readelf`, `nm` and `ldd`, as a packager would.
 """
 
 import pathlib
@@ -25,6 +25,7 @@ PROMISES = {
     f"lib/{RUNTIME}": ("$ORIGIN", set()),
     "qcomponents/qextensions/libling_python.so": (PLUGIN_RUN_PATH, {RUNTIME, PYTHON}),
 }
+NATIVE_MODULES = "qcomponents/qextensions/site-packages"
 PLUGIN_EXPORTS = {"quorvanta_extension_init"}
 
 
@@ -39,6 +40,14 @@ def dynamic_entries(path, kind):
 
 def exports(path):
     return {line.split()[-1] for line in output_of("nm", "--dynamic", "--defined-only", path).splitlines()}
+
+
+def unfound_libraries(stage):
+    """What the copied native modules need and the loader does not find from where they are now."""
+    for module in sorted((stage / NATIVE_MODULES).glob("*.so")):
+        for line in output_of("ldd", module).splitlines():
+            if "not found" in line:
+                yield f"{NATIVE_MODULES}/{module.name}: {line.split()[0]} is not found"
 
 
 def problems_of(stage):
@@ -58,6 +67,7 @@ def problems_of(stage):
     plugin = "qcomponents/qextensions/libling_python.so"
     if exports(stage / plugin) != PLUGIN_EXPORTS:
         yield f"{plugin}: exports {sorted(exports(stage / plugin))}"
+    yield from unfound_libraries(stage)
 
 
 def main():

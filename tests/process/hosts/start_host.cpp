@@ -1,6 +1,7 @@
-/// A host that starts Python in one of several ways and then prints the values of expressions:
+/// A host that starts Python in one of several ways and then prints the values of expressions, or what functions of
+/// Python answer:
 ///
-///     start_host MODE EXTENSIONS EXPRESSION...
+///     start_host MODE EXTENSIONS (EXPRESSION | "call MODULE.FUNCTION")...
 ///
 /// MODE is how the plug-in meets Python; see the table at the end.
 
@@ -83,6 +84,18 @@ void loadWithoutEntry() {
 /// All work on a thread that Python does not know, while the first thread waits.
 void loadOnAnotherThread() { std::thread(loadPlainly).join(); }
 
+/// Calls a function of a Python module as native code does, without arguments.
+ling::Any callImported(std::string_view path) {
+    const ling::Any found = call("python_import", ling::String(path));
+    const auto function = ling::I_Invokable_Generic::cast(found);
+    return function ? (*function)() : found;
+}
+
+ling::Any answerTo(std::string_view question) {
+    constexpr std::string_view kCall = "call ";
+    return question.starts_with(kCall) ? callImported(question.substr(kCall.size())) : evaluate(question);
+}
+
 struct Mode {
     const char* name;
     void (*load)();
@@ -105,6 +118,6 @@ int main(int argc, char** argv) {
     mode->load();
     std::printf("module python: %s\n", ling::find_module("python").isNone() ? "no" : "yes");
     for (int index = 3; index < argc; ++index)
-        showValue(evaluate(argv[index]));
+        showValue(answerTo(argv[index]));
     return 0;
 }
