@@ -7,14 +7,17 @@
 #include "services/number_order.h"
 #include "services/order_group.h"
 
+#include <algorithm>
 #include <optional>
+#include <span>
 
 namespace ling::internal {
 
 namespace {
 
-/// Depth from which on open pairs are kept findable. A value that holds itself passes it soon enough, and shallow
-/// values, which are nearly all, cost nothing.
+/// Depth from which on open pairs are kept in a set. Fewer are found as fast by walking the levels, and shallow values,
+/// which are nearly all, cost nothing. None may be missed: a list that holds itself ten times would be walked ten times
+/// at each level that goes unnoticed.
 constexpr std::size_t kShallow = 16;
 
 /// Only a value that makes its items while it is walked is this deep: an external value that gives a new list around
@@ -169,7 +172,9 @@ std::int64_t comparison_run::open(const Any& a, const Any& b, item_cursor left, 
 }
 
 bool comparison_run::isOpen(const Any& a, const Any& b) const {
-    return !deepPairs_.empty() && deepPairs_.contains({a.object(), b.object()});
+    const auto shallow = std::span(levels_).first(std::min(levels_.size(), kShallow));
+    return std::ranges::any_of(shallow, [&](const level& open) { return open.a.isSameAs(a) && open.b.isSameAs(b); }) ||
+           (!deepPairs_.empty() && deepPairs_.contains({a.object(), b.object()}));
 }
 
 /// The order of the outermost pair, when the innermost has `found`. Items decide about the order of sequences; maps

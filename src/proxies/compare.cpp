@@ -5,7 +5,9 @@
 #include "host/entry.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
+#include "host/stack_room.h"
 #include "ling/comparison.h"
+#include "proxies/comparison_scope.h"
 #include "proxies/python_proxy.h"
 
 #include <optional>
@@ -24,12 +26,12 @@ struct Attempt {
 };
 constexpr Attempt kAttempts[] = {{Py_LT, -1}, {Py_GT, 1}, {Py_EQ, 0}};
 
-/// What the left object's own comparison says, if one of its operators answers `True`. One that raises is passed over,
-/// and its exception with it: the next operator must not start with an error pending.
-std::optional<int> compareByType(PyObject* left, PyObject* right) {
+/// What the left object's own comparison says, or none if none of its operators answers `True`. One that raises is
+/// passed over, and its exception with it: the next operator must not start with an error pending.
+ling::Any compareByType(PyObject* left, PyObject* right) {
     const richcmpfunc compare = Py_TYPE(left)->tp_richcompare;
     if (compare == nullptr)
-        return std::nullopt;
+        return {};
     for (const Attempt& attempt : kAttempts) {
         PyRef result = PyRef::steal(compare(left, right, attempt.operation));
         if (!result)
@@ -37,7 +39,7 @@ std::optional<int> compareByType(PyObject* left, PyObject* right) {
         if (result.get() == Py_True)
             return attempt.answer;
     }
-    return std::nullopt;
+    return {};
 }
 
 /// The compiled helper, kept for the process; null, with `error` set, when it cannot be compiled. Two threads that come
@@ -52,6 +54,18 @@ PyObject* helper(ling::Any& error) {
             Py_XDECREF(compiled);
     }
     return kept;
+}
+
+/// What the helper says, none if it raises or says nothing of use, or the error of making it.
+ling::Any compareByHelper(PyObject* left, PyObject* right) {
+    ling::Any problem;
+    PyObject* function = helper(problem);
+    if (function == nullptr)
+        return platform::failure(u"Unable to call helper function.");
+    PyRef result = PyRef::steal(PyObject_CallFunctionObjArgs(function, left, right, nullptr));
+    const ling::Any order = result ? ling::internal::result_unwrap_lazy(toLing(result.get())) : ling::Any();
+    PyErr_Clear();
+    return order.is(ling::Kind::Integer) ? order : ling::Any();
 }
 
 std::int64_t byIdentity(const ling::Any& self, const ling::Any& other) {
@@ -79,17 +93,19 @@ ling::Any compareObjects(const ling::Any& self, const ling::Any& other) {
         return byIdentity(self, other);
     if (left == right)
         return 0;
+    if (!hasStackRoom())
+        return byIdentity(self, other);
     PythonEntry entry;
-    if (const std::optional<int> answer = compareByType(left, right))
-        return *answer;
-    ling::Any problem;
-    PyObject* function = helper(problem);
-    if (function == nullptr)
-        return platform::failure(u"Unable to call helper function.");
-    PyRef result = PyRef::steal(PyObject_CallFunctionObjArgs(function, left, right, nullptr));
-    const ling::Any order = result ? ling::internal::result_unwrap_lazy(toLing(result.get())) : ling::Any();
-    PyErr_Clear();
-    return order.is(ling::Kind::Integer) ? order : ling::Any(byIdentity(self, other));
+    ComparisonScope scope;
+    if (std::optional<ling::Any> known = scope.findOrOpen(left, right))
+        return *std::move(known);
+    ling::Any order = compareByType(left, right);
+    if (order.isNone())
+        order = compareByHelper(left, right);
+    if (order.isNone())
+        order = byIdentity(self, other);
+    scope.close(left, right, order);
+    return order;
 }
 
 }  // namespace ling::python

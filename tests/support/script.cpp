@@ -28,3 +28,9 @@ std::string script(const std::string& code) {
         return "error: " + error->message().toStdString();
     return ling::display(result).toStdString();
 }
+
+std::string outcome(const std::string& before, const ScriptRow& row) {
+    const std::string code = row.code;
+    const bool isBody = code.find("return") != std::string::npos;
+    return script(before + (isBody ? code : "return probe(lambda: " + code + ")"));
+}

@@ -1,0 +1,106 @@
+#include "support/python_test.h"
+#include "support/script.h"
+#include "support/small_stack.h"
+
+/// Containers that hold themselves, or others as deep as memory allows, through `ling` and Python containers: whatever
+/// is asked of them comes to an end.
+
+namespace {
+
+/// How to make such a container, how to take it apart again (cycles of `ling` values are not collected), and its texts.
+struct Cycle {
+    const char* name;
+    const char* make;
+    const char* undo;
+    const char* str;
+    const char* repr;
+
+    friend void PrintTo(const Cycle& row, std::ostream* out) { *out << row.name; }
+};
+
+class RecursiveContainers : public PythonTest, public testing::WithParamInterface<Cycle> {};
+
+constexpr const char* kAsk = R"(
+a, b = make(), make()
+answers = [str(a), repr(a), ling.display(a), a == b, a < b, a >= b, ling.compare_objects(a, b), hash(a) == hash(a),
+           ling.hash_of(a) == ling.hash_of(a), a in [b], isinstance(ling.List([a]) == ling.List([b]), bool)]
+undo(a)
+undo(b)
+return '\n'.join(map(str, answers))
+)";
+
+TEST_P(RecursiveContainers, ShowCompareAndHash) {
+    const Cycle& row = GetParam();
+    const std::string make = std::string("def make():\n    ") + row.make + "\n    return x\n";
+    const std::string undo = std::string("def undo(x):\n    ") + row.undo + "\n";
+    EXPECT_EQ(script(make + undo + kAsk), std::string(row.str) + "\n" + row.repr + "\n" + row.str +
+                                              "\nTrue\nFalse\nTrue\n0\nTrue\nTrue\nTrue\nTrue");
+}
+
+constexpr Cycle kCycles[] = {
+    {"ListInItself", "x = ling.List([1]); x.append(x)", "x.clear()", "[1, ...]", "[1, [...]]"},
+    {"ListTwiceInItself", "x = ling.List(); x.append(x); x.append(x)", "x.clear()", "[..., ...]", "[[...], [...]]"},
+    {"ListTenTimesInItself", "x = ling.List(); x += [x] * 10", "x.clear()",
+     "[..., ..., ..., ..., ..., ..., ..., ..., ..., ...]",
+     "[[...], [...], [...], [...], [...], [...], [...], [...], [...], [...]]"},
+    {"MapInItself", "x = ling.Map(); x['s'] = x", "x.clear()", "{'s': ...}", "{'s': {...}}"},
+    {"ListThroughATuple", "x = ling.List(); x.append((x,))", "x.clear()", "[([(...)],)]", "[([(...)],)]"},
+    {"MapThroughAPythonList", "x = ling.Map(); x['p'] = [x]", "x.clear()", "{'p': [{'p': [...]}]}",
+     "{'p': [{'p': [...]}]}"},
+    {"ListThroughAPythonDictionary", "x = ling.List(); x.append({1: x})", "x.clear()", "[{1: [{...}]}]",
+     "[{1: [{...}]}]"},
+    {"MapThroughAListAndAPythonList", "x = ling.Map(); x['l'] = ling.List([[x]])", "x.clear()",
+     "{'l': [[{'l': [[...]]}]]}", "{'l': [[{'l': [[...]]}]]}"},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, RecursiveContainers, testing::ValuesIn(kCycles),
+                         [](const auto& row) { return row.param.name; });
+
+class DeepContainers : public PythonTest {
+protected:
+    /// Makes two containers, `levels` deep, and asks everything of them: what answers with a text or an error counts.
+    static std::string askAll(const char* step, int levels) {
+        return script("def make():\n    x = ling.List([1])\n    for _ in range(" + std::to_string(levels) +
+                      "):\n        x = " + step + "\n    return x\na, b = make(), make()\n" + R"(
+answers = [probe(str, a), probe(repr, a), probe(ling.display, a), probe(lambda: a == b), probe(lambda: a < b),
+           probe(ling.compare_objects, a, b), probe(hash, a), probe(ling.hash_of, a), probe(lambda: b in a)]
+def isFine(answer):
+    return 'Error' not in answer or answer == 'RuntimeError: The value is nested too deeply.'
+return [answer[:200] for answer in answers if not isFine(answer)])");
+    }
+};
+
+struct Nesting {
+    const char* step;
+    int levels;
+};
+constexpr Nesting kNestings[] = {
+    {"ling.List([x])", 100'000},      {"ling.Map({'k': x})", 20'000}, {"ling.List([[x]])", 20'000},
+    {"ling.Map({'k': [x]})", 20'000}, {"ling.List([(x,)])", 20'000},  {"ling.List([{'k': x}])", 20'000},
+};
+
+TEST_F(DeepContainers, AnswerOrFailOnTheMainStack) {
+    for (const Nesting& nesting : kNestings)
+        EXPECT_EQ(askAll(nesting.step, nesting.levels), "[]") << nesting.step;
+}
+
+TEST_F(DeepContainers, AnswerOrFailOnASmallStack) {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "The thread checker needs more of the stack than this leaves.";
+#endif
+    for (const Nesting& nesting : kNestings)
+        onSmallStack([&nesting] { EXPECT_EQ(askAll(nesting.step, 5'000), "[]") << nesting.step; });
+}
+
+/// Each level of Python containers asks its items up to three times, which took for ever from twenty levels on.
+TEST_F(DeepContainers, EqualOnesAreFoundEqual) {
+    EXPECT_EQ(script(R"(
+def make(last, levels):
+    x = ling.List([last])
+    for _ in range(levels):
+        x = ling.List([[x]])
+    return x
+return [make(1, 40) == make(1, 40), make(1, 40) < make(2, 40), make(2, 40) < make(1, 40), make(2, 40) == make(1, 40)])"),
+              "[True, True, False, False]");
+}
+
+}  // namespace
