@@ -10,6 +10,7 @@
 #include "ling/list.h"
 #include "ling/members.h"
 #include "ling/module.h"
+#include "lingobject/signature_object.h"
 #include "lingobject/slot_result.h"
 #include "lingobject/types.h"
 
@@ -21,14 +22,6 @@ namespace {
 
 /// What a special name answers: a value to convert, or nothing when the value does not have it.
 using Answer = std::optional<ling::Any>;
-
-std::optional<ling::Signature> signatureOf(const ling::Any& value) {
-    const auto invokable = ling::I_Invokable_Generic::cast(value);
-    if (!invokable)
-        return std::nullopt;
-    const ling::Result<ling::Signature> signature = invokable->signature();
-    return signature ? *signature : ling::Signature({}, ling::Untyped::getType());
-}
 
 Answer docOf(const ling::Any& value) {
     ling::string_builder text;

@@ -9,6 +9,7 @@
 #include "lingobject/instance.h"
 #include "lingobject/operators.h"
 #include "lingobject/protocols.h"
+#include "lingobject/signature_object.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -63,7 +64,8 @@ PyTypeObject* makeCallableType() {
         type->tp_as_number = numberTable();
         type->tp_call = call;
     }
-    return makeReady(type);
+    type = makeReady(type);
+    return type != nullptr && addSignature(type) ? type : nullptr;
 }
 
 /// Made on first need, under the interpreter lock, by steps that run no Python code and so do not give it up.
