@@ -28,7 +28,10 @@ Class_Generic Class_Generic::share(object_value_class* record) { return Class_Ge
 Class_Generic Class_Generic::adopt(object_value_class* record) { return Class_Generic(Any::adopt(record)); }
 
 String Class_Generic::name() const { return record()->name(); }
-String Class_Generic::doc() const { return record()->declarations().doc; }
+String Class_Generic::doc() const {
+    (void)record()->ensureMembers();
+    return record()->declarations().doc;
+}
 String Class_Generic::example(Language language) const {
     return record()->declarations().examples[static_cast<std::size_t>(language)];
 }
@@ -81,6 +84,7 @@ std::vector<Declared<Identifier, Member>> listMembers(
         return std::any_of(all.begin(), all.end(), [&](const auto& member) { return member.id == id; });
     };
     for (const object_value_class* declarer : record->ancestry()) {
+        (void)declarer->ensureMembers();
         for (const auto& declared : declarer->declarations().*list)
             if (!isListed(declared.id))
                 all.push_back({declared.id, unchecked<Member>(declared.member)});

@@ -21,17 +21,30 @@ struct class_structure {
     }
 
     static const class_tables& tablesLocked(const object_value_class* klass) {
-        if (const member_tables* present = klass->tables_.load(std::memory_order_acquire))
-            return static_cast<const class_tables&>(*present);
-        std::unique_ptr<class_tables> built = build_tables(const_cast<object_value_class*>(klass), &tablesLocked);
-        const class_tables* tables = built.get();
-        klass->declarations_->retired.push_back(std::move(built));
-        klass->tables_.store(tables, std::memory_order_release);
+        const class_tables* tables = klass->outline_.load(std::memory_order_acquire);
+        if (tables == nullptr)
+            tables = buildLocked(klass);
+        if (klass->tables_.load(std::memory_order_relaxed) == nullptr && hasAllMembers(*tables))
+            klass->tables_.store(tables, std::memory_order_release);
         return *tables;
     }
 
+    static const class_tables* buildLocked(const object_value_class* klass) {
+        std::unique_ptr<class_tables> built = build_tables(const_cast<object_value_class*>(klass), &tablesLocked);
+        const class_tables* tables = built.get();
+        klass->declarations_->retired.push_back(std::move(built));
+        klass->outline_.store(tables, std::memory_order_release);
+        return tables;
+    }
+
+    static bool hasAllMembers(const class_tables& tables) {
+        return std::none_of(tables.ancestry.begin(), tables.ancestry.end(),
+                            [](const object_value_class* ancestor) { return ancestor->expectsMembers(); });
+    }
+
     static void invalidate(object_value_class* klass) {
-        if (klass->tables_.exchange(nullptr, std::memory_order_acq_rel) == nullptr)
+        klass->tables_.store(nullptr, std::memory_order_release);
+        if (klass->outline_.exchange(nullptr, std::memory_order_acq_rel) == nullptr)
             return;  // Without tables of its own it cannot have children that have any.
         for (object_value_class* child : klass->declarations_->children)
             invalidate(child);
@@ -80,13 +93,28 @@ object_value_class::~object_value_class() {
 }
 
 const class_tables& object_value_class::tables() const {
-    const member_tables* present = tables_.load(std::memory_order_acquire);
-    return static_cast<const class_tables&>(present != nullptr ? *present : ensureTables());
+    const class_tables* present = outline_.load(std::memory_order_acquire);
+    return present != nullptr ? *present : buildTables();
+}
+
+const class_tables& object_value_class::buildTables() const {
+    std::lock_guard hold(class_structure::guard());
+    return class_structure::tablesLocked(this);
 }
 
 const member_tables& object_value_class::ensureTables() const {
-    std::lock_guard hold(class_structure::guard());
-    return class_structure::tablesLocked(this);
+    for (const object_value_class* ancestor : tables().ancestry)
+        (void)ancestor->ensureMembers();
+    return buildTables();
+}
+
+bool object_value_class::ensureMembers() const {
+    if (!expectsMembers())
+        return true;
+    if (!const_cast<object_value_class*>(this)->declareMembers())
+        return false;
+    expectsMembers_.store(false, std::memory_order_release);
+    return true;
 }
 
 std::span<object_value_class* const> object_value_class::ancestry() const { return tables().ancestry; }

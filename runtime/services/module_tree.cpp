@@ -123,13 +123,26 @@ void module_tree::markLinked(const Module& module) {
 
 Any name_is_taken(const String& name) { return failure(String(u"The name '{}' is taken.").arg(name)); }
 
+namespace {
+
+/// A class-level property, as far as the class has declared its members. One that it has left for later gives way to
+/// the child, since what a module carries itself comes before what its class says: to list a module is no reason to
+/// ask for all that is in its parent.
+Any declared_property(const object_value_class& cls, const property_ident_untyped& id) {
+    if (cls.expectsMembers())
+        return Any();
+    const found_member declared = cls.findProperty(id);
+    return declared && declared.classLevel ? Any::share(declared.member) : Any();
+}
+
+}  // namespace
+
 std::optional<Any> occupant_of(const Module& module, const property_ident_untyped& id) {
     Any property;
     if (own_members* own = find_own_members(module))
         property = own->properties.find(id.data());
-    const found_member declared = raw_class_record(module)->findProperty(id);
-    if (property.isNone() && declared && declared.classLevel)
-        property = Any::share(declared.member);
+    if (property.isNone())
+        property = declared_property(*raw_class_record(module), id);
     if (property.isNone())
         return std::nullopt;
     const Property& known = unchecked<Property>(property);

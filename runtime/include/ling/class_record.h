@@ -34,6 +34,10 @@ struct class_hooks {
 /// use stay until the class dies, since a reader may still hold one.
 ///
 /// The `..._unsafe` operations are for building a class: they may not run at the same time on one class.
+///
+/// A class may leave its members for later: it says so with `expect_members_unsafe` while it is made, and declares them
+/// in `declareMembers` when somebody first looks for a member or lists them. Nobody sees the difference, but for the
+/// time it takes.
 class LING_EXPORT object_value_class : public object_value {
 public:
     explicit object_value_class(const String& name);
@@ -78,6 +82,14 @@ public:
     void set_hooks_unsafe(const class_hooks& hooks);  ///< Entries that are not null replace those of the class.
     void set_generic_unsafe(const Class_Generic& generic, std::vector<Type> parameters);
 
+    /// Leaves methods, properties and the documentation to `declareMembers`.
+    void expect_members_unsafe() noexcept { expectsMembers_.store(true, std::memory_order_release); }
+    bool expectsMembers() const noexcept { return expectsMembers_.load(std::memory_order_acquire); }
+    /// Makes sure that the class has the members that it left for later, those of its ancestors not included. False
+    /// while they are being declared further down on this thread. Runs the code of the class, unlike a look-up in a
+    /// class that has all its members.
+    bool ensureMembers() const;
+
     void set_interface_unsafe();  ///< The class has no instances of its own; classes that derive from it may.
 
     /// The instance of this generic for `parameters`: made by the first caller, the same for all.
@@ -96,9 +108,15 @@ public:
 protected:
     ~object_value_class() override;
 
+    /// Declares the members that were left for later; parents, fields and hooks are there from the beginning. Answers
+    /// whether all is done. Until it is, everybody who looks calls this: several threads at once, and code that it runs
+    /// itself. No lock of the runtime is held.
+    virtual bool declareMembers() { return true; }
+
 private:
     friend struct class_structure;
     const class_tables& tables() const;
+    const class_tables& buildTables() const;
     const member_tables& ensureTables() const;
     const found_member& find(member_table member_tables::*table, const identifier& id) const {
         const member_tables* present = tables_.load(std::memory_order_acquire);
@@ -107,7 +125,9 @@ private:
 
     String name_;
     const std::unique_ptr<class_declarations> declarations_;     // Guarded by the one lock of the class structure.
-    mutable std::atomic<const member_tables*> tables_{nullptr};  // Always the part of a `class_tables`.
+    mutable std::atomic<const class_tables*> outline_{nullptr};  // What is declared so far.
+    mutable std::atomic<const member_tables*> tables_{nullptr};  // The same once no member is left for later.
+    mutable std::atomic<bool> expectsMembers_{false};
 };
 
 /// An instance of a class: its declared fields, and nothing else. Native classes derive their own data from it.

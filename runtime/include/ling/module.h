@@ -58,7 +58,8 @@ public:
     /// `klass` is `Module` or derived from it. The module is in nobody's tree until it is registered.
     object_value_module(object_value_class* klass, const String& name);
     const String& name() const noexcept { return name_; }
-    String doc() const;
+    /// Virtual for modules whose documentation is to be fetched first.
+    virtual String doc() const;
     void setDoc(const String& doc);
 
     /// What is registered in the module. A name is added once: false, with nothing done, for one that is there already.
