@@ -14,7 +14,7 @@ const void* thisThread() noexcept {
 
 }  // namespace
 
-void Once::runAction(void (*action)(void*), void* context) {
+void Once::runAction(bool (*action)(void*), void* context) {
     for (;;) {
         State seen = State::Idle;
         if (state_.compare_exchange_strong(seen, State::Running, std::memory_order_acquire))
@@ -25,15 +25,14 @@ void Once::runAction(void (*action)(void*), void* context) {
     }
 }
 
-void Once::runAsOwner(void (*action)(void*), void* context) {
+void Once::runAsOwner(bool (*action)(void*), void* context) {
     struct Finish {
         Once& once;
         State state = State::Idle;
         ~Finish() { once.finish(state); }
     } finish{*this};
     owner_.store(thisThread(), std::memory_order_relaxed);
-    action(context);
-    finish.state = State::Done;
+    finish.state = action(context) ? State::Done : State::Idle;
 }
 
 void Once::finish(State state) noexcept {

@@ -67,6 +67,14 @@ TEST_F(OnceTest, AnActionThatThrowsIsRunAgainByTheNext) {
     EXPECT_TRUE(ran && once.isDone());
 }
 
+TEST_F(OnceTest, AnActionThatAnswersFalseIsRunAgainByTheNext) {
+    Once once;
+    once.run([] { return false; });
+    EXPECT_FALSE(once.isDone());
+    once.run([] { return true; });
+    EXPECT_TRUE(once.isDone());
+}
+
 TEST_F(OnceTest, AWaiterTakesOverFromAnActionThatThrows) {
     Once once;
     std::atomic<bool> started = false;
