@@ -1,27 +1,31 @@
 #include "functions/module_python.h"
 
+#include "functions/module_class.h"
 #include "host/boxed_object.h"
-#include "host/error_scope.h"
-#include "host/gil_guard.h"
+#include "host/platform.h"
 #include "ling/class_builder.h"
 #include "ling/extension.h"
 #include "proxies/python_proxy.h"
-
-#include <atomic>
 
 namespace ling::python {
 
 namespace {
 
-/// Holds the Python module for good: whoever writes to the field writes to nothing.
+/// What its class holds is in the field of the instance: whoever writes to that writes to nothing.
 class ModuleRecord final : public ling::internal::object_value_module {
 public:
     using object_value_module::object_value_module;
 
-    PyObject* pythonModule() const noexcept { return module_.load(std::memory_order_acquire); }
-    /// Once, by the maker. The interpreter lock must be held.
-    void hold(PyObject* module) noexcept { module_.store(Py_NewRef(module), std::memory_order_release); }
+    PyObject* pythonModule() const {
+        ModuleClass* cls = moduleClass();
+        return cls == nullptr ? nullptr : cls->module();
+    }
 
+    /// What somebody has said about it, else what the Python module says about itself.
+    ling::String doc() const override {
+        ling::String own = object_value_module::doc();
+        return own.isEmpty() && moduleClass() != nullptr ? ling::Class_Generic::share(ownClass()).doc() : own;
+    }
     ling::Any field(std::size_t position) const override {
         if (!isModuleField(position))
             return object_value_module::field(position);
@@ -33,21 +37,12 @@ public:
             object_value_module::setField(position, std::move(value));
     }
 
-protected:
-    ~ModuleRecord() override {
-        const GilGuard gil = GilGuard::ifAlive();
-        if (!gil)
-            return;
-        const ErrorScope pending;
-        Py_XDECREF(module_.load(std::memory_order_relaxed));
-    }
-
 private:
+    /// Null for an instance of any other class.
+    ModuleClass* moduleClass() const { return dynamic_cast<ModuleClass*>(ownClass()); }
     bool isModuleField(std::size_t position) const {
         return static_cast<std::int64_t>(position) == ownClass()->findField(PythonProxy::$_pyobj);
     }
-
-    std::atomic<PyObject*> module_{nullptr};
 };
 
 ling::internal::object_value* allocateModule(ling::internal::object_value_class* klass) {
@@ -63,18 +58,30 @@ ling::Class_Generic makeClass() {
         .build();
 }
 
+ling::String lastPart(const ling::String& name) { return name.sliced(platform::lastIndexOf(name, u'.') + 1); }
+
 const bool classIsQueued =
     (ling::internal::add_init_handler(ling::InitLevel::Classes, [] { (void)ModulePython::getClass(); }), true);
 
 }  // namespace
 
-ModulePython ModulePython::make(const ling::Class_Generic& cls, const ling::String& name, PyObject* module) {
-    auto* record = new ModuleRecord(cls.record(), name);
-    record->hold(module);
-    return ModulePython(ling::unchecked<ling::Module>(ling::Any::adopt(record)));
+ModulePython ModulePython::make(const ling::String& name, PyObject* module) {
+    return makeInstance(ModuleClass::make(lastPart(name), getClass(), module), name);
 }
 
-PyObject* ModulePython::pythonModule(const ling::Any& value) noexcept {
+ModulePython ModulePython::makeLate(const ling::String& name, const ling::String& pythonName) {
+    return makeInstance(ModuleClass::makeLate(lastPart(name), getClass(), pythonName), name);
+}
+
+ModulePython ModulePython::makeInstance(const ling::Class_Generic& cls, const ling::String& name) {
+    return ModulePython(ling::unchecked<ling::Module>(ling::Any::adopt(new ModuleRecord(cls.record(), name))));
+}
+
+bool ModulePython::isInstance(const ling::Any& value) noexcept {
+    return ling::internal::cast_object(value, getClass()) != nullptr;
+}
+
+PyObject* ModulePython::pythonModule(const ling::Any& value) {
     ling::internal::object_value* record = ling::internal::cast_object(value, getClass());
     return record == nullptr ? nullptr : static_cast<ModuleRecord*>(record)->pythonModule();
 }

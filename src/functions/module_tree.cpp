@@ -1,19 +1,22 @@
 #include "functions/module_tree.h"
 
 #include "bridge/convert.h"
+#include "functions/import_log.h"
+#include "functions/module_class.h"
 #include "functions/module_python.h"
 #include "host/entry.h"
 #include "host/names.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
 #include "language/evaluate.h"
-#include "ling/class_builder.h"
 #include "ling/error.h"
 #include "ling/iterable.h"
 
 #include <algorithm>
-#include <iterator>
+#include <filesystem>
 #include <string>
+#include <string_view>
+#include <system_error>
 
 namespace ling::python {
 
@@ -30,60 +33,40 @@ constexpr const char* kSubmodules =
     "import pkgutil\npath = getattr( pp, '__path__', None )\nif path:\n    return list( pkgutil.iter_modules( path ) "
     ")\n"
     "return list()";
-constexpr const char* kAllModules = "import pkgutil\nreturn list(pkgutil.iter_modules())";
 
-/// There already, or of no use to anybody: one prints a poem, one opens a browser.
-constexpr std::u16string_view kNeverImported[] = {u"builtins", u"this", u"antigravity", u"sys"};
+/// Test suites that are installed with the packages they test: they want test frameworks, and act on import.
+constexpr std::u16string_view kTestSuite = u"tests";
 
-constexpr int kOneOfAll = 1;
+/// The folders and archives in which a package and those above it look for their modules. A package whose path leads
+/// back to one of them, by a link or by intention, would hold itself without end.
+struct PackagePath {
+    std::vector<std::string> places;
+    const PackagePath* above = nullptr;
 
-bool isPublic(const ling::String& name) { return !name.isEmpty() && !name.startsWith(u"_"); }
+    bool leadsBackTo(const PackagePath* package) const {
+        for (; package != nullptr; package = package->above) {
+            if (std::find_first_of(places.begin(), places.end(), package->places.begin(), package->places.end()) !=
+                places.end())
+                return true;
+        }
+        return false;
+    }
+};
 
-/// What a member of a module is in the host: a class or something to call. None for all others and for what does not
-/// convert.
-ling::Any exportedMember(PyObject* value) {
-    if (!PyType_Check(value) && PyCallable_Check(value) == 0)
-        return {};
-    ling::Any member = toLing(value);
+/// The entries of a Python path, links resolved.
+std::vector<std::string> placesIn(PyObject* path) {
+    std::vector<std::string> places;
+    PyRef iterator = PyRef::steal(path != nullptr ? PyObject_GetIter(path) : nullptr);
+    while (PyRef entry = iterator ? PyRef::steal(PyIter_Next(iterator.get())) : PyRef()) {
+        const char* text = PyUnicode_Check(entry.get()) ? PyUnicode_AsUTF8(entry.get()) : nullptr;
+        std::error_code unresolved;  // Inside an archive: the name has to do.
+        const std::filesystem::path resolved =
+            text == nullptr ? std::filesystem::path() : std::filesystem::canonical(text, unresolved);
+        if (text != nullptr)
+            places.push_back(unresolved ? text : resolved.string());
+    }
     PyErr_Clear();
-    return ling::internal::is_error_result(member) ? ling::Any() : member;
-}
-
-void addMember(ling::internal::class_builder& builder, PyObject* key, PyObject* value) {
-    if (!PyUnicode_Check(key))
-        return;
-    const ling::Result<ling::String> name = ling::String::cast(toLing(key));
-    PyErr_Clear();
-    if (!name || !isPublic(*name))
-        return;
-    const ling::Any member = exportedMember(value);
-    if (!member.isNone())
-        builder.classProperty(ling::property_ident_untyped(*name), ling::internal::property_builder().value(member));
-}
-
-/// Walks a copy: converting a member can run code that changes the module.
-void addMembers(ling::internal::class_builder& builder, PyObject* module) {
-    PyRef members = PyRef::steal(PyModule_Check(module) ? PyDict_Copy(PyModule_GetDict(module)) : nullptr);
-    PyObject* key = nullptr;
-    PyObject* value = nullptr;
-    Py_ssize_t position = 0;
-    while (members && PyDict_Next(members.get(), &position, &key, &value) != 0)
-        addMember(builder, key, value);
-}
-
-std::string docOf(PyObject* module) {
-    PyRef doc = PyRef::steal(attribute(module, names::doc));
-    const ling::Any text = toLing(doc.get());
-    PyErr_Clear();
-    return ling::String::cast(text).valueOr(ling::String()).toStdString();
-}
-
-ling::Class_Generic makeModuleClass(const ling::String& name, const std::string& doc, PyObject* module) {
-    const ling::String shortName = name.sliced(platform::lastIndexOf(name, u'.') + 1);
-    ling::internal::class_builder builder(shortName.toStdString(), "");
-    builder.parent(ModulePython::getClass()).doc(doc);
-    addMembers(builder, module);
-    return builder.build();
+    return places;
 }
 
 /// The module that is in the tree under this name already and exports this very Python module, or none.
@@ -94,9 +77,7 @@ ling::Any exportedBefore(const ling::String& name, PyObject* module) {
 
 /// The exporting object, in the tree with its members. Whoever is second, on another thread, gets that of the first.
 ling::Any putIntoTree(const ling::String& name, PyObject* module) {
-    const std::string doc = docOf(module);
-    const ModulePython exported = ModulePython::make(makeModuleClass(name, doc, module), name, module);
-    exported.setDoc(ling::String(doc));
+    const ModulePython exported = ModulePython::make(name, module);
     const ling::Any problem = platform::registerModule(exported);
     if (!ling::internal::is_error_result(problem))
         return exported;
@@ -114,85 +95,112 @@ ling::String nameIn(const ling::Any& entry) {
     return ling::String::cast(text).valueOr(ling::String());
 }
 
-/// The names in a list of what `pkgutil` tells about modules; those that nobody is to see left out.
-std::vector<ling::String> namesIn(const ling::Any& listing) {
-    std::vector<ling::String> names;
-    const ling::Result<ling::I_Iterable_Generic> entries = ling::I_Iterable_Generic::cast(listing);
-    if (!entries)
-        return names;
-    for (ling::iteration entry = entries->beginImpl(); entry.advance();) {
-        const ling::String name = nameIn(entry.item());
-        if (isPublic(name))
-            names.push_back(name);
-    }
-    return names;
-}
-
 std::vector<ling::String> submodulesOf(PyObject* module) {
-    PyRef path = PyRef::steal(attribute(module, names::modulePath));
-    PyErr_Clear();
-    if (!path)
-        return {};
     const ling::Map_Generic locals = platform::makeMap({{ling::String("pp"), toLing(module)}});
     const ling::Any listing =
         evaluateMethod(ling::Any(), kSubmodules, locals, platform::makeMap(), platform::makeMap());
-    std::vector<ling::String> names = namesIn(listing);
+    std::vector<ling::String> names = publicNamesIn(listing);
     PyErr_Clear();
     return names;
 }
 
-ling::Any importFailure(const ling::String& name) {
+/// One export with all that it brings.
+class Export {
+public:
+    explicit Export(int flag) : log_(flag == kOneOfAllModules ? ImportLog::current() : nullptr), flag_(flag) {}
+
+    ling::Any run(const ling::String& lingName, const ling::String& pythonName, const PackagePath& above);
+
+private:
+    ling::Any importFailure(const ling::String& pythonName);
+    ling::Any putIntoTree(const ling::String& lingName, const ling::String& pythonName, PyObject* module);
+    void exportSubmodules(const ling::String& lingName, const ling::String& pythonName, PyObject* module,
+                          const PackagePath& above);
+
+    ImportLog* const log_;
+    const int flag_;
+};
+
+ling::Any Export::importFailure(const ling::String& pythonName) {
+    if (log_ != nullptr)
+        log_->failed(pythonName, pendingExceptionText());
     const ling::Any error = takePythonError();
-    return error.isNone() ? platform::failure(ling::String(u"Unable to find the module: {}.").arg(name)) : error;
+    if (!error.isNone())
+        return error;
+    return platform::failure(ling::String(u"Unable to find the module: {}.").arg(pythonName));
 }
 
-/// One submodule that cannot be exported does not keep the others away. Among all modules there are always some.
-void exportSubmodule(const ling::String& lingName, const ling::String& pythonName, int flag) {
-    const ling::Any exported = exportModule(lingName, pythonName, flag);
-    if (flag != kOneOfAll && ling::internal::is_error_result(exported))
-        reportNotExported(pythonName, exported);
+ling::Any Export::putIntoTree(const ling::String& lingName, const ling::String& pythonName, PyObject* module) {
+    ling::Any exported = ling::python::putIntoTree(lingName, module);
+    if (log_ == nullptr)
+        return exported;
+    if (const ling::Result<ling::Error> error = ling::Error::cast(exported))
+        log_->failed(pythonName, error->message());
+    else
+        log_->exported(pythonName);
+    return exported;
 }
 
-ling::String joined(const ling::String& parent, const ling::String& name) { return parent + u"." + name; }
-
-}  // namespace
-
-ling::Any exportModule(const ling::String& lingName, const ling::String& pythonName, int flag) {
-    PythonEntry entry;
+ling::Any Export::run(const ling::String& lingName, const ling::String& pythonName, const PackagePath& above) {
     PyRef name = PyRef::steal(toPython(pythonName));
     PyRef module = name ? PyRef::steal(PyImport_Import(name.get())) : PyRef();
     if (!module)
         return importFailure(pythonName);
     if (ling::Any before = exportedBefore(lingName, module.get()); !before.isNone())
         return before;
-    ling::Any exported = putIntoTree(lingName, module.get());
-    if (ling::internal::is_error_result(exported))
-        return exported;
-    for (const ling::String& child : submodulesOf(module.get()))
-        exportSubmodule(joined(lingName, child), joined(pythonName, child), flag);
+    ling::Any exported = putIntoTree(lingName, pythonName, module.get());
+    if (!ling::internal::is_error_result(exported))
+        exportSubmodules(lingName, pythonName, module.get(), above);
     return exported;
 }
 
-void reportNotExported(const ling::String& pythonName, const ling::Any& error) {
-    const ling::Result<ling::Error> known = ling::Error::cast(error);
-    platform::report(ling::String(u"Unable to export the Python module {}: {}")
-                         .arg(pythonName, known ? known->message() : ling::String()));
+/// One submodule that cannot be exported does not keep the others away.
+void Export::exportSubmodules(const ling::String& lingName, const ling::String& pythonName, PyObject* module,
+                              const PackagePath& above) {
+    PyRef path = PyRef::steal(attribute(module, names::modulePath));
+    PyErr_Clear();
+    if (!path)
+        return;
+    const PackagePath own{placesIn(path.get()), &above};
+    if (own.leadsBackTo(&above))
+        return;
+    for (const ling::String& child : submodulesOf(module)) {
+        if (child == kTestSuite)
+            continue;
+        const ling::String childName = joinedName(pythonName, child);
+        const ling::Any exported = run(joinedName(lingName, child), childName, own);
+        if (flag_ != kOneOfAllModules && ling::internal::is_error_result(exported))
+            reportNotExported(childName, exported);
+    }
 }
 
-ling::Any importAllModules() {
-    PythonEntry entry;
-    const ling::Any root = ling::find_or_create_module("python");
-    if (ling::internal::is_error_result(root))
-        return root;
-    const ling::Any listing =
-        evaluateMethod(ling::Any(), kAllModules, platform::makeMap(), platform::makeMap(), platform::makeMap());
-    if (ling::internal::is_error_result(listing))
-        return listing;
-    for (const ling::String& name : namesIn(listing)) {
-        if (std::find(std::begin(kNeverImported), std::end(kNeverImported), name.view()) == std::end(kNeverImported))
-            (void)exportModule(joined("python", name), name, kOneOfAll);
+}  // namespace
+
+std::vector<ling::String> publicNamesIn(const ling::Any& listing) {
+    std::vector<ling::String> names;
+    const ling::Result<ling::I_Iterable_Generic> entries = ling::I_Iterable_Generic::cast(listing);
+    if (!entries)
+        return names;
+    for (ling::iteration entry = entries->beginImpl(); entry.advance();) {
+        const ling::String name = nameIn(entry.item());
+        if (isPublicName(name))
+            names.push_back(name);
     }
-    return {};
+    return names;
+}
+
+ling::String joinedName(const ling::String& parent, const ling::String& name) { return parent + u"." + name; }
+
+ling::Any exportModule(const ling::String& lingName, const ling::String& pythonName, int flag) {
+    PythonEntry entry;
+    const PackagePath everything{placesIn(PySys_GetObject("path"))};
+    return Export(flag).run(lingName, pythonName, everything);
+}
+
+ling::Any exportModuleLater(const ling::String& lingName, const ling::String& pythonName) {
+    const ModulePython exported = ModulePython::makeLate(lingName, pythonName);
+    const ling::Any problem = platform::registerModule(exported);
+    return ling::internal::is_error_result(problem) ? problem : ling::Any(exported);
 }
 
 }  // namespace ling::python

@@ -35,6 +35,12 @@ inline ling::Map_Generic makeMap(std::initializer_list<std::pair<ling::Any, ling
     return ling::Map_Generic(std::span<const std::pair<ling::Any, ling::Any>>(entries.begin(), entries.size()));
 }
 
+/// A new map with what is in `map` now, in the same order.
+inline ling::Map_Generic copyOf(const ling::Map_Generic& map) {
+    return ling::Map_Generic(
+        static_cast<const ling::internal::object_value_hash_map*>(map.object())->copy_and_load_pairs());
+}
+
 /// A function from native code; `names` lists its parameters, separated by commas.
 template <class Code>
 ling::FunctionCL_Generic makeFunction(std::string_view name, std::string_view names, Code&& code,

@@ -1,5 +1,6 @@
 #include "host/startup.h"
 
+#include "functions/module_class.h"
 #include "functions/module_tree.h"
 #include "host/gil_guard.h"
 #include "host/interpreter.h"
@@ -23,6 +24,8 @@ struct StandardExport {
     const char* lingName;
     const char* pythonName;
 };
+/// All that is in them, submodules included. None of them is imported before somebody looks into it: that would take
+/// the greater part of the start.
 constexpr StandardExport kStandardExports[] = {
     {"python.builtins", "builtins"},
     {"python.collections", "collections"},
@@ -40,7 +43,7 @@ constinit Once languageClassBuilt;
 
 /// A module that cannot be exported is missing from the tree, and the start goes on without it.
 void exportStandardModule(const StandardExport& row) {
-    const ling::Any module = exportModule(row.lingName, row.pythonName, 0);
+    const ling::Any module = exportModuleLater(row.lingName, row.pythonName);
     if (ling::internal::is_error_result(module))
         reportNotExported(row.pythonName, module);
 }

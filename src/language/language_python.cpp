@@ -2,7 +2,8 @@
 
 #include "bridge/render.h"
 #include "bridge/type_names.h"
-#include "functions/module_tree.h"
+#include "functions/import_all.h"
+#include "functions/import_log.h"
 #include "host/interpreter.h"
 #include "language/call_forms.h"
 #include "ling/class_builder.h"
@@ -14,6 +15,8 @@ namespace ling::python {
 namespace {
 
 constexpr const char* kScriptExample = "ling.python.LanguagePython.evaluateExpression( '[1, 2, 3]' )";
+
+const ling::property_ident_untyped $$importProblems("importProblems");
 
 /// The one object of the class; none until the class is there.
 ling::Any& languageInstance() {
@@ -66,6 +69,15 @@ void addNames(ling::internal::class_builder& builder) {
                        ling::internal::property_builder().value(ling::String("Python")).doc("Name of the language."));
 }
 
+void addImporting(ling::internal::class_builder& builder) {
+    builder.classMethod("importAllModules", "", &importModules, "Imports all standard python modules.")
+        .classProperty($$importProblems, ling::internal::property_builder()
+                                             .getter([] { return importProblems(); })
+                                             .doc("What 'importAllModules' met so far: for each module that it could "
+                                                  "not export the error, and for each that wrote something what it "
+                                                  "wrote, by the module's name."));
+}
+
 void addInstance(ling::internal::class_builder& builder) {
     const auto instance = [] { return languageInstance(); };
     builder.classProperty(ling::I_Language::$$instance,
@@ -84,7 +96,7 @@ void buildLanguageClass() {
     addEvaluation(builder);
     addNames(builder);
     addInstance(builder);
-    builder.classMethod("importAllModules", "", &importModules, "Imports all standard python modules.");
+    addImporting(builder);
     languageInstance() = builder.build().allocateInstance();
 }
 

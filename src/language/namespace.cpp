@@ -1,6 +1,7 @@
 #include "language/namespace.h"
 
 #include "bridge/convert.h"
+#include "functions/module_python.h"
 #include "host/platform.h"
 #include "language/variables.h"
 
@@ -12,8 +13,11 @@ namespace {
 
 bool isTopLevel(const ling::Module& module) { return module.name().view().find(u'.') == std::u16string_view::npos; }
 
-/// Asks for the property first: reading one that is not there would make an error each time.
+/// Asks for the property first: reading one that is not there would make an error each time. A Python module has
+/// nothing registered in it to be bound, and asking it would import it.
 bool bindsMembers(const ling::Module& module) {
+    if (ModulePython::isInstance(module))
+        return false;
     const ling::Property mark = ling::property_of(module, ling::Module::$$bindMembers);
     if (mark.isNone())
         return false;

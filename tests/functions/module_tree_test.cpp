@@ -1,15 +1,24 @@
 #include "functions/module_tree.h"
 
 #include "functions/module_python.h"
+#include "language/evaluate.h"
 #include "ling/byte_array.h"
 #include "ling/class.h"
 #include "ling/error.h"
 #include "ling/function.h"
+#include "ling/hash_containers.h"
 #include "ling/members.h"
 #include "ling/module.h"
+#include "proxies/python_proxy.h"
 #include "support/python_test.h"
 
+#include <atomic>
+#include <memory>
+#include <thread>
+#include <vector>
+
 using ling::python::exportModule;
+using ling::python::exportModuleLater;
 using ling::python::GilGuard;
 using ling::python::ModulePython;
 
@@ -135,6 +144,152 @@ TEST_F(ModuleTreeTest, MembersThatMisbehaveAreLeftOut) {
     EXPECT_EQ((*ling::I_Invokable_Generic::cast(member(module, "fine")))().asInteger(), 1);
 }
 
+struct HostileModule {
+    const char* name;
+    const char* code;
+    const char* doc;
+};
+
+class HostileModuleTest : public ModuleTreeTest, public testing::WithParamInterface<HostileModule> {};
+
+/// Nothing is pending afterwards: the fixture looks.
+TEST_P(HostileModuleTest, IsExportedWithWhatCanBeHadOfIt) {
+    const std::string name = freshName();
+    make(name, std::string(GetParam().code) + "\ndef fine(): return 1\n");
+    const ling::Any module = exportAsChild(name);
+    ASSERT_TRUE(ling::Module::cast(module));
+    EXPECT_EQ(ling::unchecked<ling::Module>(module).doc().toStdString(), GetParam().doc);
+    EXPECT_EQ((*ling::I_Invokable_Generic::cast(member(module, "fine")))().asInteger(), 1);
+}
+
+constexpr HostileModule kHostileModules[] = {
+    {"DocIsANumber", "__doc__ = 5", ""},
+    {"DocIsAClass", "class __doc__: pass", ""},
+    {"DocIsNoText", "__doc__ = chr(0xD800)", ""},
+    {"GetattrRaises", "def __getattr__(name): raise RuntimeError(name)", ""},
+    {"GetattrEndsAll", "def __getattr__(name): raise KeyboardInterrupt", ""},
+    {"PathRaises", "def __getattr__(name):\n    if name == \"__path__\": raise SystemExit(1)\n    raise AttributeError",
+     ""},
+    {"PathIteratesBadly",
+     "class Path:\n    def __iter__(self): return self\n    def __next__(self): 1/0\n__path__ = Path()", ""},
+    {"PathHoldsNoTexts", "__path__ = [3, None, chr(0xD800)]", ""},
+    {"NamesAreNoIdentifiers", "globals().update({\"not one\": len, \"a.b\": len, chr(0xD800): len, \"1\": len})", ""},
+    {"ChangesWhileItIsWalked",
+     "class Meta(type):\n    def __getattribute__(cls, name):\n        globals()[name + str(len(globals()))] = len\n"
+     "        return type.__getattribute__(cls, name)\nclass Grows(metaclass=Meta): pass",
+     ""},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, HostileModuleTest, testing::ValuesIn(kHostileModules),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(ModuleTreeTest, AMemberKeepsItsNameWhateverItIs) {
+    const std::string name = freshName();
+    make(name, "globals().update({\"not one\": len, \"class\": len, chr(233): len})\n");
+    const ling::Any module = exportAsChild(name);
+    for (const char* present : {"not one", "class", "\u00e9"})
+        EXPECT_TRUE(hasMember(module, present)) << present;
+}
+
+TEST_F(ModuleTreeTest, WhatStandsForAModuleInSysModulesIsExported) {
+    const std::string name = freshName();
+    runLocked(("class Stand:\n    __doc__ = 'Stands in.'\nstand = sys.modules['" + name +
+               "'] = Stand()\nmade.append('" + name + "')\n")
+                  .c_str());
+    const ling::Any module = exportAsChild(name);
+    EXPECT_EQ(ling::unchecked<ling::Module>(module).doc().toStdString(), "Stands in.");
+    GilGuard gil;
+    const ling::python::PyRef stand = eval("stand");
+    EXPECT_EQ(ModulePython::pythonModule(module), stand.get());
+}
+
+TEST_F(ModuleTreeTest, ALateModuleIsImportedByTheFirstLookIntoIt) {
+    using Look = bool (*)(const ling::Module&, const ling::String&);
+    constexpr Look kLooks[] = {
+        [](const ling::Module& module, const ling::String&) { return hasMember(module, "Item"); },
+        [](const ling::Module& module, const ling::String&) { return module.doc() == ling::String("The doc."); },
+        [](const ling::Module& module, const ling::String&) { return ModulePython::pythonModule(module) != nullptr; },
+        [](const ling::Module&, const ling::String& path) { return !ling::find_class(path + u".Item").isNone(); },
+        [](const ling::Module& module, const ling::String&) {
+            return ling::raw_class_of(module).classProperties(ling::Inherited::No).size() == 1;
+        },
+        [](const ling::Module& module, const ling::String&) {
+            return !module.fieldValue(ling::python::PythonProxy::$_pyobj).isNone();
+        },
+    };
+    for (const Look look : kLooks) {
+        const std::string name = freshName();
+        const ling::String path("python." + name);
+        const ling::Any exported = exportModuleLater(path, ling::String(name));
+        make(name, "\"The doc.\"\nclass Item: pass\n");
+        EXPECT_TRUE(ling::find_module(path).isSameAs(exported));
+        EXPECT_TRUE(look(ling::find_module(path), path));
+        EXPECT_TRUE(exportAsChild(name).isSameAs(exported));
+    }
+}
+
+TEST_F(ModuleTreeTest, ALateModuleIsNotImportedByWhatDoesNotLookIntoIt) {
+    const std::string name = freshName();
+    const ling::String path("python." + name);
+    const ling::Any exported = exportModuleLater(path, ling::String(name));
+    const ling::Any child = ling::find_or_create_module(path + u".child");
+    EXPECT_TRUE(exported.propertyValue(ling::property_ident_untyped("child")).isSameAs(child));
+    EXPECT_EQ(ling::qualname(exported), path);
+    EXPECT_EQ(ling::python::evaluateExpression("1 + 1", ling::Map_Generic(), ling::Map_Generic()).asInteger(), 2);
+    EXPECT_TRUE(ling::raw_class_of(exported).record()->expectsMembers());
+}
+
+ling::String& logged() {
+    static ling::String& text = *new ling::String;
+    return text;
+}
+
+TEST_F(ModuleTreeTest, ALateModuleThatCannotBeImportedIsTriedAgain) {
+    const std::string name = freshName();
+    const ling::Any module = exportModuleLater(ling::String("python." + name), ling::String(name));
+    ling::internal::set_assertion_log([](const ling::String& line) { logged() = line; });
+    EXPECT_FALSE(hasMember(module, "fine"));
+    ling::internal::set_assertion_log(nullptr);
+    EXPECT_EQ(logged().toStdString(),
+              "Unable to export the Python module " + name + ": No module named '" + name + "'");
+    EXPECT_EQ(ModulePython::pythonModule(module), nullptr);
+    make(name, "def fine(): return 1\n");
+    EXPECT_TRUE(hasMember(module, "fine"));
+}
+
+TEST_F(ModuleTreeTest, APendingPythonErrorOutlivesTheImportOfALateModule) {
+    const std::string name = freshName();
+    const ling::Any module = exportModuleLater(ling::String("python." + name), ling::String(name));
+    make(name, "def fine(): return 1\n");
+    GilGuard gil;
+    PyErr_SetString(PyExc_KeyError, "pending");
+    EXPECT_TRUE(hasMember(module, "fine"));
+    EXPECT_TRUE(PyErr_ExceptionMatches(PyExc_KeyError));
+    PyErr_Clear();
+}
+
+/// Nobody sees half a module, and nobody waits for ever: some look with the interpreter lock, some without.
+TEST_F(ModuleTreeTest, ManyThreadsMayLookIntoALateModuleAtOnce) {
+    const std::string name = freshName();
+    const ling::Any module = exportModuleLater(ling::String("python." + name), ling::String(name));
+    runLocked(("class Slow(types.ModuleType):\n    @property\n    def __doc__(self):\n        import time\n"
+               "        time.sleep(0.05)\n        return 'slow'\n"
+               "module = sys.modules['" +
+               name + "'] = Slow('slow')\nmodule.last = len\nmade.append('" + name + "')\n")
+                  .c_str());
+    std::atomic<int> seen = 0;
+    std::vector<std::thread> threads;
+    for (int index = 0; index < 6; ++index) {
+        threads.emplace_back([&, withLock = index % 2 == 0] {
+            const auto gil = withLock ? std::make_unique<GilGuard>() : nullptr;
+            seen += hasMember(module, "last") ? 1 : 0;
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(seen, 6);
+}
+
 /// A package on disk.
 constexpr const char* kPackage = R"(
 root = tempfile.mkdtemp()
@@ -149,13 +304,20 @@ write('broken.py', '1/0\n')
 write('leaves.py', 'raise SystemExit(3)\n')
 write('inner/__init__.py', '')
 write('inner/deep.py', 'class Deep: pass\n')
+os.makedirs(os.path.join(package, 'tests'))
+write('tests/__init__.py', '')
+os.symlink('.', os.path.join(package, 'itself'))
+write('one.py', 'import NAME.two\ndef name(): return NAME.two.__name__\n')
+write('two.py', 'import NAME.one\ndef name(): return NAME.one.__name__\n')
+write('everything.py', '__path__ = [' + repr(root) + ']\n')
 sys.path.append(root)
 )";
 
 TEST_F(ModuleTreeTest, APackageBringsItsSubmodules) {
     const std::string name = freshName();
     std::string script = kPackage;
-    script.replace(script.find("NAME"), 4, name);
+    for (std::size_t at = script.find("NAME"); at != script.npos; at = script.find("NAME"))
+        script.replace(at, 4, name);
     runLocked(script.c_str());
     const ling::Any package = exportModule(ling::String("python." + name), ling::String(name), 1);
     runLocked("import shutil\nsys.path.remove(root)\nshutil.rmtree(root)\n");
@@ -164,6 +326,14 @@ TEST_F(ModuleTreeTest, APackageBringsItsSubmodules) {
     EXPECT_FALSE(hasMember(package, "_hidden"));
     EXPECT_FALSE(hasMember(package, "broken"));
     EXPECT_FALSE(hasMember(package, "leaves"));
+    EXPECT_FALSE(hasMember(package, "tests"));
+    for (const char* circular : {"one", "two"})
+        EXPECT_TRUE(hasMember(member(package, circular), "name")) << circular;
+    for (const char* endless : {"itself", "everything"}) {
+        EXPECT_TRUE(hasMember(package, endless)) << endless;
+        EXPECT_FALSE(hasMember(member(package, endless), "first")) << endless;
+        EXPECT_FALSE(hasMember(member(package, endless), name.c_str())) << endless;
+    }
 }
 
 TEST_F(ModuleTreeTest, APackageWithoutSubmodulesIsAModule) {

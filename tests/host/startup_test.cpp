@@ -56,6 +56,17 @@ TEST_F(StartupTest, TheStandardModulesAreReachableFromTheirParents) {
     EXPECT_TRUE(abc.isSameAs(ling::find_module("python.collections.abc")));
 }
 
+/// The list of what is exported at the start leaves no submodule out.
+TEST_F(StartupTest, TheStandardModulesAreThereWithAllTheirSubmodules) {
+    runLocked(R"(
+import importlib, pkgutil
+names = ['builtins', 'collections', 'datetime', 'decimal', 'sys', 'types', 'typing']
+modules = [importlib.import_module(name) for name in names]
+inside = [each.name for module in modules for each in pkgutil.iter_modules(getattr(module, '__path__', []))]
+)");
+    EXPECT_EQ(text("inside"), "['abc']");
+}
+
 TEST_F(StartupTest, StartingAgainDoesNothing) {
     const ling::Any member = ling::find_module("python.sys");
     runLocked("import sys\nkept = list(sys.path)\n");

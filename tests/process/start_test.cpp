@@ -47,6 +47,16 @@ TEST(StartTest, WorksInAnEmptyEnvironment) {
     EXPECT_EQ(lines, (Lines{"module python: yes", "1024", expectedPath(kExtensions), "1"}));
 }
 
+/// What a host does not use costs it nothing.
+TEST(StartTest, TheStandardModulesAreImportedWhenSomebodyLooksIntoThem) {
+    const std::string loaded =
+        "str([name for name in ('collections', 'datetime', 'decimal', 'inspect', 'typing') "
+        "if name in __import__('sys').modules])";
+    const Lines lines = start("plain", kExtensions, {loaded, "python.decimal.Decimal.__name__", loaded});
+    EXPECT_EQ(lines.at(1), "[]");
+    EXPECT_NE(lines.at(3).find("'decimal'"), std::string::npos) << lines.at(3);
+}
+
 TEST(StartTest, WorksOnAThreadThatPythonDoesNotKnow) {
     const Lines lines = start("thread", kExtensions, {"2**10", "__import__('threading').current_thread().name"});
     EXPECT_EQ(lines.at(1), "1024");

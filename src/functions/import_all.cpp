@@ -1,0 +1,80 @@
+#include "functions/import_all.h"
+
+#include "functions/import_log.h"
+#include "functions/module_tree.h"
+#include "host/entry.h"
+#include "host/once.h"
+#include "host/platform.h"
+#include "language/evaluate.h"
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <string_view>
+
+namespace ling::python {
+
+namespace {
+
+constexpr const char* kAllModules = "import pkgutil\nreturn list(pkgutil.iter_modules())";
+
+/// What is not imported for its own sake. Every other module of CPython 3.13 was looked at: importing it starts no
+/// thread or process, opens nothing, and changes no signal handler, stream, path or hook. The one exception is
+/// `rlcompleter`, which loads `readline` and completes its lines from then on; `pdb` imports it in any case.
+constexpr std::u16string_view kNeverImported[] = {
+    u"builtins",     // There already, with all that is in it.
+    u"sys",          // The same.
+    u"this",         // Prints a poem.
+    u"antigravity",  // Opens a browser.
+    u"idlelib",      // An editor with windows; `idlelib.idle` opens them on import.
+    u"turtledemo",   // Demonstrations that draw in a window: programs to look at, no library.
+    u"test",         // The interpreter's own test suite. It takes minutes and acts on import.
+    u"tests",        // The test suite of a package that installs it as a module of its own by mistake.
+    // Set-up of one machine or user, run by a start that is not isolated.
+    u"sitecustomize",
+    u"usercustomize",
+};
+
+bool isLibrary(const ling::String& name) {
+    return std::find(std::begin(kNeverImported), std::end(kNeverImported), name.view()) == std::end(kNeverImported);
+}
+
+ling::Any walk() {
+    PythonEntry entry;
+    const ling::Any root = ling::find_or_create_module("python");
+    if (ling::internal::is_error_result(root))
+        return root;
+    const ling::Any listing =
+        evaluateMethod(ling::Any(), kAllModules, platform::makeMap(), platform::makeMap(), platform::makeMap());
+    if (ling::internal::is_error_result(listing))
+        return listing;
+    const ImportLog log;
+    for (const ling::String& name : publicNamesIn(listing)) {
+        if (isLibrary(name))
+            (void)exportModule(joinedName("python", name), name, kOneOfAllModules);
+    }
+    return {};
+}
+
+/// The walk that is under way, if any. Read and written under the interpreter lock.
+std::shared_ptr<Once>& currentWalk() {
+    static auto& walk = *new std::shared_ptr<Once>;
+    return walk;
+}
+
+}  // namespace
+
+ling::Any importAllModules() {
+    PythonEntry entry;
+    if (const std::shared_ptr<Once> underWay = currentWalk()) {
+        underWay->run([] {});
+        return {};
+    }
+    const std::shared_ptr<Once> own = currentWalk() = std::make_shared<Once>();
+    ling::Any outcome;
+    own->run([&outcome] { outcome = walk(); });
+    currentWalk().reset();
+    return outcome;
+}
+
+}  // namespace ling::python

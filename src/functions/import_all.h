@@ -1,0 +1,21 @@
+#pragma once
+
+#include "ling/any.h"
+
+namespace ling::python {
+
+/// Exports every top-level module that Python can find under the `ling` module "python", packages with all that is in
+/// them, but for the few that are no libraries (the list is in the source). A module that fails in any way, be it by
+/// `sys.exit`, is left out and the walk goes on; `importProblems` tells of it, and of modules that wrote something. The
+/// standard output and error stay as they are.
+///
+/// Calling it again exports what has come since, and tries again what failed; packages that are in the tree are not
+/// walked again. A call during a walk waits for it, and does nothing more; from within it returns at once.
+///
+/// What cannot be stopped is a module that ends the process (`os._exit`) or never comes back.
+///
+/// Returns  none, or an error result: the modules cannot be listed.
+/// Lock     takes the interpreter lock itself; the interpreter must be running.
+ling::Any importAllModules();
+
+}  // namespace ling::python
