@@ -16,11 +16,18 @@ namespace {
 
 constexpr const char* kLanguageModule = "ling.python";
 
-/// Makes the driver a module and gives it the names that the host put into this evaluation: all but our own.
+/// Makes the driver a module and gives it the names that the host put into this evaluation: all but our own. Where the
+/// interpreter is the one that the driver was compiled for, that need not be done again.
 constexpr const char* kInstallation = R"python(
 import sys
 driver = sys.modules["_lingsh_driver"] = type(sys)("_lingsh_driver")
-exec(compile(shell_source, "<lingsh driver>", "exec"), vars(driver))
+from _frozen_importlib_external import MAGIC_NUMBER
+if shell_code.startswith(MAGIC_NUMBER):
+    import marshal
+    code = marshal.loads(shell_code[len(MAGIC_NUMBER):])
+else:
+    code = compile(shell_source, "<lingsh driver>", "exec")
+exec(code, vars(driver))
 names = {name: value for name, value in globals().items() if not name.startswith(("shell_", "__")) and name != "self"}
 driver.install(names, shell_executable, shell_arguments)
 return 0
@@ -64,6 +71,7 @@ std::optional<PythonDriver> PythonDriver::start(const std::vector<std::string>& 
     PythonDriver driver(std::move(evaluate));
     const Any installed =
         driver.evaluate(kInstallation, {{"shell_source", String(kDriverSource)},
+                                        {"shell_code", bytesForPython(kDriverCodeSource)},
                                         {"shell_executable", bytesForPython(ownExecutable().string())},
                                         {"shell_arguments", bytesForPython(commandLine)}});
     if (installed.is(Kind::Integer))
