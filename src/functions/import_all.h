@@ -12,7 +12,8 @@ namespace ling::python {
 /// Calling it again exports what has come since, and tries again what failed; packages that are in the tree are not
 /// walked again. A call during a walk waits for it, and does nothing more; from within it returns at once.
 ///
-/// What cannot be stopped is a module that ends the process (`os._exit`) or never comes back.
+/// What cannot be stopped is a module that ends the process (`os._exit`) or never comes back. Ctrl-C ends the import of
+/// one module, not the walk: an interrupt by the user and one that a module raises look the same.
 ///
 /// Returns  none, or an error result: the modules cannot be listed.
 /// Lock     takes the interpreter lock itself; the interpreter must be running.

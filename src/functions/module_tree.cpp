@@ -64,6 +64,7 @@ std::vector<std::string> placesIn(PyObject* path) {
             text == nullptr ? std::filesystem::path() : std::filesystem::canonical(text, unresolved);
         if (text != nullptr)
             places.push_back(unresolved ? text : resolved.string());
+        PyErr_Clear();
     }
     PyErr_Clear();
     return places;
