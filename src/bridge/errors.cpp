@@ -74,15 +74,6 @@ PyObject* raiseText(PyObject* exceptionClass, const ling::Error& error) {
     return nullptr;
 }
 
-/// Borrowed; null when there is none.
-PyObject* chooseExceptionClass(const ling::Class_Generic& cls) {
-    if (cls == ling::StopIteration::getClass())
-        return PyExc_StopIteration;
-    if (PyTypeObject* type = pythonTypeOf(cls))
-        return reinterpret_cast<PyObject*>(type);
-    return cls == ling::Error::getClass() ? PyExc_RuntimeError : exceptionClassFor(cls);
-}
-
 void attachError(PyObject* exception, const ling::Error& error) {
     PyRef wrapper = PyRef::steal(wrapValue(error));
     PyObject* key = kLing.object();
@@ -153,12 +144,20 @@ PyObject* exceptionClassFor(const ling::Class_Generic& cls) {
     return entry->second;
 }
 
+PyObject* exceptionClassRaisedFor(const ling::Class_Generic& cls) {
+    if (cls == ling::StopIteration::getClass())
+        return PyExc_StopIteration;
+    if (PyTypeObject* type = pythonTypeOf(cls))
+        return reinterpret_cast<PyObject*>(type);
+    return cls == ling::Error::getClass() ? PyExc_RuntimeError : exceptionClassFor(cls);
+}
+
 PyObject* raiseError(const ling::Error& error) {
     PyErr_Clear();
     const ling::Class_Generic cls = ling::raw_class_of(error);
     if (cls == ling::Error::getClass() && error.exception().isNone())
         return raiseText(PyExc_RuntimeError, error);
-    PyObject* exceptionClass = chooseExceptionClass(cls);
+    PyObject* exceptionClass = exceptionClassRaisedFor(cls);
     if (exceptionClass == nullptr)
         return raiseText(PyExc_RuntimeError, error);
     PyRef exception = PyRef::steal(PyObject_CallNoArgs(exceptionClass));

@@ -26,6 +26,10 @@ ling::Class_Generic errorClassOf(PyObject* exceptionType);
 /// cannot make it.
 PyObject* exceptionClassFor(const ling::Class_Generic& cls);
 
+/// The Python class of the exceptions that errors of this class are raised as: Python's own `StopIteration` and
+/// `RuntimeError` for those that mean the same, else the one that was made for the class. Borrowed, or null.
+PyObject* exceptionClassRaisedFor(const ling::Class_Generic& cls);
+
 /// Makes `error` the pending Python exception, in place of one that is pending already. Always answers null, for
 /// callers that pass it on. A plain `Error` becomes a `RuntimeError` with its message; any other an instance, made
 /// without arguments, of the class that stands for its own, with the error in the attribute "ling".

@@ -46,7 +46,7 @@ PyObject* lookUpException(const ling::Any& value, const identifier_data& name) {
     const ling::Result<ling::Class_Generic> cls = ling::Class_Generic::cast(value);
     if (!cls || !cls->isAncestor(ling::Error::getClass()))
         return nullptr;
-    return Py_XNewRef(*cls == ling::Error::getClass() ? PyExc_RuntimeError : exceptionClassFor(*cls));
+    return Py_XNewRef(exceptionClassRaisedFor(*cls));
 }
 
 enum class MessageEnd : bool { Bare, FullStop };
