@@ -59,7 +59,8 @@ bool takeKeywords(PyObject* keywords, NamedArguments& named) {
 
 // The interpreter lock is held by the caller, as in every slot. Code that the call runs may take it again.
 PyObject* call(PyObject* self, PyObject* arguments, PyObject* keywords) {
-    const ling::Any& value = valueOf(self);  // The caller keeps the wrapper alive, and that its value.
+    const Receiver receiver(self);  // The caller keeps the wrapper alive, and that its value.
+    const ling::Any& value = *receiver;
     if (raisesItself(value))
         return nullptr;
     if (!value.is(ling::Kind::Function) && !ling::internal::is_instance<ling::I_Invokable_Generic>(value)) {

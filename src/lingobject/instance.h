@@ -3,6 +3,7 @@
 #include <Python.h>
 
 #include "ling/any.h"
+#include "ling/error.h"
 
 namespace ling::python {
 
@@ -15,5 +16,32 @@ struct Instance {
 
 /// The value that `self`, a wrapper, holds.
 inline const ling::Any& valueOf(PyObject* self) noexcept { return *reinterpret_cast<Instance*>(self)->value; }
+
+/// Whether a value stands for another: a lazy value or a weak reference.
+inline bool isIndirect(const ling::Any& value) noexcept {
+    return value.is(ling::Kind::Lazy) || value.is(ling::Kind::Weak);
+}
+
+/// The value that an operation on a wrapper works on: the one that it holds, or the one that this stands for,
+/// which may be an error. The wrapper has to live as long.
+class Receiver {
+public:
+    explicit Receiver(PyObject* self) : value_(&valueOf(self)) {
+        if (isIndirect(*value_)) {
+            resolved_ = ling::internal::unwrap(*value_);
+            value_ = &resolved_;
+        }
+    }
+    Receiver(const Receiver&) = delete;
+    Receiver& operator=(const Receiver&) = delete;
+
+    const ling::Any& operator*() const noexcept { return *value_; }
+    const ling::Any* operator->() const noexcept { return value_; }
+    bool isResolved() const noexcept { return value_ == &resolved_; }
+
+private:
+    const ling::Any* value_;
+    ling::Any resolved_;
+};
 
 }  // namespace ling::python

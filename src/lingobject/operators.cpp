@@ -96,38 +96,59 @@ PyObject* raiseNoLength(const ling::Any& value, const ling::Any& error) {
     return isUnknown ? raise(noLengthError(), messageOf(error)) : raiseMessage(error);
 }
 
+/// When what a lazy value came to is an error, raises its exception and answers true.
+bool failsLate(const Receiver& receiver) { return receiver.isResolved() && raisesItself(*receiver); }
+
+/// A length for Python, which takes a negative number for a failure. -1 with the Python error set.
+Py_ssize_t giveLength(std::int64_t number) {
+    if (number >= 0)
+        return static_cast<Py_ssize_t>(number);
+    PyErr_Format(PyExc_RuntimeError, "The length is negative: %lld.", static_cast<long long>(number));
+    return -1;
+}
+
 Py_ssize_t length(PyObject* self) {
-    const ling::Any value =
-        ling::internal::result_unwrap_lazy(valueOf(self).propertyValue(I_Sequence_Generic::$$length));
+    const Receiver receiver(self);
+    if (failsLate(receiver))
+        return -1;
+    const ling::Any value = ling::internal::result_unwrap_lazy(receiver->propertyValue(I_Sequence_Generic::$$length));
     if (PyErr_Occurred() != nullptr)
         return -1;
     const ling::Result<ling::Integer> number = ling::Integer::cast(value);
     if (number)
-        return static_cast<Py_ssize_t>(number->value());
-    (void)raiseNoLength(valueOf(self), ling::internal::is_error_result(value) ? value : number.error());
+        return giveLength(number->value());
+    (void)raiseNoLength(*receiver, ling::internal::is_error_result(value) ? value : number.error());
     return -1;
 }
 
 PyObject* item(PyObject* self, Py_ssize_t index) {
-    return giveResultOrMessage(valueOf(self).callMethod(I_Sequence_Generic::$at, {index}));
+    const Receiver receiver(self);
+    if (failsLate(receiver))
+        return nullptr;
+    return giveResultOrMessage(receiver->callMethod(I_Sequence_Generic::$at, {index}));
 }
 
 int assignItem(PyObject* self, Py_ssize_t index, PyObject* value) {
-    const ling::Any& held = valueOf(self);
+    const Receiver receiver(self);
+    if (failsLate(receiver))
+        return -1;
     if (value == nullptr)
-        return giveOutcome(held.callMethod(I_MutableSequence_Generic::$removeAt, {index}));
+        return giveOutcome(receiver->callMethod(I_MutableSequence_Generic::$removeAt, {index}));
     ling::Any converted;
     if (!takeArgument(value, converted))
         return -1;
-    return giveOutcome(held.callMethod(I_MutableSequence_Generic::$set, {index, converted}));
+    return giveOutcome(receiver->callMethod(I_MutableSequence_Generic::$set, {index, converted}));
 }
 
 int contains(PyObject* self, PyObject* searched) {
     ling::Any operand;
     if (!takeArgument(searched, operand))
         return -1;
+    const Receiver receiver(self);
+    if (failsLate(receiver))
+        return -1;
     const ling::Any value =
-        ling::internal::result_unwrap_lazy(valueOf(self).callMethod(ling::I_Iterable_Generic::$contains, {operand}));
+        ling::internal::result_unwrap_lazy(receiver->callMethod(ling::I_Iterable_Generic::$contains, {operand}));
     if (PyErr_Occurred() != nullptr)
         return -1;
     const ling::Result<ling::Boolean> answer = ling::Boolean::cast(value);
@@ -158,13 +179,13 @@ PyObject* subscript(PyObject* self, PyObject* key) {
         return nullptr;
     if (!isLingObject(self))
         return raiseKey(converted);
-    const ling::Any& value = valueOf(self);
-    if (raisesItself(value))
+    const Receiver receiver(self);
+    if (raisesItself(*receiver))
         return nullptr;
-    if (is_instance<ling::I_Map_Generic>(value))
-        return subscriptMap(ling::unchecked<ling::I_Map_Generic>(value), converted);
-    if (is_instance<I_Sequence_Generic>(value))
-        return subscriptSequence(ling::unchecked<I_Sequence_Generic>(value), converted);
+    if (is_instance<ling::I_Map_Generic>(*receiver))
+        return subscriptMap(ling::unchecked<ling::I_Map_Generic>(*receiver), converted);
+    if (is_instance<I_Sequence_Generic>(*receiver))
+        return subscriptSequence(ling::unchecked<I_Sequence_Generic>(*receiver), converted);
     return raiseKey(converted);
 }
 
@@ -184,19 +205,31 @@ const StoreMethods* storeMethods(const ling::Any& container, const ling::Any& ke
     return fits ? &kSequence : nullptr;
 }
 
+/// Stores under the key, or deletes it when there is no value.
+int storeUnder(const ling::Any& container, const ling::Any& key, const ling::Any* value) {
+    const StoreMethods* methods = storeMethods(container, key);
+    if (methods == nullptr) {
+        (void)raiseKey(key);
+        return -1;
+    }
+    if (value == nullptr)
+        return giveOutcome(container.callMethod(methods->remove, {key}));
+    return giveOutcome(container.callMethod(methods->set, {key, *value}));
+}
+
 int assignSubscript(PyObject* self, PyObject* key, PyObject* value) {
     ling::Any convertedKey;
     ling::Any convertedValue;
     if (!takeArgument(key, convertedKey) || (value != nullptr && !takeArgument(value, convertedValue)))
         return -1;
-    const StoreMethods* methods = isLingObject(self) ? storeMethods(valueOf(self), convertedKey) : nullptr;
-    if (methods == nullptr) {
+    if (!isLingObject(self)) {
         (void)raiseKey(convertedKey);
         return -1;
     }
-    if (value == nullptr)
-        return giveOutcome(valueOf(self).callMethod(methods->remove, {convertedKey}));
-    return giveOutcome(valueOf(self).callMethod(methods->set, {convertedKey, convertedValue}));
+    const Receiver receiver(self);
+    if (failsLate(receiver))
+        return -1;
+    return storeUnder(*receiver, convertedKey, value != nullptr ? &convertedValue : nullptr);
 }
 
 /// A zero-filled table, made on first need under the interpreter lock.

@@ -13,6 +13,21 @@
 
 namespace ling::python {
 
+namespace {
+
+PyObject* takeNext(const ling::Any& iterator) {
+    if (!ling::internal::is_instance<ling::I_Iterator_Generic>(iterator))
+        return nullptr;
+    const ling::Any item =
+        ling::internal::result_unwrap_lazy(ling::unchecked<ling::I_Iterator_Generic>(iterator).next());
+    if (!ling::internal::is_error_result(item))
+        return giveResult(item);
+    PyErr_Clear();  // Any failure ends the loop quietly.
+    return nullptr;
+}
+
+}  // namespace
+
 void deallocate(PyObject* self) {
     GilGuard gil;
     ling::Any* cell = std::exchange(reinterpret_cast<Instance*>(self)->value, nullptr);
@@ -45,23 +60,17 @@ PyObject* representation(PyObject* self) { return giveResult(renderPython(valueO
 PyObject* text(PyObject* self) { return giveResult(ling::display(valueOf(self))); }
 
 PyObject* iterate(PyObject* self) {
-    const ling::Any& value = valueOf(self);
-    if (raisesItself(value))
+    const Receiver receiver(self);
+    if (raisesItself(*receiver))
         return nullptr;
-    if (!ling::internal::is_instance<ling::I_Iterable_Generic>(value))
+    if (!ling::internal::is_instance<ling::I_Iterable_Generic>(*receiver))
         return nullptr;
-    return giveResult(ling::unchecked<ling::I_Iterable_Generic>(value).iter());
+    return giveResult(ling::unchecked<ling::I_Iterable_Generic>(*receiver).iter());
 }
 
 PyObject* nextItem(PyObject* self) {
-    if (!ling::internal::is_instance<ling::I_Iterator_Generic>(valueOf(self)))
-        return nullptr;
-    const ling::Any item =
-        ling::internal::result_unwrap_lazy(ling::unchecked<ling::I_Iterator_Generic>(valueOf(self)).next());
-    if (!ling::internal::is_error_result(item))
-        return giveResult(item);
-    PyErr_Clear();  // Any failure ends the loop quietly.
-    return nullptr;
+    const ling::Any& held = valueOf(self);
+    return isIndirect(held) ? takeNext(ling::internal::unwrap(held)) : takeNext(held);
 }
 
 }  // namespace ling::python
