@@ -3,8 +3,8 @@
 //
 //     Item(name, price, stock)     name, price (a decimal), stock (never negative), total (read-only), take(count)
 //     Inventory()                  add(item), find(name), remove(name), items, length; iterates its items; `+` joins
-//     two OutOfStock                   the error of taking more than there is discounted(price, percent)   a price with
-//     a discount, ten percent unless told otherwise
+//     OutOfStock                   the error of taking more than there is
+//     discounted(price, percent)   a price with a discount, ten percent unless told otherwise
 
 #include <ling/ling.h>
 
