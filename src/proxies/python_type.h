@@ -14,7 +14,9 @@ class PythonType : public ling::Class_Generic {
 public:
     /// The class for a Python type, or an error result ("Not a type.", or that of a member or base that does not
     /// convert). Runs Python code; may be entered again for the same type while it builds its class, since members and
-    /// bases refer back to it. `object` is borrowed. Needs the interpreter lock.
+    /// bases refer back to it. That, and another thread that comes meanwhile, gets the class as far as it is built:
+    /// nobody waits for anybody, since the builder runs code that may wait for either. `object` is borrowed. Needs the
+    /// interpreter lock.
     static ling::Any fromPythonType(PyObject* object);
 
     static ling::Result<PythonType> cast(const ling::Any& value);
