@@ -1,11 +1,13 @@
 #include "support/resource_server.h"
 
+#include "support/pipe.h"
+
 #include <cerrno>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
-#include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,30 +16,15 @@ namespace {
 
 const std::string kScripts = LING_TEST_SCRIPTS;
 
-struct Pipe {
-    int reader = -1;
-    int writer = -1;
-
-    Pipe() {
-        int ends[2];
-        if (pipe2(ends, O_CLOEXEC) != 0)
-            throw std::runtime_error("pipe");
-        reader = ends[0];
-        writer = ends[1];
-    }
-};
-
 }  // namespace
 
 ResourceServer::ResourceServer() {
-    const Pipe in;
-    const Pipe out;
+    Pipe in;
+    Pipe out;
     start(in.reader, out.writer);
-    input_ = in.writer;
-    close(in.reader);
-    close(out.writer);
+    Pipe::drop(out.writer);  // What the servers say ends when they do.
     readPorts(out.reader);
-    close(out.reader);
+    input_ = std::exchange(in.writer, -1);
 }
 
 ResourceServer::~ResourceServer() {

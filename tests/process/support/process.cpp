@@ -1,5 +1,7 @@
 #include "process/support/process.h"
 
+#include "support/pipe.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -35,29 +37,6 @@ std::vector<std::string> variablesOf(const Command& command) {
         variables.push_back(name + "=" + value);
     return variables;
 }
-
-/// A pipe whose ends are closed with it.
-struct Pipe {
-    int reader = -1;
-    int writer = -1;
-
-    Pipe() {
-        int ends[2];
-        if (pipe2(ends, O_CLOEXEC) != 0)
-            throw std::runtime_error("pipe");
-        reader = ends[0];
-        writer = ends[1];
-    }
-    ~Pipe() {
-        drop(reader);
-        drop(writer);
-    }
-    static void drop(int& end) {
-        if (end >= 0)
-            close(end);
-        end = -1;
-    }
-};
 
 /// A running program and what it has said so far.
 class Running {
