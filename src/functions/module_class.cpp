@@ -9,6 +9,8 @@
 #include "ling/error.h"
 #include "ling/property.h"
 
+#include <utility>
+
 namespace ling::python {
 
 namespace {
@@ -68,8 +70,8 @@ void reportNotExported(const ling::String& pythonName, const ling::Any& error) {
                          .arg(pythonName, known ? known->message() : ling::String()));
 }
 
-ModuleClass::ModuleClass(const ling::String& name, const ling::Class_Generic& parent, const ling::String& pythonName)
-    : object_value_class(name), pythonName_(pythonName) {
+ModuleClass::ModuleClass(const ling::String& name, const ling::Class_Generic& parent, ling::String pythonName)
+    : object_value_class(name), pythonName_(std::move(pythonName)) {
     (void)add_parent_unsafe(parent);
     expect_members_unsafe();
 }

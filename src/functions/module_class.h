@@ -38,7 +38,7 @@ protected:
     ~ModuleClass() override;
 
 private:
-    ModuleClass(const ling::String& name, const ling::Class_Generic& parent, const ling::String& pythonName);
+    ModuleClass(const ling::String& name, const ling::Class_Generic& parent, ling::String pythonName);
     bool import();
     bool fetch();
 

@@ -189,7 +189,7 @@ ling::Any removeAt(const ling::Any& self, const ling::Any& index, std::int64_t c
 }
 
 ling::Any removeOne(const ling::Any& self, const ling::Any& value) {
-    const ling::Any count = asInteger(PythonProxy::callPythonMethod(self, names::count, {value}));
+    ling::Any count = asInteger(PythonProxy::callPythonMethod(self, names::count, {value}));
     if (ling::internal::is_error_result(count))
         return count;
     if (count.asInteger() <= 0)
