@@ -4,6 +4,8 @@
 
 : "${top:?the checkout}"
 
+: "${top:?the checkout}"
+
 say() {
     printf '%s\n' "$*" >&2
 }

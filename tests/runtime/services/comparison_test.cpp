@@ -2,6 +2,7 @@
 #include "runtime/support/small_stack.h"
 #include "runtime/support/values.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <set>
