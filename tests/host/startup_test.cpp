@@ -64,7 +64,8 @@ names = ['builtins', 'collections', 'datetime', 'decimal', 'sys', 'types', 'typi
 modules = [importlib.import_module(name) for name in names]
 inside = [each.name for module in modules for each in pkgutil.iter_modules(getattr(module, '__path__', []))]
 )");
-    EXPECT_EQ(text("inside"), "['abc']");
+    // The one that is in the tree as well; later versions have no file for it and do not list it.
+    EXPECT_EQ(text("[name for name in inside if name != 'abc']"), "[]");
 }
 
 TEST_F(StartupTest, StartingAgainDoesNothing) {
