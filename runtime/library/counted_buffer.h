@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -87,6 +88,10 @@ public:
 private:
     counted_buffer<T>* buffer_ = nullptr;
 };
+
+/// The capacity to get for `count` items when more are expected: not so much that it is wasted, and enough that adding
+/// one by one costs the same for each.
+inline std::size_t grown_capacity(std::size_t count) noexcept { return std::max<std::size_t>(8, count + count / 2); }
 
 /// Moves items by their bytes; the places they come from are then raw memory. The two ranges may overlap.
 template <class T>

@@ -2,18 +2,10 @@
 #include "library/list_storage.h"
 #include "ling/list.h"
 
-#include <algorithm>
-
 namespace ling {
 
 using internal::counted_buffer;
 using internal::object_value_list;
-
-namespace {
-
-constexpr std::size_t kSmallest = 8;
-
-}  // namespace
 
 list_builder::list_builder(std::size_t capacity) {
     if (capacity != 0)
@@ -38,8 +30,7 @@ void list_builder::moveTo(counted_buffer<Any>* buffer) noexcept {
 }
 
 void list_builder::grow() {
-    const std::size_t capacity = buffer_ == nullptr ? 0 : buffer_->capacity();
-    moveTo(counted_buffer<Any>::make(std::max(kSmallest, capacity + capacity / 2)));
+    moveTo(counted_buffer<Any>::make(internal::grown_capacity(buffer_ == nullptr ? 0 : buffer_->capacity())));
 }
 
 /// Gives the buffer away, with its count set.

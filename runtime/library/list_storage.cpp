@@ -6,14 +6,6 @@
 
 namespace ling::internal {
 
-namespace {
-
-constexpr std::size_t kSmallest = 8;
-
-std::size_t grown(std::size_t count) noexcept { return std::max(kSmallest, count + count / 2); }
-
-}  // namespace
-
 object_value_list::object_value_list(std::vector<Any>&& items) : object_value(Kind::List) {
     if (items.empty())
         return;
@@ -84,7 +76,7 @@ bool object_value_list::change(std::size_t extra, Present present, Applies&& app
                 change();
                 return true;
             }
-            wanted = extra == 0 ? count : grown(count + extra);
+            wanted = extra == 0 ? count : grown_capacity(count + extra);
         }
         spare = buffer::make(wanted);
     }

@@ -39,8 +39,8 @@ bool isLibrary(const ling::String& name) {
     return std::find(std::begin(kNeverImported), std::end(kNeverImported), name.view()) == std::end(kNeverImported);
 }
 
+/// Under the lock that its caller took.
 ling::Any walk() {
-    PythonEntry entry;
     const ling::Any root = ling::find_or_create_module("python");
     if (ling::internal::is_error_result(root))
         return root;

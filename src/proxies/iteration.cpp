@@ -44,9 +44,7 @@ PyRef newIterator(const ling::Any& self, ling::Any& problem) {
     return iterator;
 }
 
-ling::Any collectIterable(const ling::Any& self) {
-    return isStock(self, PythonProxyIterable::getClass()) ? collectItems(self) : collectByDefault(self);
-}
+ling::Any collect(const ling::Any& self) { return collectItems(self, PythonProxyIterable::getClass()); }
 
 ling::Class_Generic makeIteratorClass() {
     return ling::internal::defclass_impl("PythonProxyIterator", "ling.python")
@@ -62,7 +60,7 @@ ling::Class_Generic makeIterableClass() {
         .parent(ling::I_Iterable_Generic::genericInstance(ling::Untyped::getType()))
         .method(ling::I_Iterable_Generic::$iter, "", &iterate)
         .method(ling::I_Iterable_Generic::$contains, "value", &containsValue)
-        .method(ling::I_Iterable_Generic::$collect, "", &collectIterable)
+        .method(ling::I_Iterable_Generic::$collect, "", &collect)
         .build();
 }
 
@@ -90,7 +88,9 @@ ling::Any iterate(const ling::Any& self) {
     return iterator ? PythonProxy::create(ProxyClass::Iterator, iterator.get()) : problem;
 }
 
-ling::Any collectItems(const ling::Any& self) {
+ling::Any collectItems(const ling::Any& self, const ling::Class_Generic& cls) {
+    if (!isStock(self, cls))
+        return collectByDefault(self);
     PythonEntry entry;
     ling::Any problem;
     PyRef iterator = newIterator(self, problem);

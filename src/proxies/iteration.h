@@ -22,8 +22,9 @@ ling::Any lengthOf(const ling::Any& self);
 /// All that a Python iterator still gives, in a native list, or the error that it ended with. The interpreter lock must
 /// be held.
 ling::Any listOfItems(PyObject* iterator);
-/// All that `__iter__()` gives, under one acquisition of the lock.
-ling::Any collectItems(const ling::Any& self);
+/// All that `__iter__()` gives, under one acquisition of the lock, for a proxy of the class `cls` that nobody put
+/// members on; any other is collected by its own members.
+ling::Any collectItems(const ling::Any& self, const ling::Class_Generic& cls);
 
 /// Whether the proxy is of the class `cls` itself and nobody put members of `ling` on it, so that what `cls` registers
 /// is what its members do.

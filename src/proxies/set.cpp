@@ -73,9 +73,7 @@ ling::Any extend(const ling::Any& self, const ling::Any& items) {
     return walk.error();
 }
 
-ling::Any collect(const ling::Any& self) {
-    return isStock(self, PythonProxySet::getClass()) ? collectItems(self) : collectByDefault(self);
-}
+ling::Any collect(const ling::Any& self) { return collectItems(self, PythonProxySet::getClass()); }
 
 ling::Any clear(const ling::Any& self) { return PythonProxy::callPythonMethod(self, names::clear); }
 
