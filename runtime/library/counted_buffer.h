@@ -89,9 +89,11 @@ private:
     counted_buffer<T>* buffer_ = nullptr;
 };
 
+constexpr std::size_t kSmallestCapacity = 8;
+
 /// The capacity to get for `count` items when more are expected: not so much that it is wasted, and enough that adding
 /// one by one costs the same for each.
-inline std::size_t grown_capacity(std::size_t count) noexcept { return std::max<std::size_t>(8, count + count / 2); }
+inline std::size_t grown_capacity(std::size_t count) noexcept { return std::max(kSmallestCapacity, count + count / 2); }
 
 /// Moves items by their bytes; the places they come from are then raw memory. The two ranges may overlap.
 template <class T>

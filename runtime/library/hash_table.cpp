@@ -9,14 +9,6 @@ namespace ling::internal {
 
 using Outcome = key_search::Outcome;
 
-namespace {
-
-constexpr std::size_t kSmallest = 8;
-
-std::size_t grown(std::size_t count) noexcept { return std::max(kSmallest, count + count / 2); }
-
-}  // namespace
-
 std::size_t hash_table::size() const noexcept {
     std::lock_guard hold(guard_);
     return storage_.live();
@@ -70,7 +62,7 @@ bool hash_table::put(const Any& key, Any&& value) {
                     ++version_;
                     return true;
                 }
-                wanted = grown(storage_.live() + 1);
+                wanted = grown_capacity(storage_.live() + 1);
             }
         }
         if (wanted == 0)
@@ -102,7 +94,7 @@ bool hash_table::take(const Any& key, Any& value) {
                 break;
             }
             if (outcome == Outcome::Present)
-                wanted = std::max(kSmallest, storage_.live());
+                wanted = std::max(kSmallestCapacity, storage_.live());
         }
         if (wanted == 0)
             search.compare();
@@ -121,7 +113,7 @@ void hash_table::compactIfSparse() {
         std::lock_guard hold(guard_);
         if (!storage_.isSparse())
             return;
-        wanted = grown(storage_.live());
+        wanted = grown_capacity(storage_.live());
     }
     spare = hash_storage(wanted);
     std::lock_guard hold(guard_);
