@@ -4,8 +4,10 @@
 
 namespace ling::shell {
 
-/// Runs the interactive console until the user ends it. At a terminal, lines are edited; other input is taken as it
-/// comes, without prompts and history. Answers the exit status.
-int runConsole(const PythonDriver& driver);
+/// Whether the console greets the user.
+enum class Greeting { No, Yes };
+
+/// Runs the interactive console in the program's namespace until the user ends it. Answers the exit status.
+int runConsole(const PythonDriver& driver, Greeting greeting);
 
 }  // namespace ling::shell

@@ -1,166 +1,161 @@
-"""The Python side of the interactive console: statements, line by line, and the names that a line may go on with.
+"""The interactive console: the editor of CPython's own library where the terminal can hold it, plain lines elsewhere.
 
-Nothing that is typed ends the console but `exit()` and the end of the input. Functions that the shell calls answer
-numbers or texts, and let no exception out.
+Blocks that are recalled and edited whole, pasted code, `help`, Ctrl-C and colours are the editor's. What is added here
+is a history of the shell's own, and completion that lists names without running anybody's code.
 """
 
 import builtins
+import code
 import keyword
+import os
 import sys
 import types
 
 import _lingsh_driver as driver
-import _signal
-
-DONE = 0
-MORE = 1  # The statement goes on: the next line belongs to it.
-ENDED = 2  # `end_status` has the exit status.
 
 namespace = vars(driver.main)
-end_status = 0
-_lines = []
-_inputs = 0
-_compiler = None
-_previous_wakeup = -1
+HISTORY_LENGTH = 2000
 
 
-def begin():
-    sys.argv = [""]
-    sys.path.insert(0, "")
+def run(banner, member_names):
+    """Runs the console until the user ends it. Answers the exit status.
+
+    `member_names` lists the names of the members of a host's module or class, by its dotted name.
+    """
+    global _host_member_names
+    _host_member_names = member_names
+    return driver._ended(_run, banner)
+
+
+def _run(banner):
     for name, text in (("ps1", ">>> "), ("ps2", "... ")):
         if not hasattr(sys, name):
             setattr(sys, name, text)
-    return "Python " + sys.version.split()[0]
+    driver._choose_colours()
+    if banner:
+        print(banner, file=sys.stderr)
+    if _is_terminal() and _has_editor():
+        _edit()
+    else:
+        _Lines(namespace, "<stdin>").interact(banner="", exitmsg="")
 
 
-def status():
-    return end_status
-
-
-# Lines.
-
-
-def prompt(wakeup):
-    """The text to ask for the next line with. From here to the next `push`, signals are told to the file `wakeup`."""
-    global _previous_wakeup
-    _previous_wakeup = _signal.set_wakeup_fd(wakeup, warn_on_full_buffer=False)
+def _is_terminal():
     try:
-        return str(sys.ps2 if _lines else sys.ps1)
-    except Exception:
-        return ""
+        return os.isatty(sys.stdin.fileno()) and os.isatty(sys.stdout.fileno())
+    except (AttributeError, OSError, ValueError):  # None, closed, or somebody else's stream.
+        return False
 
 
-def typed():
-    """The user is done with the line, one way or the other."""
-    _signal.set_wakeup_fd(_previous_wakeup)
-    return DONE
-
-
-def handle_signals():
-    """Lets the handlers of the signals that came meanwhile run. `ENDED` when one of them raised."""
+def _has_editor():
+    """Whether the editor can use this terminal. One that cannot place its cursor is told of, as python3 does."""
+    if os.environ.get("TERM") == "dumb":
+        return False
     try:
-        _let_handlers_run()
-    except BaseException as error:
-        if not isinstance(error, KeyboardInterrupt):
-            driver.report(error)
-        return ENDED
-    return DONE
+        from _pyrepl import main
+    except ImportError:
+        return False
+    if not main.CAN_USE_PYREPL and main.FAIL_REASON:
+        print(main.FAIL_REASON, file=sys.stderr)
+    return main.CAN_USE_PYREPL
 
 
-def _let_handlers_run():
-    """Pending handlers run when a function is entered."""
+def _edit():
+    from _pyrepl import readline
+    from _pyrepl.console import InteractiveColoredConsole
+    from _pyrepl.simple_interact import run_multiline_interactive_console
+
+    class Console(InteractiveColoredConsole):
+        def push(self, line, *arguments, **options):
+            history.add(line)
+            return super().push(line, *arguments, **options)
+
+    readline._setup(namespace)
+    readline.set_completer(_completion)
+    history = _History(readline)
+    run_multiline_interactive_console(Console(namespace, "<stdin>"))
 
 
-def drop():
-    """Forgets the lines of an unfinished statement."""
-    _lines.clear()
-    return DONE
+class _Lines(code.InteractiveConsole):
+    """Statements line by line, from where `input()` reads too: `-i` with input that is no terminal, and terminals that
+    cannot place their cursor."""
 
-
-def push(line):
-    """Takes the next line, and runs the statement that it completes."""
-    global end_status
-    try:
-        _lines.append(line)
-        status = _push("\n".join(_lines))
-        if status != MORE:
-            _lines.clear()
-        return status
-    except SystemExit as ending:
-        end_status = driver._exit_status(ending)
-        return ENDED
-    except BaseException as error:
-        _lines.clear()
-        driver.report(error)
-        return DONE
-
-
-def _push(source):
-    code = _compile(source)
-    if code is None:
-        return MORE
-    try:
-        exec(code, namespace)
-    finally:
-        driver.flush()
-    return DONE
-
-
-def _compile(source):
-    global _compiler, _inputs
-    if _compiler is None:
-        import codeop
-
-        _compiler = codeop.CommandCompiler()
-    filename = f"<console-{_inputs}>"
-    _remember(source, filename)
-    try:
-        code = _compiler(source, filename, "single")
-    except Exception as error:
-        raise error.with_traceback(None)  # Where the compiler was called from is of no interest.
-    if code is not None:
-        _inputs += 1
-    return code
-
-
-def _remember(source, filename):
-    """Keeps the text for tracebacks."""
-    import linecache
-
-    linecache.cache[filename] = (len(source), None, [line + "\n" for line in source.splitlines()], filename)
-
-
-def run_lines():
-    """The console without a terminal: statements from `sys.stdin`, which `input()` reads too. Answers the status."""
-    status = DONE
-    while status != ENDED:
-        try:
-            line = sys.stdin.readline() if sys.stdin is not None else ""
-        except KeyboardInterrupt as error:
-            return driver.report(error)
-        except Exception as error:
-            driver.report(error)
-            return 1
+    def raw_input(self, prompt=""):
+        if _is_terminal():
+            return input(prompt)
+        print(prompt, end="", file=sys.stderr, flush=True)
+        line = sys.stdin.readline() if sys.stdin is not None else ""
         if not line:
-            break
-        status = push(line.removesuffix("\n"))
-    if _lines:
-        status = push("")
-    return end_status if status == ENDED else 0
+            raise EOFError
+        return line.removesuffix("\n")
+
+
+class _History:
+    """The statements that were typed, in a file that only the user can read. Each is added as it is run, so that
+    consoles at work at the same time lose nothing of one another. Where the file cannot be used, the history lasts as
+    long as the console."""
+
+    def __init__(self, readline):
+        self._file = _history_file()
+        self._last = None
+        if self._file is None:
+            return
+        try:
+            os.makedirs(os.path.dirname(self._file), mode=0o700, exist_ok=True)
+            readline.read_history_file(self._file)
+            self._tidy(readline)
+        except OSError:
+            pass  # There is none yet, or there can be none, which shows again when a statement is added.
+
+    def _tidy(self, readline):
+        """Writes a file anew that has grown to twice what is kept, or that another line editor began."""
+        with open(self._file, "rb") as file:
+            foreign = file.readline().startswith(b"_HiStOrY_V2_")
+        if foreign or readline.get_current_history_length() > 2 * HISTORY_LENGTH:
+            readline.set_history_length(HISTORY_LENGTH)
+            readline.write_history_file(self._file)
+
+    def add(self, statement):
+        statement = statement.rstrip()
+        if self._file is None or not statement or statement == self._last:
+            return
+        self._last = statement
+        entry = statement.replace("\n", "\r\n") + "\n"  # How the editor tells lines of one statement from statements.
+        try:
+            descriptor = os.open(self._file, os.O_WRONLY | os.O_CREAT | os.O_APPEND | os.O_CLOEXEC, 0o600)
+            with open(descriptor, "wb") as file:
+                file.write(entry.encode(errors="replace"))
+        except OSError:
+            self._file = None
+
+
+def _history_file():
+    """"lingsh/history" in the directory for state that `XDG_STATE_HOME` names, else ".lingsh_history" at home."""
+    state, home = (os.environ.get(name, "") for name in ("XDG_STATE_HOME", "HOME"))
+    if os.path.isabs(state):
+        return os.path.join(state, "lingsh", "history")
+    return os.path.join(home, ".lingsh_history") if os.path.isabs(home) else None
 
 
 # Completion. Only names are listed, and only what can be looked at without running anybody's code is looked at.
 
 
-def complete(text):
-    """What the end of a line may go on with, a line each: the length of the word that the line ends in, the dotted
-    name to ask the runtime about when the word is a member of something of the host's, and the names."""
+def _completion(text, state):
+    """The form in which the editor asks: for one after another, until there is none."""
+    global _completions
+    if state == 0:
+        _completions = _complete(text)
+    return _completions[state] if state < len(_completions) else None
+
+
+def _complete(text):
+    """What a dotted name may go on with, each as a whole."""
     try:
-        *path, word = _path_at_end(text)
-        names, host = _member_names(path) if path else (_known_names(), "")
-        return "\n".join([str(len(word)), host, *sorted(name for name in names if _goes_on(name, word))])
+        *path, word = _names_in(text)
+        names = _member_names(path) if path else _known_names()
+        return sorted(".".join([*path, name]) for name in names if _goes_on(name, word))
     except Exception:
-        return "0\n"
+        return []
 
 
 def _goes_on(name, word):
@@ -169,12 +164,9 @@ def _goes_on(name, word):
     return word.startswith("_") or not name.startswith("_")
 
 
-def _path_at_end(text):
-    """The dotted names that a text ends in: "x = a.b.c" gives a, b and c. The last one may be empty."""
-    start = len(text)
-    while start > 0 and (text[start - 1] == "." or ("_" + text[start - 1]).isidentifier()):
-        start -= 1
-    path = text[start:].split(".")
+def _names_in(text):
+    """The names of a dotted one: "a.b.c" gives a, b and c. The last one may be empty."""
+    path = text.split(".")
     if not all(name.isidentifier() for name in path[:-1]):
         raise ValueError("a member of something that would have to be computed")
     return path
@@ -188,10 +180,10 @@ def _member_names(path):
     first = path[0]
     value = namespace[first] if first in namespace else vars(builtins)[first]
     if first in driver.host_names and value is driver.host_names[first]:
-        return (), ".".join(path)
+        return _host_member_names(".".join(path))
     for name in path[1:]:
         value = _stored(value, name)
-    return _names_of(value), ""
+    return _names_of(value)
 
 
 def _stored(value, name):

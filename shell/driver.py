@@ -22,6 +22,7 @@ main = sys.modules["__main__"]
 host_names = {}
 _modules_at_start = ()
 _fatal = None
+_console_follows = False
 
 
 # The set-up.
@@ -81,6 +82,76 @@ def _add_site_builtins():
     builtins.license = _Printer("license", "See https://www.python.org/psf/license/")
 
 
+def python_version():
+    return sys.version.split()[0]
+
+
+def configure(warning_filters, extras, unbuffered):
+    """Obeys the options of python3 that an interpreter can still obey when it runs already."""
+    if unbuffered:
+        _write_at_once()
+    for extra in map(os.fsdecode, extras):
+        name, given, value = extra.partition("=")
+        sys._xoptions[name] = value if given else True
+        if name in _EXTRAS:
+            _EXTRAS[name](value)
+    filters = [*(["default"] if "dev" in sys._xoptions else []), *map(os.fsdecode, warning_filters)]
+    if filters:
+        import warnings
+
+        sys.warnoptions.extend(filters)
+        warnings._processoptions(filters)
+    return 0
+
+
+def _write_at_once():
+    import io
+
+    for name in ("stdout", "stderr"):
+        stream = getattr(sys, name)
+        if stream is not None:
+            stream.flush()
+            options = dict(encoding=stream.encoding, errors=stream.errors, newline="\n", write_through=True)
+            unbuffered = io.TextIOWrapper(open(stream.fileno(), "wb", buffering=0, closefd=False), **options)
+            unbuffered.mode = "w"
+            setattr(sys, name, unbuffered)
+            setattr(sys, f"__{name}__", unbuffered)
+
+
+def _enable_fault_handler(_value):
+    import faulthandler
+
+    faulthandler.enable()
+
+
+def _trace_memory(value):
+    import tracemalloc
+
+    tracemalloc.start(int(value or 1))
+
+
+def _set_cache_prefix(value):
+    sys.pycache_prefix = value or None
+
+
+# Those of `-X` that have an effect besides being found in `sys._xoptions`.
+_EXTRAS = {
+    "dev": _enable_fault_handler,
+    "faulthandler": _enable_fault_handler,
+    "int_max_str_digits": lambda value: sys.set_int_max_str_digits(int(value)),
+    "perf": lambda _value: sys.activate_stack_trampoline("perf"),
+    "pycache_prefix": _set_cache_prefix,
+    "tracemalloc": _trace_memory,
+}
+
+
+def expect_console():
+    """A console follows the program: what ends the program only is told."""
+    global _console_follows
+    _console_follows = True
+    return 0
+
+
 # The programs. Each function answers the exit status.
 
 
@@ -93,8 +164,8 @@ def run_file(name, arguments):
         _forget_file()
 
 
-def run_stdin(arguments):
-    _set_arguments("-", arguments)
+def run_stdin(name, arguments):
+    _set_arguments(os.fsdecode(name), arguments)
     sys.path.insert(0, "")
     try:
         return _ended(_run_stdin)
@@ -241,7 +312,31 @@ def _run_module(name):
         sys.path.insert(0, os.getcwd())
     except OSError:
         pass  # The folder is gone: the module is looked for elsewhere.
+    package = name.partition(".")[0]
+    if package in ("ensurepip", "venv", "virtualenv"):
+        print(f"lingsh: {_WITHOUT_ENVIRONMENTS}", file=sys.stderr)
+        raise SystemExit(1)
+    if package == "pip":
+        _install_where_imports_come_from()
     runpy._run_module_as_main(name)
+
+
+_WITHOUT_ENVIRONMENTS = (
+    "there are no virtual environments of this interpreter: packages go into 'site-packages' beside the extension, by "
+    "'pip install --target' of any CPython 3.13"
+)
+
+
+def _install_where_imports_come_from():
+    """An installer asks `sysconfig` where packages go, which would name the machine's own Python."""
+    import sysconfig
+
+    folder = next((path for path in sys.path if os.path.basename(path) == "site-packages"), None)
+    if folder is None:
+        print("lingsh: there is no folder 'site-packages' on sys.path to install into", file=sys.stderr)
+        raise SystemExit(1)
+    scheme = sysconfig._INSTALL_SCHEMES[sysconfig.get_default_scheme()]
+    scheme.update(purelib=folder, platlib=folder, scripts=os.path.join(folder, "bin"), data=folder)
 
 
 def _run_code(code):
@@ -322,7 +417,7 @@ def _ended(action, *arguments):
     try:
         action(*arguments)
     except SystemExit as ending:
-        return _exit_status(ending)
+        return report(ending) if _console_follows else _exit_status(ending)
     except BaseException as error:
         return report(error)
     return 0

@@ -12,32 +12,33 @@ namespace {
 
 constexpr int kWrongUsage = 2;
 
-/// Flags of `python3` that say what the shell's interpreter is anyway: isolated, without `site`, writing no compiled
-/// files. Modules that start `sys.executable` again (`multiprocessing`, for one) pass them on.
-constexpr const char* kInterpreterFlags = "-B,-E,-I,-P,-S,-s,-q,-u";
+/// Flags of `python3` that say what the shell's interpreter is anyway (isolated, without `site`, writing no compiled
+/// files), or that only its start could obey (-b, -d, -O, -R, -v). Modules that start `sys.executable` again pass them
+/// on.
+constexpr const char* kAcceptedFlags = "-b,-B,-d,-E,-I,-O,-P,-R,-s,-S,-v";
 
-bool takesValue(std::string_view argument) { return argument == "--extensions" || argument == "-e"; }
-
-bool startsWithAny(std::string_view argument, std::initializer_list<std::string_view> prefixes) {
-    return std::any_of(prefixes.begin(), prefixes.end(),
-                       [argument](std::string_view prefix) { return argument.starts_with(prefix); });
-}
+/// Where the value of an option is that stands at `index` among letters: behind it in the same argument, or next.
+std::size_t argumentsTaken(std::string_view letters, std::size_t index) { return index + 1 < letters.size() ? 1 : 2; }
 
 /// How many arguments are the shell's. Those that follow a file, "-", "-m MODULE" or "-c CODE" are the program's, even
-/// when they look like options.
+/// when they look like options. Letters may stand together: "-Im MODULE".
 std::size_t ownArguments(const std::vector<std::string>& arguments) {
     std::size_t index = 0;
     while (index < arguments.size()) {
         const std::string_view argument = arguments[index];
         if (argument == "-" || !argument.starts_with('-'))
             return index + 1;
-        if (argument == "-m" || argument == "-c")
-            return std::min(index + 2, arguments.size());
-        if (startsWithAny(argument, {"-m", "-c"}))
-            return index + 1;
-        index += takesValue(argument) ? 2 : 1;
+        const bool isLong = argument.starts_with("--");
+        const std::size_t letter = isLong ? std::string_view::npos : argument.find_first_of("cmeWX", 1);
+        if (letter == std::string_view::npos) {
+            index += argument == "--extensions" ? 2 : 1;
+            continue;
+        }
+        index += argumentsTaken(argument, letter);
+        if (argument[letter] == 'c' || argument[letter] == 'm')
+            break;
     }
-    return arguments.size();
+    return std::min(index, arguments.size());
 }
 
 /// The option that was given, if one was, and what the shell is to do with its value.
@@ -53,7 +54,21 @@ constexpr std::array kSubjects = {
     Subject{"-e", Mode::Expression, "EXPR", "Evaluate one expression and print its display text."},
 };
 
-void describe(CLI::App& app, Options& options, std::string& file) {
+void describeInterpreter(CLI::App& app, Options& options, bool& showVersion) {
+    app.add_flag("-i", options.interactive, "Go on with the console after the program, or without a terminal.");
+    app.add_flag("-q", options.quiet, "Do not greet.");
+    app.add_flag("-u", options.interpreter.unbuffered, "Write what is printed at once.");
+    app.add_option("-W", options.interpreter.warnings, "Add a filter for warnings; may be repeated.")
+        ->option_text("FILTER")
+        ->allow_extra_args(false);
+    app.add_option("-X", options.interpreter.extras, "Set an option of the interpreter; may be repeated.")
+        ->option_text("OPTION")
+        ->allow_extra_args(false);
+    app.add_flag("-V", showVersion, "Print the version of Python and exit.");
+    app.add_flag(kAcceptedFlags)->group("");  // Not shown.
+}
+
+void describe(CLI::App& app, Options& options, std::string& file, bool& showVersion) {
     app.set_version_flag("--version", "lingsh " LING_VERSION, "Print the version and exit.");
     app.set_help_flag("--help,-h", "Print this text and exit.");
     app.add_option("--extensions", options.extensions,
@@ -62,11 +77,12 @@ void describe(CLI::App& app, Options& options, std::string& file) {
         ->allow_extra_args(false);
     for (const Subject& subject : kSubjects)
         app.add_option(subject.option, options.subject, subject.text)->option_text(subject.value)->take_last();
-    app.add_flag(kInterpreterFlags)->group("");  // Not shown.
+    describeInterpreter(app, options, showVersion);
     app.add_option("FILE", file, "Run a Python file as __main__; \"-\" runs standard input.")->option_text(" ");
     app.footer(
         "What follows FILE, -, -m MODULE or -c CODE are the program's arguments. Without any of these, the shell\n"
-        "is an interactive console.");
+        "is an interactive console, or runs standard input where that is no terminal. Other options of python3\n"
+        "that start a program in a certain way are accepted.");
 }
 
 /// Settles the mode. False when more than one was asked for.
@@ -90,12 +106,15 @@ std::optional<Options> parseOptions(const std::vector<std::string>& arguments, i
     CLI::App app("Runs Python programs in a host of the ling runtime.", "lingsh");
     Options options;
     std::string file;
-    describe(app, options, file);
+    bool showVersion = false;
+    describe(app, options, file, showVersion);
     const auto end = arguments.begin() + static_cast<std::ptrdiff_t>(ownArguments(arguments));
     try {
         app.parse(std::vector<std::string>(std::reverse_iterator(end), arguments.rend()));
         if (!settle(app, file, options))
             throw CLI::ValidationError("one of FILE, -m, -c and -e is enough");
+        if (showVersion)
+            options.mode = Mode::PythonVersion;
     } catch (const CLI::ParseError& error) {
         exitStatus = app.exit(error) == 0 ? 0 : kWrongUsage;
         return std::nullopt;

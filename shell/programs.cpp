@@ -8,6 +8,8 @@
 #include "ling/interfaces.h"
 #include "ling/module.h"
 
+#include <unistd.h>
+
 namespace ling::shell {
 
 namespace {
@@ -40,21 +42,33 @@ int runExpression(const String& code, const PythonDriver& driver) {
 
 int runProgram(const char* function, const char* name, const Options& options, const PythonDriver& driver) {
     const Any arguments = bytesForPython(options.arguments);
-    if (name == nullptr)
-        return driver.callForNumber(function, {{"arguments", arguments}});
     return driver.callForNumber(function, {{name, bytesForPython(options.subject)}, {"arguments", arguments}});
 }
 
-}  // namespace
+int configure(const InterpreterOptions& options, const PythonDriver& driver) {
+    return driver.callForNumber("driver.configure", {{"warning_filters", bytesForPython(options.warnings)},
+                                                     {"extras", bytesForPython(options.extras)},
+                                                     {"unbuffered", options.unbuffered}});
+}
 
-int run(const Options& options, const PythonDriver& driver) {
+/// Standard input that is no terminal is a program, unless a console is asked for.
+int runInput(const Options& options, const PythonDriver& driver) {
+    if (options.interactive || isatty(STDIN_FILENO) != 0)
+        return runConsole(driver, options.quiet ? Greeting::No : Greeting::Yes);
+    return runProgram("driver.run_stdin", "name", options, driver);
+}
+
+int runMode(const Options& options, const PythonDriver& driver) {
     switch (options.mode) {
         case Mode::Console:
-            return runConsole(driver);
+            return runInput(options, driver);
+        case Mode::PythonVersion:
+            return driver.callForNumber("driver.show",
+                                        {{"text", "Python " + driver.callForText("driver.python_version")}});
         case Mode::File:
             return runProgram("driver.run_file", "name", options, driver);
         case Mode::StandardInput:
-            return runProgram("driver.run_stdin", nullptr, options, driver);
+            return runProgram("driver.run_stdin", "name", options, driver);
         case Mode::Module:
             return runProgram("driver.run_module", "name", options, driver);
         case Mode::Code:
@@ -63,6 +77,20 @@ int run(const Options& options, const PythonDriver& driver) {
             return runExpression(String(options.subject), driver);
     }
     return 1;
+}
+
+}  // namespace
+
+int run(const Options& options, const PythonDriver& driver) {
+    if (options.interpreter.areGiven()) {
+        if (const int status = configure(options.interpreter, driver); status != 0)
+            return status;
+    }
+    if (!options.interactive || options.mode == Mode::Console)
+        return runMode(options, driver);
+    (void)driver.callForNumber("driver.expect_console");
+    (void)runMode(options, driver);
+    return runConsole(driver, Greeting::No);
 }
 
 }  // namespace ling::shell

@@ -73,7 +73,7 @@ ensure_python() {
 
 # Installs what building and testing need.
 ensure_tools() {
-    install_packages cmake g++ libcli11-dev libedit-dev libgmp-dev libgtest-dev ninja-build pkgconf
+    install_packages cmake g++ libcli11-dev libgmp-dev libgtest-dev ninja-build pkgconf
     ensure_python
 }
 

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "process/support/process.h"
 
@@ -29,11 +30,18 @@ TEST(Examples, TheReportSummarisesTheOrdersThatAreShipped) {
 TEST(Examples, ThePluginAndAnotherExtensionWorkTogether) {
     const fs::path own = host_run::stage() / "qcomponents/qextensions";
     const fs::path shop = host_run::stage().parent_path() / "examples/shop/extensions";
-    const Ended ended = process::run(process::shell({"--extensions", own.string(), "--extensions", shop.string(),
-                                                     (kSources / "examples/shop/report.py").string()}));
+    std::vector<std::string> arguments = {"--extensions", own.string(), "--extensions", shop.string(),
+                                          (kSources / "examples/shop/report.py").string()};
+    const Ended ended = process::run(process::shell(arguments));
     EXPECT_EQ(ended.status, 0) << ended.err;
     EXPECT_EQ(ended.lines().at(0), "Refused, as it should be: stock: Stock cannot be negative: -1.");
     EXPECT_EQ(lastLine(ended.out), "12 products, turnover 113619.82, 139 orders refused");
+
+    // The programs that a program starts are in the same host.
+    arguments.back() = "-c";
+    arguments.emplace_back(
+        "import subprocess, sys; subprocess.run([sys.executable, '-c', 'print(ling.qualname(shop))'])");
+    EXPECT_EQ(process::run(process::shell(arguments)).out, "shop\n");
 }
 
 TEST(Library, EveryPublicMemberMakesTheWayToTheRuntimeAndBack) {

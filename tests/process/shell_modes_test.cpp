@@ -81,7 +81,25 @@ const Row kRows[] = {
      "",
      "lingsh: can't open file '/no/such.py': [Errno 2] No such file or directory\n",
      2},
-    {"FlagsOfPython", {"-B", "-I", "-S", "-c", "print(1)"}, "1\n"},
+    {"FlagsOfPython", {"-B", "-I", "-S", "-OO", "-vbd", "-c", "print(1)"}, "1\n"},
+    {"LettersTogether", {"-uIc", "print(1)", "-V"}, "1\n"},
+    {"WarningFilters",
+     {"-Wignore", "-W", "error::UserWarning", "-c", "import warnings as w; w.warn('a', FutureWarning); w.warn('b')"},
+     "",
+     "Traceback (most recent call last):\n  File \"<string>\", line 1, in <module>\n    import warnings as w; "
+     "w.warn('a', FutureWarning); w.warn('b')\n                                                      ~~~~~~^^^^^\n"
+     "UserWarning: b\n",
+     1},
+    {"ExtraOptions",
+     {"-Xint_max_str_digits=700", "-X", "mine", "-c", "import sys; print(sys.get_int_max_str_digits(), sys._xoptions)"},
+     "700 {'int_max_str_digits': '700', 'mine': True}\n"},
+    {"WrongExtraOption", {"-Xtracemalloc=x", "-c", "1"}, "", "invalid literal for int() with base 10: 'x'\n", 1},
+    {"WithoutEnvironments",
+     {"-m", "venv", "/no/such"},
+     "",
+     "lingsh: there are no virtual environments of this interpreter: packages go into 'site-packages' beside the "
+     "extension, by 'pip install --target' of any CPython 3.13\n",
+     1},
     {"ValueInTheOption", {"-cprint(__name__)", "--version"}, "__main__\n"},
 };
 
@@ -103,6 +121,8 @@ TEST(ShellOptions, HelpNamesEveryMode) {
     for (const char* part : {"FILE", "-m MODULE", "-c CODE", "-e EXPR", "--extensions DIR", "--version", "--help"})
         EXPECT_NE(ended.out.find(part), std::string::npos) << part;
 }
+
+TEST(ShellOptions, TellsTheVersionOfPython) { EXPECT_EQ(run(shell({"-V"})).out.substr(0, 12), "Python 3.13."); }
 
 TEST(ShellOptions, VersionNeedsNoExtension) {
     const Ended ended = run(shell({"--extensions", "/no/such", "--version"}));
