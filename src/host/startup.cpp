@@ -8,6 +8,7 @@
 #include "host/platform.h"
 #include "host/scheme_loader.h"
 #include "language/language_python.h"
+#include "modules/module_finder.h"
 
 namespace ling::python {
 
@@ -69,6 +70,7 @@ bool setUpPythonModule() {
 void setUpLanguage() {
     languageClassBuilt.run(buildLanguageClass);
     registerSchemeProviders();
+    installModuleFinder();
 }
 
 }  // namespace ling::python

@@ -7,7 +7,8 @@ namespace ling::python {
 /// name already.
 bool setUpPythonModule();
 
-/// What follows every start: the class `LanguagePython`, once per process, and the scheme providers.
+/// What follows every start: the class `LanguagePython`, once per process, the scheme providers, and the finder by which
+/// Python programs import the host's modules.
 void setUpLanguage();
 
 }  // namespace ling::python

@@ -74,13 +74,6 @@ PyObject* makeSignature(const ling::Signature& signature) {
     return make(signatureClass, arguments, keywords);
 }
 
-PyObject* readSignature(PyObject* self, void*) {
-    if (const std::optional<ling::Signature> signature = signatureOf(valueOf(self)))
-        return makeSignature(*signature);
-    PyErr_SetObject(PyExc_AttributeError, kSignature.object());
-    return nullptr;
-}
-
 }  // namespace
 
 std::optional<ling::Signature> signatureOf(const ling::Any& value) {
@@ -91,15 +84,11 @@ std::optional<ling::Signature> signatureOf(const ling::Any& value) {
     return signature ? *signature : ling::Signature({}, ling::Untyped::getType());
 }
 
-bool addSignature(PyTypeObject* type) {
-    static constinit PyGetSetDef definition{"__signature__", readSignature, nullptr,
-                                            "The parameters and the result, for the module inspect.", nullptr};
-    PyRef descriptor = PyRef::steal(PyDescr_NewGetSet(type, &definition));
-    PyRef members = PyRef::steal(descriptor ? PyType_GetDict(type) : nullptr);
-    if (!members || PyDict_SetItemString(members.get(), definition.name, descriptor.get()) != 0)
-        return false;
-    PyType_Modified(type);
-    return true;
+PyObject* readSignature(PyObject* self, void*) {
+    if (const std::optional<ling::Signature> signature = signatureOf(valueOf(self)))
+        return makeSignature(*signature);
+    PyErr_SetObject(PyExc_AttributeError, kSignature.object());
+    return nullptr;
 }
 
 }  // namespace ling::python

@@ -9,7 +9,7 @@
 #include "lingobject/instance.h"
 #include "lingobject/operators.h"
 #include "lingobject/protocols.h"
-#include "lingobject/signature_object.h"
+#include "lingobject/type_members.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -49,13 +49,16 @@ PyTypeObject* makeType(const char* name, const char* doc) {
     return type;
 }
 
-PyTypeObject* makeReady(PyTypeObject* type) { return type != nullptr && PyType_Ready(type) == 0 ? type : nullptr; }
+PyTypeObject* makeReady(PyTypeObject* type) {
+    return type != nullptr && PyType_Ready(type) == 0 && addDocumentation(type) ? type : nullptr;
+}
 
 PyTypeObject* makePlainType() {
     PyTypeObject* type = makeType(kFamilyName, kFamilyDoc);
     if (type != nullptr)
         type->tp_as_number = numberTable();
-    return makeReady(type);
+    type = makeReady(type);
+    return type != nullptr && addSharedMembers(type) ? type : nullptr;
 }
 
 PyTypeObject* makeCallableType() {
@@ -65,7 +68,7 @@ PyTypeObject* makeCallableType() {
         type->tp_call = call;
     }
     type = makeReady(type);
-    return type != nullptr && addSignature(type) ? type : nullptr;
+    return type != nullptr && addSharedMembers(type) ? type : nullptr;
 }
 
 /// Made on first need, under the interpreter lock, by steps that run no Python code and so do not give it up.

@@ -131,6 +131,46 @@ TEST(ShellOptions, VersionNeedsNoExtension) {
     EXPECT_EQ(ended.status, 0);
 }
 
+/// A program in two files, both of which import what the host has, under Python's own tools.
+struct Tool {
+    const char* name;
+    std::vector<std::string> arguments;
+    const char* printed;
+    const char* input = "";
+
+    friend void PrintTo(const Tool& tool, std::ostream* out) { *out << tool.name; }
+};
+
+const Tool kTools[] = {
+    {"Alone", {"program.py"}, "[1, 2] List\n"},
+    {"Debugger", {"-m", "pdb", "program.py"}, "[1, 2] List\n", "c\nq\n"},
+    {"Profiler", {"-m", "cProfile", "program.py"}, "[1, 2] List\n"},
+    {"Tests", {"-m", "unittest", "sibling"}, "tested\n"},
+    {"Examples", {"-m", "doctest", "-v", "sibling.py"}, "1 passed"},
+    {"Runpy", {"-c", "import runpy\nrunpy.run_path('program.py')"}, "[1, 2] List\n"},
+    {"AFileOfTheUserWins", {"-c", "import python\nprint(python.value)"}, "mine\n"},
+};
+
+class ShellTools : public testing::TestWithParam<Tool> {};
+
+TEST_P(ShellTools, FindTheHostInEveryFile) {
+    const Folder folder;
+    (void)folder.write("program.py", "import sibling\nfrom ling import List\nprint(sibling.make(), List.name)\n");
+    (void)folder.write("python.py", "value = 'mine'\n");
+    (void)folder.write("sibling.py",
+                       "'''\n>>> len(make())\n2\n'''\nimport ling, unittest\nfrom ling import List\n"
+                       "def make():\n    return List([1, 2])\nclass Test(unittest.TestCase):\n    def test_it(self):\n"
+                       "        self.assertEqual(make(), ling.List([1, 2]))\n        print('tested')\n");
+    Command command = shell(GetParam().arguments);
+    command.directory = folder.path();
+    command.input = GetParam().input;
+    const Ended ended = run(command);
+    EXPECT_NE(ended.out.find(GetParam().printed), std::string::npos) << ended.out << ended.err;
+    EXPECT_EQ(ended.status, 0) << ended.err;
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ShellTools, testing::ValuesIn(kTools), [](const auto& row) { return row.param.name; });
+
 constexpr const char* kNoPython =
     "lingsh: no extension offers Python: there is no module 'ling.python' with a function 'evaluate'\n";
 

@@ -211,10 +211,12 @@ class RunningInterpreterTest : public testing::TestWithParam<const char*> {};
 TEST_P(RunningInterpreterTest, IsUsedAsItIs) {
     const std::string archive = (kExtensions / "python3/lib/python313.zip").string();
     const std::string packages = (kExtensions / "site-packages").string();
-    const Ended ended = runHost("start_host", {GetParam(), kExtensions.string(), kSysPath, sysModule("flags.isolated"),
-                                               "1 + 1", "__import__('_decimal').__name__"});
+    const Ended ended =
+        runHost("start_host", {GetParam(), kExtensions.string(), kSysPath, sysModule("flags.isolated"), "1 + 1",
+                               "__import__('_decimal').__name__", "__import__('ling.python').python.__spec__.origin"});
     EXPECT_EQ(ended.status, 0) << ended.err;
-    EXPECT_EQ(ended.lines(), (Lines{"module python: no", "first|" + archive + "|" + packages, "0", "2", "_decimal"}));
+    EXPECT_EQ(ended.lines(),
+              (Lines{"module python: no", "first|" + archive + "|" + packages, "0", "2", "_decimal", "host"}));
 }
 
 TEST_P(RunningInterpreterTest, TypesHaveTheirPythonNamesWithoutTheModuleTree) {

@@ -1,0 +1,100 @@
+#include "lingobject/type_members.h"
+
+#include "bridge/convert.h"
+#include "host/names.h"
+#include "host/py_ref.h"
+#include "ling/class.h"
+#include "ling/list.h"
+#include "ling/members.h"
+#include "lingobject/instance.h"
+#include "lingobject/signature_object.h"
+#include "lingobject/special_names.h"
+
+namespace ling::python {
+
+namespace {
+
+constinit const Name kDirectory{"__dir__"};
+
+/// Adds a name that Python can see and that is not among `names` yet. False with the Python error set.
+bool addName(PyObject* names, const ling::String& name) {
+    if (name.startsWith(u"_"))
+        return true;
+    PyRef text = PyRef::steal(toPythonLocked(name));
+    const int known = text ? PySequence_Contains(names, text.get()) : -1;
+    return known > 0 || (known == 0 && PyList_Append(names, text.get()) == 0);
+}
+
+bool addNames(PyObject* names, const ling::List_Generic& added) {
+    for (const ling::Any& name : added.copyItems())
+        if (!addName(names, ling::unchecked<ling::String>(name)))
+            return false;
+    return true;
+}
+
+template <class Members>
+bool addNamesOf(PyObject* names, const Members& members) {
+    for (const auto& member : members)
+        if (!addName(names, member.id.name()))
+            return false;
+    return true;
+}
+
+/// A class answers its own class-level members.
+bool addClassLevelNames(PyObject* names, const ling::Any& value) {
+    if (!ling::internal::is_instance<ling::Class_Generic>(value))
+        return true;
+    const auto& cls = ling::unchecked<ling::Class_Generic>(value);
+    return addNamesOf(names, cls.classMethods(ling::Inherited::Yes)) &&
+           addNamesOf(names, cls.classProperties(ling::Inherited::Yes));
+}
+
+PyObject* listMembers(PyObject* self, PyObject*) {
+    PyObject* key = kDirectory.object();
+    PyObject* object = reinterpret_cast<PyObject*>(&PyBaseObject_Type);
+    PyRef names = PyRef::steal(key != nullptr ? PyObject_CallMethodOneArg(object, key, self) : nullptr);
+    if (!names)
+        return nullptr;
+    const Receiver receiver(self);
+    const bool done = addNames(names.get(), ling::own_methods_of(*receiver)) &&
+                      addNames(names.get(), ling::own_properties_of(*receiver)) &&
+                      addClassLevelNames(names.get(), *receiver);
+    return done ? names.release() : nullptr;
+}
+
+PyObject* readDocumentation(PyObject* self, void*) {
+    PyObject* text = nullptr;
+    PyObject* name = names::doc.object();
+    return name != nullptr && answerSpecialName(valueOf(self), name, text) ? text : nullptr;
+}
+
+PyGetSetDef kSignature{"__signature__", readSignature, nullptr,
+                       "The parameters and the result, for the module inspect.", nullptr};
+PyGetSetDef kDocumentation{"__doc__", readDocumentation, nullptr, "The text of the value.", nullptr};
+PyMethodDef kListing{"__dir__", listMembers, METH_NOARGS, "The names of all members."};
+
+/// Takes the descriptor over; null stands for a failure.
+bool put(PyTypeObject* type, const char* name, PyObject* descriptor) {
+    PyRef owned = PyRef::steal(descriptor);
+    PyRef members = PyRef::steal(owned ? PyType_GetDict(type) : nullptr);
+    if (!members || PyDict_SetItemString(members.get(), name, owned.get()) != 0)
+        return false;
+    PyType_Modified(type);
+    return true;
+}
+
+bool put(PyTypeObject* type, PyGetSetDef& definition) {
+    return put(type, definition.name, PyDescr_NewGetSet(type, &definition));
+}
+
+bool put(PyTypeObject* type, PyMethodDef& definition) {
+    return put(type, definition.ml_name, PyDescr_NewMethod(type, &definition));
+}
+
+}  // namespace
+
+bool addSharedMembers(PyTypeObject* type) { return put(type, kSignature) && put(type, kListing); }
+
+bool addDocumentation(PyTypeObject* type) { return put(type, kDocumentation); }
+
+}  // namespace ling::python
