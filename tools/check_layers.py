@@ -27,6 +27,7 @@ TREES = {
         ("the faces", ["bridge/*.h", "language/evaluate.h"]),
         ("wrappers, proxies, functions", ["lingobject/*", "proxies/*", "functions/*"]),
         ("the converters", ["bridge/*.cpp"]),
+        ("values that travel", ["travel/*"]),
         ("the language, the host's modules", ["language/*", "modules/*"]),
         ("the host's top", ["host/extension.*", "host/interpreter.cpp", "host/module_functions.*",
                             "host/scheme_loader.*", "host/search_paths.*", "host/startup.*"]),

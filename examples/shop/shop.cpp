@@ -5,6 +5,8 @@
 //     Inventory()                  add(item), find(name), remove(name), items, length; iterates its items; `+` joins
 //     OutOfStock                   the error of taking more than there is
 //     discounted(price, percent)   a price with a discount, ten percent unless told otherwise
+//
+// Items and inventories can be copied and sent to other processes: they have the methods `__state__` and `__restore__`.
 
 #include <ling/ling.h>
 
@@ -61,6 +63,18 @@ Any take(const Any& self, std::int64_t count) {
     return setStock(self, stock - count);
 }
 
+/// What an item is made of, for copies and other processes.
+Any stateOfItem(const Any& self) {
+    return ling::Tuple_Generic({self.fieldValue($name), self.fieldValue($price), self.fieldValue($stock)});
+}
+
+/// Makes a new item what another has told of itself.
+Any restoreItem(const Any& self, const ling::Tuple_Generic& state) {
+    if (state.items().size() != 3)
+        return failure(u"This is no state of an item.");
+    return self.callMethod(Any::$__init__, state.items());
+}
+
 const ling::Class_Generic& itemClass() {
     static const ling::Class_Generic& cls = *new ling::Class_Generic([] {
         ling::FunctionCL_Generic initialise = ling::make_method("__init__", "name, price, stock", &initialiseItem);
@@ -72,6 +86,8 @@ const ling::Class_Generic& itemClass() {
             .field($stock)
             .method(Any::$__init__, initialise)
             .method("take", "count", &take, "Takes some off the stock.")
+            .method("__state__", "", &stateOfItem)
+            .method("__restore__", "state", &restoreItem)
             .property("name", property_builder()
                                   .getter([](const Any& self) { return self.fieldValue($name); })
                                   .doc("What it is called."))
@@ -137,6 +153,9 @@ const ling::Class_Generic& inventoryClass() {
             .method("remove", "name", &removeItem, "Removes the item of a name; answers whether there was one.")
             .method(ling::I_Iterable_Generic::$iter, "", [](const Any& self) { return itemsOf(self).iter(); })
             .method(Any::$__add__, "other", &joined, "A new inventory with the items of both.")
+            .method("__state__", "", [](const Any& self) { return ling::List_Generic(itemsOf(self).copyItems()); })
+            .method("__restore__", "state",
+                    [](const Any& self, const ling::List_Generic& items) { return self.setFieldValue($items, items); })
             .property("items", property_builder().getter(&itemsOf).doc("The items, in the order they came."))
             .property(ling::I_Sequence_Generic::$$length,
                       property_builder().getter([](const Any& self) { return itemsOf(self).size(); }).doc("How many."))

@@ -2,6 +2,7 @@
 
 #include "bridge/convert.h"
 #include "bridge/text.h"
+#include "bridge/travel.h"
 #include "host/cached_import.h"
 #include "host/error_scope.h"
 #include "host/names.h"
@@ -94,7 +95,9 @@ PyRef makeExceptionClass(const ling::Class_Generic& cls) {
     const std::string dotted = name.find('.') == std::string::npos ? "ling." + name : name;
     PyRef members = PyRef::steal(PyDict_New());
     PyObject* key = kLing.object();
-    if (!members || key == nullptr || PyDict_SetItem(members.get(), key, Py_None) != 0)
+    PyRef reducer = PyRef::steal(members ? makeExceptionReducer() : nullptr);
+    if (!reducer || key == nullptr || PyDict_SetItem(members.get(), key, Py_None) != 0 ||
+        PyDict_SetItemString(members.get(), "__reduce_ex__", reducer.get()) != 0)
         return {};
     return PyRef::steal(PyErr_NewException(dotted.c_str(), PyExc_RuntimeError, members.get()));
 }

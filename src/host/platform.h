@@ -35,11 +35,16 @@ inline ling::Map_Generic makeMap(std::initializer_list<std::pair<ling::Any, ling
     return ling::Map_Generic(std::span<const std::pair<ling::Any, ling::Any>>(entries.begin(), entries.size()));
 }
 
-/// A new map with what is in `map` now, in the same order.
-inline ling::Map_Generic copyOf(const ling::Map_Generic& map) {
-    return ling::Map_Generic(
-        static_cast<const ling::internal::object_value_hash_map*>(map.object())->copy_and_load_pairs());
+/// What a native map and a native set hold now, in order of insertion.
+inline std::vector<std::pair<ling::Any, ling::Any>> pairsOf(const ling::Any& map) {
+    return static_cast<const ling::internal::object_value_hash_map*>(map.object())->copy_and_load_pairs();
 }
+inline std::vector<ling::Any> itemsOfSet(const ling::Any& set) {
+    return static_cast<const ling::internal::object_value_hash_set*>(set.object())->copy_items();
+}
+
+/// A new map with what is in `map` now, in the same order.
+inline ling::Map_Generic copyOf(const ling::Map_Generic& map) { return ling::Map_Generic(pairsOf(map)); }
 
 /// A function from native code; `names` lists its parameters, separated by commas.
 template <class Code>

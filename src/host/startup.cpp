@@ -9,6 +9,7 @@
 #include "host/scheme_loader.h"
 #include "language/language_python.h"
 #include "modules/module_finder.h"
+#include "travel/plain_containers.h"
 
 namespace ling::python {
 
@@ -70,6 +71,7 @@ bool setUpPythonModule() {
 void setUpLanguage() {
     languageClassBuilt.run(buildLanguageClass);
     registerSchemeProviders();
+    registerContainerFunctions();
     installModuleFinder();
 }
 

@@ -7,8 +7,8 @@ namespace ling::python {
 /// name already.
 bool setUpPythonModule();
 
-/// What follows every start: the class `LanguagePython`, once per process, the scheme providers, and the finder by which
-/// Python programs import the host's modules.
+/// What follows every start: the class `LanguagePython`, once per process, the scheme providers, the functions that
+/// convert whole containers, and the finder by which Python programs import the host's modules.
 void setUpLanguage();
 
 }  // namespace ling::python

@@ -1,6 +1,7 @@
 #include "lingobject/type_members.h"
 
 #include "bridge/convert.h"
+#include "bridge/travel.h"
 #include "host/names.h"
 #include "host/py_ref.h"
 #include "ling/class.h"
@@ -71,6 +72,11 @@ PyObject* readDocumentation(PyObject* self, void*) {
 PyGetSetDef kSignature{"__signature__", readSignature, nullptr,
                        "The parameters and the result, for the module inspect.", nullptr};
 PyGetSetDef kDocumentation{"__doc__", readDocumentation, nullptr, "The text of the value.", nullptr};
+PyObject* copy(PyObject* self, PyObject*) { return copyWrapper(self); }
+PyObject* reduce(PyObject* self, PyObject*) { return reduceWrapper(self); }
+
+PyMethodDef kCopying{"__copy__", copy, METH_NOARGS, "A copy of the value, with the same contents."};
+PyMethodDef kReducing{"__reduce_ex__", reduce, METH_O, "How deep copies and pickles take the value apart."};
 PyMethodDef kListing{"__dir__", listMembers, METH_NOARGS, "The names of all members."};
 
 /// Takes the descriptor over; null stands for a failure.
@@ -93,7 +99,9 @@ bool put(PyTypeObject* type, PyMethodDef& definition) {
 
 }  // namespace
 
-bool addSharedMembers(PyTypeObject* type) { return put(type, kSignature) && put(type, kListing); }
+bool addSharedMembers(PyTypeObject* type) {
+    return put(type, kSignature) && put(type, kListing) && put(type, kCopying) && put(type, kReducing);
+}
 
 bool addDocumentation(PyTypeObject* type) { return put(type, kDocumentation); }
 

@@ -12,7 +12,7 @@ namespace ling::python {
 
 /// For the types that the others derive from: `__signature__`, where `inspect` looks before it reads the text of a
 /// signature, in which it understands no types; `__dir__`, which adds to what the type offers what the object itself
-/// does, for `dir()` and completion.
+/// does, for `dir()` and completion; `__copy__` and `__reduce_ex__`, for `copy` and `pickle`.
 bool addSharedMembers(PyTypeObject* type);
 
 /// For every type: `__doc__`, by which `help()` finds the text of a value; it looks past the slot, and would take the

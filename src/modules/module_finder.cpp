@@ -8,6 +8,7 @@
 #include "ling/module.h"
 #include "modules/host_module.h"
 #include "modules/module_members.h"
+#include "travel/rebuild.h"
 
 #include <Python.h>
 
@@ -17,6 +18,7 @@ namespace {
 
 constinit CachedImport moduleSpec{"_frozen_importlib", "ModuleSpec"};
 constinit const Name kName{"name"};
+constexpr std::u16string_view kLanguageModule = u"ling.python";
 
 /// The host's module of a Python name; none for what is no text.
 ling::Module findModule(PyObject* name) {
@@ -46,13 +48,21 @@ PyObject* findSpec(PyObject* self, PyObject* arguments, PyObject* keywords) {
     return named ? PyObject_Call(moduleSpec.get(), positional.get(), named.get()) : nullptr;
 }
 
+/// The language's own module has what pickles name, besides what it reads through to.
+PyObject* makeModule(const ling::Module& module) {
+    PyRef made = PyRef::steal(makeHostModule(module));
+    const bool isComplete =
+        made && (module.name().view() != kLanguageModule || addRebuilding(PyModule_GetDict(made.get())));
+    return isComplete ? made.release() : nullptr;
+}
+
 PyObject* createModule(PyObject*, PyObject* spec) {
     PyRef name = PyRef::steal(attribute(spec, kName));
     if (!name)
         return nullptr;
     const ling::Module module = findModule(name.get());
     if (!module.isNone())
-        return makeHostModule(module);
+        return makeModule(module);
     PyRef message = PyRef::steal(PyUnicode_FromFormat("the host has no module %R", name.get()));
     if (message)
         PyErr_SetImportError(message.get(), name.get(), nullptr);

@@ -164,7 +164,6 @@ constexpr Row kProtocols[] = {
      "true"},
     {"StrOfRecursiveList", "l = ling.List([1])\nl.append(l)\nshown = str(l)\nl.clear()\nreturn shown", "[1, ...]"},
     {"Str", "str(ling.List([1, 'a']))", "\"[1, 'a']\""},
-    {"Copy", "__import__('pickle').dumps(t)", "TypeError: cannot pickle 'ling~things`Thing' object"},
     {"Weakref", "__import__('weakref').ref(t)",
      "TypeError: cannot create weak reference to 'ling~things`Thing' object"},
     {"Json", "__import__('json').dumps(t)", "TypeError: Object of type ling~things`Thing is not JSON serializable"},

@@ -232,7 +232,6 @@ OWN_NAMES = "The members are those of the `ling` class: at, appendAt, indexOf, r
 OWN_EQUALITY = "The runtime decides what is equal: a Python object equals what Python says only of other Python objects."
 FRESH_WRAPPER = "An operator in place answers a fresh wrapper of the same list."
 SNAPSHOT = "An iterator walks over the items as they were when it was made."
-NO_PICKLE = "Values of the runtime cannot be pickled."
 DEEP = "Rendering goes as deep as the stack allows, which is deeper."
 MARKED = "A Python object that cannot show itself shows as its class; the container shows nevertheless."
 KEYS = "A key to subscribe with is an immutable value of the runtime, which no object of a Python class is."
@@ -259,7 +258,6 @@ EXCLUDED = {
         "test_index": OWN_NAMES,
         "test_init": "The wrapper's `__init__` is Python's own and changes nothing.",
         "test_insert": OWN_NAMES,
-        "test_pickle": NO_PICKLE,
         "test_remove": OWN_NAMES,
         "test_repr": "The display text, str(), marks a list in itself as `...`; the source text, repr(), as `[...]`.",
         "test_repr_deep": DEEP,
@@ -273,7 +271,6 @@ EXCLUDED = {
         "test_subscript": SLICES,
     },
     AroundList: {
-        "test_pickle": NO_PICKLE,
         "test_repr_deep": MARKED,
     },
     BareMap: {

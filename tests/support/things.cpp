@@ -2,6 +2,7 @@
 
 #include "ling/ling.h"
 
+#include <cmath>
 #include <mutex>
 
 namespace {
@@ -84,6 +85,28 @@ Any failing(std::int64_t count) {
     return iterator;
 }
 
+/// Opts in to copies and pickles: its state is what it holds.
+void defineKeeper() {
+    const auto read = [](const Any& self) { return self.fieldValue($name); };
+    const auto write = [](const Any& self, const Any& held) { return self.setFieldValue($name, held); };
+    defclass_impl("Keeper", "things")
+        .doc("Keeps something.")
+        .field($name)
+        .method(Any::$__init__, "held", write)
+        .method("__state__", "", read)
+        .method("__restore__", "state", write)
+        .property("held", property_builder().getter(read).setter(write).doc("What it keeps."))
+        .build();
+}
+
+/// Native values that change on their way through Python.
+ling::List_Generic rarities() {
+    const ling::Time zoned(1, 2, 3, 4, 3600, u"CET", 1);
+    const ling::Tuple_Generic tuple({1, 2.0});
+    return {2.0,   HUGE_VAL, ling::Time(1, 2, 3, 999), zoned, ling::DateTime(ling::Date(2024, 2, 29), zoned),
+            tuple, tuple,    ling::Undefined()};
+}
+
 void defineFunctions() {
     (void)register_function(
         "things", ling::make_function(
@@ -95,6 +118,7 @@ void defineFunctions() {
                                 return ling::Lazy_Generic([value] { return value; });
                             }));
     (void)register_function("things", ling::make_function("failing", "count", &failing));
+    (void)register_function("things", ling::make_function("rarities", "", &rarities));
     (void)register_function("things", ling::make_function("same", "value", [](const Any& value) { return value; }));
 }
 
@@ -104,6 +128,7 @@ void defineThings() {
     static std::once_flag once;
     std::call_once(once, [] {
         defineThing();
+        defineKeeper();
         (void)refusal();
         defclass_impl("Bare", "things").doc("Nothing of its own.").build();
         defineFunctions();

@@ -6,6 +6,7 @@
 ///     Thing(name)     properties name (read and write), size (read-only), stock (refuses negative numbers);
 ///                     field mark (integers); methods greet(whom="you"), fail(), lazy(); operators `-` and `/`
 ///     Bare            a class without public members
+///     Keeper(held)    property held; can be copied and pickled
 ///     Refusal         an error class
-///     add(a, b), refuse(text), later(value), endless(), failing(count)
+///     add(a, b), refuse(text), later(value), failing(count), same(value), rarities()
 void defineThings();
