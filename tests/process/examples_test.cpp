@@ -44,6 +44,50 @@ TEST(Examples, ThePluginAndAnotherExtensionWorkTogether) {
     EXPECT_EQ(process::run(process::shell(arguments)).out, "shop\n");
 }
 
+constexpr const char* kWorkers = R"(
+import concurrent.futures, multiprocessing, sys
+from decimal import Decimal
+import ling, shop
+
+def restock(basket):
+    count, item = basket
+    return ling.List([shop.Item(item.name, item.price, count)])
+
+def sell(item):
+    item.take(1)
+
+if __name__ == "__main__":
+    pen = shop.Item("pen", Decimal("1.5"))
+    baskets = [ling.List([count, pen]) for count in range(3)]
+    context = multiprocessing.get_context(sys.argv[1])
+    with context.Pool(2) as pool:
+        print([str(items[0].total) for items in pool.map(restock, baskets)])
+        print(pool.map(shop.discounted, [Decimal(10)], chunksize=1))
+    with concurrent.futures.ProcessPoolExecutor(2, mp_context=context) as pool:
+        print([str(items[0].total) for items in pool.map(restock, baskets)])
+        error = pool.submit(sell, pen).exception()
+        print(isinstance(error, shop.OutOfStock.exception), ling.display(error.ling))
+    queue = context.Queue()
+    queue.put(baskets[2])
+    print(queue.get()[1].name)
+)";
+
+class Workers : public testing::TestWithParam<const char*> {};
+
+TEST_P(Workers, HaveTheHostAndItsExtensionsAndItsValuesTravel) {
+    const process::Folder folder;
+    const fs::path own = host_run::stage() / "qcomponents/qextensions";
+    const fs::path shop = host_run::stage().parent_path() / "examples/shop/extensions";
+    const Ended ended = process::run(process::shell({"--extensions", own.string(), "--extensions", shop.string(),
+                                                     folder.write("workers.py", kWorkers).string(), GetParam()}));
+    EXPECT_EQ(ended.out,
+              "['0.0', '1.5', '3.0']\n[Decimal('9')]\n['0.0', '1.5', '3.0']\nTrue pen: 1 wanted, 0 left\npen\n");
+    EXPECT_EQ(ended.status, 0) << ended.err;
+}
+
+INSTANTIATE_TEST_SUITE_P(Start, Workers, testing::Values("fork", "spawn", "forkserver"),
+                         [](const auto& row) { return std::string(row.param); });
+
 TEST(Library, EveryPublicMemberMakesTheWayToTheRuntimeAndBack) {
     process::Command walk = process::shell({(kScripts / "library_walk.py").string()});
     walk.limit = std::chrono::seconds(240);
