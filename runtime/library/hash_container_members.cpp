@@ -60,7 +60,7 @@ void define_map_members() {
         .doc(
             "A map: values by key, in the order in which the keys were first set. Called, it makes a copy of another "
             "map, or an empty one.")
-        .hooks({.allocate = &allocateMap})
+        .hooks({.allocate = &allocateMap, .nativeValues = true})
         .method(Any::$__init__, optional_method(Any::$__init__, "source", {Any()}, &copyPairs,
                                                 "Sets what another map holds, if one is given."))
         .method(I_Iterable_Generic::$iter, "", &native_map::iter,
@@ -93,7 +93,7 @@ void define_set_members() {
         .doc(
             "A set: distinct items, in the order in which they were first inserted. Called, it makes a set of the "
             "items of an iterable, or an empty one.")
-        .hooks({.allocate = &allocateSet})
+        .hooks({.allocate = &allocateSet, .nativeValues = true})
         .method(Any::$__init__, optional_method(Any::$__init__, "items", {Any()}, &initialiseSet,
                                                 "Inserts the items of an iterable, if one is given."))
         .method(I_Iterable_Generic::$iter, "", &native_set::iter,

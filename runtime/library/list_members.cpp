@@ -116,7 +116,7 @@ void defineReading() {
         .doc(
             "A list: items by position, which can change. Called, it makes a list of the items of an iterable, or an "
             "empty one.")
-        .hooks({.allocate = &allocateList})
+        .hooks({.allocate = &allocateList, .nativeValues = true})
         .method(Any::$__init__, optional_method(Any::$__init__, "items", {Any()}, &initialise,
                                                 "Adds the items of an iterable, if one is given."))
         .method(I_Iterable_Generic::$iter, "", &native_list::iter,

@@ -63,6 +63,14 @@ const native_constructor& byteArrayConstructor() {
     return constructor;
 }
 
+/// Texts and bytes have their units where objects have fields.
+template <const native_constructor& (*Get)()>
+constexpr class_hooks textHooks() {
+    class_hooks hooks = constructor_hooks<Get>();
+    hooks.nativeValues = true;
+    return hooks;
+}
+
 Any unitAt(const String& self, const Any& index) {
     const Result<std::int64_t> given = read_index(index);
     if (!given)
@@ -101,7 +109,7 @@ std::int64_t indexOf(const String& self, const String& text, std::int64_t start)
 void defineStringReading() {
     extend_class(String::getClass())
         .doc("Text, in units of UTF-16. Called, it gives the text that shows a value.")
-        .hooks(constructor_hooks<&stringConstructor>())
+        .hooks(textHooks<&stringConstructor>())
         .method(Any::$__init__, stringConstructor().initialiser())
         .property(I_Sequence_Generic::$$length,
                   property_builder()
@@ -179,7 +187,7 @@ void define_string_members() {
 void define_byte_array_members() {
     extend_class(ByteArray::getClass())
         .doc("Bytes. Called, it gives the bytes of a text in UTF-8.")
-        .hooks(constructor_hooks<&byteArrayConstructor>())
+        .hooks(textHooks<&byteArrayConstructor>())
         .method(Any::$__init__, byteArrayConstructor().initialiser())
         .property(I_Sequence_Generic::$$length, property_builder()
                                                     .getter([](const ByteArray& self) { return self.size(); })

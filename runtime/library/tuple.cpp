@@ -109,7 +109,7 @@ void define_tuple_members() {
         .doc(
             "A tuple: items by position, which never change. Called, it makes a tuple of the items of an iterable, or "
             "an empty one.")
-        .hooks({.allocate = &allocateTuple, .construct = &constructTuple})
+        .hooks({.allocate = &allocateTuple, .construct = &constructTuple, .nativeValues = true})
         .method(I_Iterable_Generic::$iter, "", &native_tuple::iter, "An iterator over the items.")
         .method(I_Iterable_Generic::$contains, "item", &native_tuple::contains,
                 "Whether an equal item is in the tuple.")

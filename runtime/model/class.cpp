@@ -19,6 +19,7 @@ namespace ling {
 
 using internal::class_declarations;
 using internal::object_value_class;
+using internal::read_declarations;
 
 internal::object_value_class* Class_Generic::record() const noexcept {
     return static_cast<object_value_class*>(object());
@@ -30,12 +31,15 @@ Class_Generic Class_Generic::adopt(object_value_class* record) { return Class_Ge
 String Class_Generic::name() const { return record()->name(); }
 String Class_Generic::doc() const {
     (void)record()->ensureMembers();
-    return record()->declarations().doc;
+    return read_declarations(*record(), [](const class_declarations& own) { return own.doc; });
 }
 String Class_Generic::example(Language language) const {
-    return record()->declarations().examples[static_cast<std::size_t>(language)];
+    const auto position = static_cast<std::size_t>(language);
+    return read_declarations(*record(), [position](const class_declarations& own) { return own.examples[position]; });
 }
-std::vector<Class_Generic> Class_Generic::parents() const { return record()->declarations().parents; }
+std::vector<Class_Generic> Class_Generic::parents() const {
+    return read_declarations(*record(), [](const class_declarations& own) { return own.parents; });
+}
 
 std::vector<Class_Generic> Class_Generic::ancestry() const {
     std::vector<Class_Generic> all;
@@ -48,12 +52,14 @@ bool Class_Generic::isAncestor(const Class_Generic& ancestor) const noexcept {
     return record()->isAncestor(ancestor.record());
 }
 
-Class_Generic Class_Generic::parentGeneric() const { return record()->declarations().generic; }
-std::vector<Type> Class_Generic::parameters() const { return record()->declarations().parameters; }
-Module Class_Generic::parentModule() const { return record()->declarations().module; }
+Class_Generic Class_Generic::parentGeneric() const { return record()->generic(); }
+std::vector<Type> Class_Generic::parameters() const { return record()->parameters(); }
+Module Class_Generic::parentModule() const {
+    return read_declarations(*record(), [](const class_declarations& own) { return own.module; });
+}
 
 Any Class_Generic::allocateInstance() const {
-    if (record()->declarations().isInterface)
+    if (record()->isInterface())
         return internal::failure(String(u"The interface '{}' has no instances of its own.").arg(qualname(*this)));
     return Any::adopt(record()->hooks().allocate(record()));
 }
@@ -85,7 +91,8 @@ std::vector<Declared<Identifier, Member>> listMembers(
     };
     for (const object_value_class* declarer : record->ancestry()) {
         (void)declarer->ensureMembers();
-        for (const auto& declared : declarer->declarations().*list)
+        for (const auto& declared :
+             read_declarations(*declarer, [list](const class_declarations& own) { return own.*list; }))
             if (!isListed(declared.id))
                 all.push_back({declared.id, unchecked<Member>(declared.member)});
         if (inherited == Inherited::No)
@@ -114,11 +121,13 @@ std::vector<Declared<property_ident_untyped, Property>> Class_Generic::classProp
 std::vector<Declared<field_ident_untyped, Field>> Class_Generic::fields(Inherited inherited) const {
     std::vector<Declared<field_ident_untyped, Field>> all;
     if (inherited == Inherited::No) {
-        for (const internal::declared_field& field : record()->declarations().fields)
+        for (const internal::declared_field& field :
+             read_declarations(*record(), [](const class_declarations& own) { return own.fields; }))
             all.push_back({field.id, field.field});
         return all;
     }
-    for (std::size_t i = 0; i < record()->fieldCount(); ++i)
+    // Places are never taken back, so what the count says is there whatever changes meanwhile.
+    for (std::size_t i = 0, count = record()->fieldCount(); i < count; ++i)
         all.push_back({record()->fieldIdentifier(i), *record()->fieldAt(i)});
     return all;
 }
@@ -141,7 +150,7 @@ Result<Class_Generic> Class_Generic::cast(const Any& value) {
 
 const Class_Generic& Class_Generic::getClass() {
     static const Class_Generic& cls =
-        *new Class_Generic(internal::native_class("Class", {I_Invokable_Generic::getClass()}));
+        *new Class_Generic(internal::runtime_made_class("Class", {I_Invokable_Generic::getClass()}));
     return cls;
 }
 

@@ -39,12 +39,12 @@ class_builder& class_builder::example(Language language, std::string_view utf8) 
 }
 
 class_builder& class_builder::hooks(const class_hooks& hooks) {
-    class_.record()->set_hooks_unsafe(hooks);
+    tellFailure(class_.record()->set_hooks_unsafe(hooks));
     return *this;
 }
 
 class_builder& class_builder::field(const field_ident_untyped& id, const Type& type, std::string_view doc) {
-    class_.record()->add_field_unsafe(id, type, String(doc));
+    tellFailure(class_.record()->add_field_unsafe(id, type, String(doc)));
     return *this;
 }
 

@@ -8,17 +8,21 @@
 
 #include <algorithm>
 #include <mutex>
+#include <optional>
+#include <type_traits>
+#include <utility>
 
 namespace ling::internal {
 
-/// The one lock of the class structure, and what is done under it. Changing a class is rare, and a change of one class
-/// reaches its descendants and reads its ancestors, so one lock for all of them is the simple order. No reference is
-/// dropped and no foreign code runs under it.
+std::mutex& class_structure_guard() noexcept {
+    static std::mutex& mutex = *new std::mutex;
+    return mutex;
+}
+
+/// What is done under the lock of the class structure. Changing a class is rare, and a change of one class reaches its
+/// descendants and reads its ancestors, so one lock for all of them is the simple order.
 struct class_structure {
-    static std::mutex& guard() {
-        static std::mutex& mutex = *new std::mutex;
-        return mutex;
-    }
+    static std::mutex& guard() noexcept { return class_structure_guard(); }
 
     static const class_tables& tablesLocked(const object_value_class* klass) {
         const class_tables* tables = klass->outline_.load(std::memory_order_acquire);
@@ -53,10 +57,43 @@ struct class_structure {
     /// Changes the declarations of a class; `change` answers what it replaced, to be dropped outside the lock.
     template <class Change>
     static void change(object_value_class* klass, Change&& change) {
-        [[maybe_unused]] Any replaced;
+        [[maybe_unused]] std::optional<std::invoke_result_t<Change&, class_declarations&>> replaced;
         std::lock_guard hold(guard());
-        replaced = change(*klass->declarations_);
+        replaced.emplace(change(*klass->declarations_));
         invalidate(klass);
+    }
+
+    /// The same where `refuses`, asked under the same lock, lets it. Answers whether it did.
+    template <class Refuses, class Change>
+    static bool changeUnless(object_value_class* klass, Refuses&& refuses, Change&& change) {
+        std::lock_guard hold(guard());
+        if (refuses())
+            return false;
+        change(*klass->declarations_);
+        invalidate(klass);
+        return true;
+    }
+
+    static bool isAncestorLocked(const object_value_class* ancestor, const object_value_class* klass) {
+        const std::vector<object_value_class*>& all = tablesLocked(klass).ancestry;
+        return std::find(all.begin(), all.end(), ancestor) != all.end();
+    }
+
+    /// Fields and a finaliser belong to objects: what a class of other values declared would be nowhere.
+    /// Told from the class and the tables of its parents: one that is being built has none of its own yet.
+    static bool hasNativeValues(const object_value_class* klass) {
+        const class_declarations& own = klass->declarations();
+        return own.hooks.nativeValues || std::any_of(own.parents.begin(), own.parents.end(), [](const auto& parent) {
+                   return tablesLocked(parent.record()).hooks.nativeValues;
+               });
+    }
+    static bool needsObjects(const object_value_class* klass) {
+        const class_declarations& own = klass->declarations();
+        return !own.fields.empty() || own.hooks.finalize != nullptr ||
+               std::any_of(own.parents.begin(), own.parents.end(), [](const auto& parent) {
+                   const class_tables& tables = tablesLocked(parent.record());
+                   return !tables.fields.empty() || tables.hooks.finalize != nullptr;
+               });
     }
 
     static void removeChild(object_value_class* parent, object_value_class* child) {
@@ -81,7 +118,21 @@ Any addMember(std::vector<declared_member<Identifier>>& members, const Identifie
 
 object_value* allocateObject(object_value_class* klass) { return new object_value_object(klass); }
 
+Any nativeValuesError(const String& name) {
+    return failure(
+        String(u"The values of the class '{}' are native ones: they have no fields and no finaliser.").arg(name));
+}
+
+Any madeByTheRuntime(const Class_Generic& cls) {
+    return failure(String(u"Instances of the class '{}' are made by the runtime alone.").arg(qualname(cls)));
+}
+
 }  // namespace
+
+object_value* refuse_allocation(object_value_class* klass) {
+    return madeByTheRuntime(Class_Generic::share(klass)).take();
+}
+Any refuse_construction(const Class_Generic& cls, std::span<const Any>) { return madeByTheRuntime(cls); }
 
 object_value_class::object_value_class(const String& name)
     : object_value(Kind::Object), name_(name), declarations_(std::make_unique<class_declarations>()) {}
@@ -127,6 +178,9 @@ bool object_value_class::isAncestor(const object_value_class* ancestor) const no
 }
 
 const class_hooks& object_value_class::hooks() const { return tables().hooks; }
+bool object_value_class::isInterface() const { return tables().isInterface; }
+const Class_Generic& object_value_class::generic() const { return tables().generic; }
+const std::vector<Type>& object_value_class::parameters() const { return tables().parameters; }
 
 const found_member& object_value_class::methodProtocol() const { return tables().methodProtocol; }
 const found_member& object_value_class::propertyProtocol() const { return tables().propertyProtocol; }
@@ -151,23 +205,33 @@ field_ident_untyped object_value_class::fieldIdentifier(std::size_t position) co
 std::size_t object_value_class::fieldCount() const { return tables().fields.size(); }
 
 Any object_value_class::add_parent_unsafe(const Class_Generic& parent) {
-    if (parent.record() == this || parent.record()->isAncestor(this))
-        return failure(String(u"A class cannot be its own ancestor: '{}'.").arg(name_));
-    class_structure::change(this, [&](class_declarations& own) {
+    using structure = class_structure;
+    object_value_class* const above = parent.record();
+    bool isCircle = false;
+    const auto refuses = [&] {
+        isCircle = above == this || structure::isAncestorLocked(this, above);
+        return isCircle || (structure::hasNativeValues(this) && structure::needsObjects(above)) ||
+               (structure::hasNativeValues(above) && structure::needsObjects(this));
+    };
+    const bool done = structure::changeUnless(this, refuses, [&](class_declarations& own) {
         if (std::find(own.parents.begin(), own.parents.end(), parent) == own.parents.end()) {
             own.parents.push_back(parent);
-            parent.record()->declarations_->children.push_back(this);
+            above->declarations_->children.push_back(this);
         }
-        return Any();
     });
-    return Any();
+    if (done)
+        return Any();
+    return isCircle ? failure(String(u"A class cannot be its own ancestor: '{}'.").arg(name_))
+                    : nativeValuesError(name_);
 }
 
-void object_value_class::add_field_unsafe(const field_ident_untyped& id, const Type& type, const String& doc) {
-    class_structure::change(this, [&](class_declarations& own) {
-        own.fields.push_back({id, {type, doc}});
-        return Any();
-    });
+Any object_value_class::add_field_unsafe(const field_ident_untyped& id, const Type& type, const String& doc) {
+    const bool done = class_structure::changeUnless(
+        this, [this] { return class_structure::hasNativeValues(this); },
+        [&](class_declarations& own) {
+            own.fields.push_back({id, {type, doc}});
+        });
+    return done ? Any() : nativeValuesError(name_);
 }
 
 void object_value_class::add_method_unsafe(const method_ident_untyped& id, object_value_class* definer,
@@ -214,8 +278,9 @@ void object_value_class::set_interface_unsafe() {
     });
 }
 
-void object_value_class::set_hooks_unsafe(const class_hooks& hooks) {
-    class_structure::change(this, [&](class_declarations& own) {
+Any object_value_class::set_hooks_unsafe(const class_hooks& hooks) {
+    const auto refuses = [&] { return hooks.finalize != nullptr && class_structure::hasNativeValues(this); };
+    const bool done = class_structure::changeUnless(this, refuses, [&](class_declarations& own) {
         if (hooks.allocate != nullptr)
             own.hooks.allocate = hooks.allocate;
         if (hooks.construct != nullptr)
@@ -224,14 +289,14 @@ void object_value_class::set_hooks_unsafe(const class_hooks& hooks) {
             own.hooks.invoke = hooks.invoke;
         if (hooks.finalize != nullptr)
             own.hooks.finalize = hooks.finalize;
-        return Any();
+        own.hooks.nativeValues = own.hooks.nativeValues || hooks.nativeValues;
     });
+    return done ? Any() : nativeValuesError(name_);
 }
 
 void object_value_class::set_generic_unsafe(const Class_Generic& generic, std::vector<Type> parameters) {
     class_structure::change(this, [&](class_declarations& own) {
-        own.parameters = std::move(parameters);
-        return std::exchange(own.generic, generic);
+        return std::pair(std::exchange(own.parameters, std::move(parameters)), std::exchange(own.generic, generic));
     });
 }
 
@@ -274,11 +339,11 @@ Class_Generic object_value_class::genericInstance(std::span<const Type> paramete
     const Class_Generic instance = Class_Generic::adopt(made);
     made->add_parent_unsafe(generic);
     made->set_generic_unsafe(generic, {parameters.begin(), parameters.end()});
-    if (declarations_->addGenericParents != nullptr)
-        declarations_->addGenericParents(made, parameters);
-    made->set_doc_unsafe(declarations_->doc);
+    if (auto addParents = read_declarations(*this, [](const class_declarations& own) { return own.addGenericParents; }))
+        addParents(made, parameters);
+    made->set_doc_unsafe(read_declarations(*this, [](const class_declarations& own) { return own.doc; }));
     made->set_module_unsafe(generic.parentModule());
-    if (declarations_->isInterface)
+    if (isInterface())
         made->set_interface_unsafe();
 
     std::lock_guard hold(class_structure::guard());
@@ -307,16 +372,36 @@ void object_value_object::aboutToDie() noexcept {
 }
 
 Any object_value_object::field(std::size_t position) const {
-    // A class that gained a field after this instance was made reads as none here.
     std::lock_guard hold(guard());
     return position < fieldCount_ ? fields_[position] : Any();
 }
 
 void object_value_object::setField(std::size_t position, Any value) {
-    std::lock_guard hold(guard());
-    if (position < fieldCount_)
-        fields_[position].swap(value);
+    if (!storeField(position, value)) {
+        makeRoom(ownClass()->fieldCount());
+        (void)storeField(position, value);
+    }
     // The old value dies with the parameter, after the guard.
+}
+
+bool object_value_object::storeField(std::size_t position, Any& value) {
+    std::lock_guard hold(guard());
+    if (position >= fieldCount_)
+        return false;
+    fields_[position].swap(value);
+    return true;
+}
+
+/// For fields that the class gained after this instance was made.
+void object_value_object::makeRoom(std::size_t count) {
+    auto larger = std::make_unique<Any[]>(count);
+    std::lock_guard hold(guard());
+    if (count <= fieldCount_)
+        return;  // Another thread was faster.
+    std::move(fields_.get(), fields_.get() + fieldCount_, larger.get());
+    fields_.swap(larger);
+    fieldCount_ = count;
+    // The old storage, which holds nothing any more, dies after the guard.
 }
 
 Any object_value_object::invoke(std::span<const Any> arguments) {
@@ -354,6 +439,12 @@ Class_Generic native_class(const char* name, std::initializer_list<Class_Generic
         made->add_parent_unsafe(rootClass());
     if (std::string_view(name).starts_with("I_"))
         made->set_interface_unsafe();
+    return cls;
+}
+
+Class_Generic runtime_made_class(const char* name, std::initializer_list<Class_Generic> parents) {
+    const Class_Generic cls = native_class(name, parents);
+    cls.record()->set_hooks_unsafe({.allocate = &refuse_allocation, .construct = &refuse_construction});
     return cls;
 }
 

@@ -46,6 +46,12 @@ Ancestry linearise(object_value_class* klass, std::vector<Ancestry> lists) {
 }
 
 void inherit(class_hooks& hooks, const class_hooks& from) {
+    hooks.nativeValues = hooks.nativeValues || from.nativeValues;
+    // Whatever else a class derives from, its instances would not be what this ancestor's handles take them for.
+    if (from.allocate == &refuse_allocation)
+        hooks.allocate = from.allocate;
+    if (from.construct == &refuse_construction)
+        hooks.construct = from.construct;
     if (hooks.allocate == nullptr)
         hooks.allocate = from.allocate;
     if (hooks.construct == nullptr)
@@ -56,15 +62,29 @@ void inherit(class_hooks& hooks, const class_hooks& from) {
         hooks.finalize = from.finalize;
 }
 
-/// Ancestors first, so that a field keeps its place in every derived class.
-void addFields(std::vector<declared_field>& all, const std::vector<declared_field>& own) {
-    for (const declared_field& field : own) {
-        auto same = std::find_if(all.begin(), all.end(), [&](const declared_field& f) { return f.id == field.id; });
-        if (same == all.end())
-            all.push_back(field);
-        else
-            same->field = field.field;
+/// Puts each field in its place, which is a new one at the end for a field that the class did not have before.
+void placeFields(std::vector<declared_field>& placed, std::vector<field_ident_untyped>& layout,
+                 const std::vector<declared_field>& declared) {
+    for (const declared_field& field : declared) {
+        const auto place = static_cast<std::size_t>(std::find(layout.begin(), layout.end(), field.id) - layout.begin());
+        if (place == layout.size()) {
+            layout.push_back(field.id);
+            placed.push_back(field);
+        } else {
+            placed[place].field = field.field;
+        }
     }
+}
+
+/// Ancestors first, so that a field has the same place in every class that derives from its own alone. A class has no
+/// way to lose a field, so each place of the layout is filled.
+std::vector<declared_field> arrangeFields(const Ancestry& ancestry, std::vector<field_ident_untyped>& layout) {
+    std::vector<declared_field> placed;
+    for (const field_ident_untyped& id : layout)
+        placed.push_back({id, {}});
+    for (auto ancestor = ancestry.rbegin(); ancestor != ancestry.rend(); ++ancestor)
+        placeFields(placed, layout, (*ancestor)->declarations().fields);
+    return placed;
 }
 
 template <class Members>
@@ -107,7 +127,7 @@ void fillMembers(class_tables& tables) {
 std::unique_ptr<class_tables> build_tables(object_value_class* klass,
                                            const class_tables& (*tablesOf)(const object_value_class*)) {
     auto tables = std::make_unique<class_tables>();
-    const class_declarations& own = klass->declarations();
+    class_declarations& own = klass->declarations();
     std::vector<Ancestry> lists;
     Ancestry parents;
     for (const Class_Generic& parent : own.parents) {
@@ -118,8 +138,10 @@ std::unique_ptr<class_tables> build_tables(object_value_class* klass,
     tables->ancestry = linearise(klass, std::move(lists));
     for (const object_value_class* ancestor : tables->ancestry)
         inherit(tables->hooks, ancestor->declarations().hooks);
-    for (auto ancestor = tables->ancestry.rbegin(); ancestor != tables->ancestry.rend(); ++ancestor)
-        addFields(tables->fields, (*ancestor)->declarations().fields);
+    tables->fields = arrangeFields(tables->ancestry, own.layout);
+    tables->isInterface = own.isInterface;
+    tables->generic = own.generic;
+    tables->parameters = own.parameters;
     fillMembers(*tables);
     return tables;
 }

@@ -3,6 +3,7 @@
 #include "ling/class_builder.h"
 #include "ling/class_record.h"
 #include "ling/error.h"
+#include "ling/indirect_values.h"
 #include "ling/interfaces.h"
 #include "ling/list.h"
 #include "ling/members.h"
@@ -21,8 +22,22 @@ Any object_value_function::setParameterDefaults(std::span<const Any>) {
     return failure(String(u"The defaults of '{}' cannot be changed.").arg(name()));
 }
 
-void object_value_function::setDefiningClass(object_value_class* klass) noexcept {
-    definingClass_.store(klass, std::memory_order_release);
+Class_Generic object_value_function::definingClass() const {
+    Any known;
+    {
+        std::lock_guard hold(guard());
+        known = definingClass_;
+    }
+    return unchecked<Class_Generic>(unwrap(known));
+}
+
+void object_value_function::setDefiningClass(object_value_class* klass) {
+    if (!definingClass().isNone())
+        return;
+    Any known = Weak_Generic(Class_Generic::share(klass));
+    std::lock_guard hold(guard());
+    definingClass_.swap(known);
+    // The reference to a class that is gone dies after the guard.
 }
 
 namespace {
@@ -249,7 +264,7 @@ Result<FunctionCL_Generic> FunctionCL_Generic::cast(const Any& value) {
 }
 const Class_Generic& FunctionCL_Generic::getClass() {
     static const Class_Generic& cls =
-        *new Class_Generic(internal::native_class("Function", {I_Invokable_Generic::getClass()}));
+        *new Class_Generic(internal::runtime_made_class("Function", {I_Invokable_Generic::getClass()}));
     return cls;
 }
 Type FunctionCL_Generic::getType() { return Type(getClass()); }
@@ -266,9 +281,7 @@ List_Generic defaultsOf(const Signature& signature) {
     return defaults;
 }
 
-Any definingClassOf(const FunctionCL_Generic& function) {
-    return Class_Generic::share(function.record()->definingClass());
-}
+Any definingClassOf(const FunctionCL_Generic& function) { return function.record()->definingClass(); }
 
 void defineFunctionMembers() {
     extend_class(FunctionCL_Generic::getClass())

@@ -5,6 +5,7 @@
 #include "ling/class_record.h"
 #include "ling/error.h"
 #include "ling/interfaces.h"
+#include "model/canonical_text.h"
 #include "model/define.h"
 
 #include <atomic>
@@ -73,7 +74,7 @@ Property Property::ofValue(const Any& value, const String& doc) {
 Result<Property> Property::cast(const Any& value) { return internal::cast_handle<Property>(value); }
 const Class_Generic& Property::getClass() {
     static const Class_Generic& cls =
-        *new Class_Generic(internal::native_class("Property", {I_HasDoc::getClass(), I_RuntimeOnly::getClass()}));
+        *new Class_Generic(internal::runtime_made_class("Property", {I_HasDoc::getClass(), I_RuntimeOnly::getClass()}));
     return cls;
 }
 Type Property::getType() { return Type(getClass()); }
@@ -162,11 +163,12 @@ void define_property_members() {
                     if (self == *type)
                         return 0;
                     // Some fixed order: that of the texts. Different types may read alike; then identity decides.
-                    const String a = self.toString();
-                    const String b = type->toString();
+                    const String a = canonical_text(self);
+                    const String b = canonical_text(*type);
                     return a == b ? Any() : Any(a < b ? -1 : 1);
                 })
-        .method(Any::$__hash__, "", [](const Type& self) { return static_cast<std::int64_t>(self.toString().hash()); })
+        .method(Any::$__hash__, "",
+                [](const Type& self) { return static_cast<std::int64_t>(canonical_text(self).hash()); })
         .build();
     extend_class(TypeVariable::getClass()).doc("A type to be filled in later, by name.").build();
 }

@@ -94,8 +94,8 @@ String Parameter::toString(unsigned flags) const {
 
 Result<Parameter> Parameter::cast(const Any& value) { return internal::cast_handle<Parameter>(value); }
 const Class_Generic& Parameter::getClass() {
-    static const Class_Generic& cls =
-        *new Class_Generic(internal::native_class("Parameter", {I_HasName::getClass(), I_RuntimeOnly::getClass()}));
+    static const Class_Generic& cls = *new Class_Generic(
+        internal::runtime_made_class("Parameter", {I_HasName::getClass(), I_RuntimeOnly::getClass()}));
     return cls;
 }
 Type Parameter::getType() { return Type(getClass()); }
@@ -142,7 +142,7 @@ String Signature::toString(unsigned flags) const {
 Result<Signature> Signature::cast(const Any& value) { return internal::cast_handle<Signature>(value); }
 const Class_Generic& Signature::getClass() {
     static const Class_Generic& cls =
-        *new Class_Generic(internal::native_class("Signature", {I_RuntimeOnly::getClass()}));
+        *new Class_Generic(internal::runtime_made_class("Signature", {I_RuntimeOnly::getClass()}));
     return cls;
 }
 Type Signature::getType() { return Type(getClass()); }

@@ -5,6 +5,7 @@
 #include "ling/class_record.h"
 #include "ling/error.h"
 #include "ling/interfaces.h"
+#include "model/canonical_text.h"
 
 #include <algorithm>
 
@@ -183,7 +184,7 @@ Result<Type> Type::cast(const Any& value) { return internal::cast_handle<Type>(v
 
 const Class_Generic& Type::getClass() {
     static const Class_Generic& cls =
-        *new Class_Generic(internal::native_class("Type", {I_Immutable::getClass(), I_RuntimeOnly::getClass()}));
+        *new Class_Generic(internal::runtime_made_class("Type", {I_Immutable::getClass(), I_RuntimeOnly::getClass()}));
     return cls;
 }
 
@@ -213,11 +214,25 @@ Type TypeVariable::bound() const { return record(*this).parts.front(); }
 Result<TypeVariable> TypeVariable::cast(const Any& value) { return internal::cast_handle<TypeVariable>(value); }
 
 const Class_Generic& TypeVariable::getClass() {
-    static const Class_Generic& cls = *new Class_Generic(internal::native_class("TypeVariable", {Type::getClass()}));
+    static const Class_Generic& cls =
+        *new Class_Generic(internal::runtime_made_class("TypeVariable", {Type::getClass()}));
     return cls;
 }
 
 namespace internal {
+
+String canonical_text(const Type& type) {
+    if (!type.isUnion())
+        return type.toString();
+    std::vector<String> texts;
+    for (const Type& part : type.parts())
+        texts.push_back(canonical_text(part));
+    std::sort(texts.begin(), texts.end());
+    string_builder text;
+    for (const String& part : texts)
+        text.append(text.length() == 0 ? "" : "|").append(part);
+    return text.build();
+}
 
 Type type_unite(const Type& a, const Type& b) {
     if (a.isUntyped() || b.isUntyped())

@@ -11,6 +11,7 @@ namespace ling::internal {
 /// by the object itself.
 class weak_anchor {
 public:
+    /// Null for a target that is about to go.
     explicit weak_anchor(object_value* target) noexcept : target_(target) {}
     /// A new reference to the target, or null when it is gone.
     object_value* lock() noexcept;

@@ -83,6 +83,7 @@ void object_value::destroy() noexcept {
 }
 
 void object_value::dismantle() noexcept {
+    dying_ = true;  // A weak reference that the finaliser makes is one to an object that is gone.
     if (object_extras* extras = findExtras())
         if (weak_anchor* anchor = extras->anchor.load(std::memory_order_acquire))
             anchor->detach();

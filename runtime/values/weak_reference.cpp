@@ -28,7 +28,8 @@ object_value* make_weak(object_value* target) {
     object_extras& extras = target->ensureExtras();
     weak_anchor* anchor = extras.anchor.load(std::memory_order_acquire);
     if (anchor == nullptr)
-        anchor = publish(extras.anchor, new weak_anchor(target), [](weak_anchor* late) { late->release(); });
+        anchor = publish(extras.anchor, new weak_anchor(target->isDying() ? nullptr : target),
+                         [](weak_anchor* late) { late->release(); });
     return new object_value_weak(anchor);
 }
 

@@ -25,7 +25,14 @@ struct class_hooks {
     /// Runs when the last reference to an instance goes, while its fields are still whole, on that thread. No lock
     /// of the runtime is held.
     void (*finalize)(object_value_object& instance) = nullptr;
+    /// Its instances, and those of all derived classes, are values of another make than `object_value_object`: they
+    /// have no fields and no finaliser, and a class that would give them some is refused when it is built.
+    bool nativeValues = false;
 };
+
+/// The hooks of a class whose instances the runtime alone makes: an error result that says so.
+LING_EXPORT object_value* refuse_allocation(object_value_class* klass);
+LING_EXPORT Any refuse_construction(const Class_Generic& cls, std::span<const Any> arguments);
 
 /// The class itself, behind `Class_Generic`.
 ///
@@ -60,15 +67,22 @@ public:
     const found_member& findClassProperty(const property_ident_untyped& id) const {
         return find(&member_tables::classProperties, id);
     }
-    /// The position of a declared field in an instance, or -1. Ancestors come first.
+    /// The position of a declared field in an instance, or -1. Ancestors come first, but for fields that they gained
+    /// after the class was in use: a field stays where it is for as long as the class lives.
     std::int64_t findField(const field_ident_untyped& id) const;
     const Field* fieldAt(std::size_t position) const;
     field_ident_untyped fieldIdentifier(std::size_t position) const;
     std::size_t fieldCount() const;
 
-    /// Adds a parent after those already there. None, or an error when it would make a class its own ancestor.
+    bool isInterface() const;
+    /// The generic that the class is an instance of, or none, and for which types.
+    const Class_Generic& generic() const;
+    const std::vector<Type>& parameters() const;
+
+    /// Adds a parent after those already there. None, or an error when it would make a class its own ancestor, or bring
+    /// native values and objects together (see `class_hooks`).
     Any add_parent_unsafe(const Class_Generic& parent);
-    void add_field_unsafe(const field_ident_untyped& id, const Type& type, const String& doc);
+    Any add_field_unsafe(const field_ident_untyped& id, const Type& type, const String& doc);
     void add_method_unsafe(const method_ident_untyped& id, object_value_class* definer,
                            const I_Invokable_Generic& method);
     void add_property_unsafe(const property_ident_untyped& id, object_value_class* definer, const Property& property);
@@ -79,7 +93,7 @@ public:
     void set_doc_unsafe(const String& doc);
     void set_example_unsafe(Language language, const String& example);
     void set_module_unsafe(const Module& module);
-    void set_hooks_unsafe(const class_hooks& hooks);  ///< Entries that are not null replace those of the class.
+    Any set_hooks_unsafe(const class_hooks& hooks);  ///< Entries that are not null replace those of the class.
     void set_generic_unsafe(const Class_Generic& generic, std::vector<Type> parameters);
 
     /// Leaves methods, properties and the documentation to `declareMembers`.
@@ -102,8 +116,9 @@ public:
     /// The method by which the class answers look-ups itself, when it overrides the protocol of `Any`.
     const found_member& methodProtocol() const;
     const found_member& propertyProtocol() const;
-    /// What the class declares itself, for the listings of `Class_Generic`.
+    /// What the class declares itself. Guarded: see `read_declarations`, through which all others read it.
     const class_declarations& declarations() const noexcept { return *declarations_; }
+    class_declarations& declarations() noexcept { return *declarations_; }
 
 protected:
     ~object_value_class() override;
@@ -137,7 +152,8 @@ public:
     ~object_value_object() override;
 
     /// Copies a field under the object's guard. `position` comes from the class's `findField`. A native class may keep
-    /// a declared field in its own form and answer for it here.
+    /// a declared field in its own form and answer for it here. Fields that the class gained since the instance was
+    /// made are none until they are set.
     virtual Any field(std::size_t position) const;
     virtual void setField(std::size_t position, Any value);
     Any invoke(std::span<const Any> arguments) override;
@@ -146,11 +162,17 @@ protected:
     void aboutToDie() noexcept override;
 
 private:
-    std::unique_ptr<Any[]> fields_;
+    bool storeField(std::size_t position, Any& value);
+    void makeRoom(std::size_t count);
+
+    std::unique_ptr<Any[]> fields_;  // Guarded by guard(), as is their number.
     std::size_t fieldCount_;
 };
 
 /// A class of the runtime itself, without members as yet: the start of the runtime adds them once all classes exist.
 LING_EXPORT Class_Generic native_class(const char* name, std::initializer_list<Class_Generic> parents);
+/// The same for a class whose instances only the runtime makes: neither it nor a class derived from it can be called or
+/// allocated, since a plain object in the place of such a value would have nothing in it.
+LING_EXPORT Class_Generic runtime_made_class(const char* name, std::initializer_list<Class_Generic> parents);
 
 }  // namespace ling::internal

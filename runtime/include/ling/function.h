@@ -142,12 +142,14 @@ public:
     virtual bool isIndependent() const noexcept = 0;
     /// Replaces the defaults of the last parameters, as many as `defaults` has. None, or an error result.
     virtual Any setParameterDefaults(std::span<const Any> defaults);
-    /// The class that declares this method, borrowed, or null.
-    object_value_class* definingClass() const noexcept { return definingClass_.load(std::memory_order_acquire); }
-    void setDefiningClass(object_value_class* klass) noexcept;
+    /// The class that declares this method: the first one, where several do. A none handle when there is none (any
+    /// more): a class keeps its methods, not they it.
+    Class_Generic definingClass() const;
+    /// Without effect while the class that was there before lives.
+    void setDefiningClass(object_value_class* klass);
 
 private:
-    std::atomic<object_value_class*> definingClass_{nullptr};
+    Any definingClass_;  // Weak, or none. Guarded by guard().
 };
 
 /// A function implemented in native code: everything but the code itself, which `call` is.

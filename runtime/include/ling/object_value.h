@@ -40,6 +40,9 @@ public:
     /// Takes a reference unless the last one is already gone. For weak references, under their own guard.
     bool retainIfAlive() noexcept;
 
+    /// True once the last reference is gone: no weak reference reaches the object any more.
+    bool isDying() const noexcept { return dying_; }
+
     /// True for an error that was built to travel as the result of a failed operation.
     bool isErrorResult() const noexcept { return errorResult_; }
 
@@ -66,6 +69,7 @@ private:
     std::atomic<std::uint32_t> count_{1};
     const Kind kind_;
     bool errorResult_ = false;
+    bool dying_ = false;  // Written by the thread that takes the object apart, before anything of it runs.
     mutable spin_lock guard_;
     object_value_class* const class_;
     std::atomic<object_extras*> extras_{nullptr};

@@ -91,6 +91,63 @@ TEST(Class, LookUpsGoOnWhileTheClassChanges) {
     EXPECT_EQ(cls.methods(Inherited::No).size(), 301u);
 }
 
+TEST(Class, TellsAboutItselfWhileItChanges) {
+    const Class_Generic generic = plainClass("Generic");
+    const Class_Generic cls = plainClass("Busy");
+    std::atomic<bool> done{false};
+    std::atomic<int> rounds{0};
+    std::size_t told = 0;
+    std::thread reader([&] {
+        for (; !done; ++rounds) {
+            told += static_cast<std::size_t>(cls.doc().length() + cls.example(lang_name_cpp).length());
+            told += cls.parents().size() + cls.fields(Inherited::No).size() + cls.parameters().size();
+            told += cls.methods(Inherited::No).size() + cls.properties(Inherited::Yes).size();
+            told += cls.parentGeneric().isNone() || cls.parentModule().isNone() ? 0 : 1;
+        }
+    });
+    object_value_class& record = *cls.record();
+    for (int i = 0; i < 300 || rounds < 300; ++i) {
+        const String text = String(u"A text that is made anew: {}").arg(i);
+        record.set_doc_unsafe(text);
+        record.set_example_unsafe(lang_name_cpp, text);
+        record.add_method_unsafe(method_ident_untyped(String(u"m{}").arg(i % 20)), &record,
+                                 make_method("m", "", [](const Any&) { return 0; }));
+        record.add_property_unsafe(property_ident_untyped(String(u"p{}").arg(i % 20)), &record, Property::ofValue(i));
+        if (i < 300 && i % 10 == 0)
+            record.add_parent_unsafe(plainClass("Parent"));
+        record.set_generic_unsafe(generic, {Type(plainClass("Parameter")), Type(cls)});
+        record.set_module_unsafe(unchecked<Module>(Module::getClass()(String(u"busy"))));
+        if (i < 300 && i % 30 == 0)
+            record.add_field_unsafe(field_ident_untyped(String(u"f{}").arg(i)), Integer::getType(), text);
+    }
+    done = true;
+    reader.join();
+    EXPECT_NE(told, 0u);
+    EXPECT_EQ(cls.parents().size(), 31u);
+    record.set_generic_unsafe(generic, {});  // The class was a parameter of its own.
+}
+
+TEST(Class, ObjectsKeepTheirFieldsWhenAnAncestorGainsOne) {
+    const field_ident_untyped $own("own");
+    const field_ident_untyped $late("late");
+    const Class_Generic parent = plainClass("Parent");
+    const Class_Generic child = defclass_impl("Child", "").parent(parent).field($own).build();
+    const Any before = child.allocateInstance();
+    EXPECT_TRUE(before.setFieldValue($own, 1).isNone());
+    parent.record()->add_field_unsafe($late, Integer::getType(), u"");
+    const Class_Generic added = defclass_impl("Added", "").field(field_ident_untyped("added")).build();
+    EXPECT_TRUE(child.record()->add_parent_unsafe(added).isNone());
+    EXPECT_TRUE(before.fieldValue($own).isSameAs(Any(1)));
+    EXPECT_TRUE(before.fieldValue($late).isNone());
+    for (const Any& instance : {before, child.allocateInstance()}) {
+        EXPECT_TRUE(instance.setFieldValue($late, 2).isNone());
+        EXPECT_TRUE(instance.setFieldValue($own, 3).isNone());
+        EXPECT_TRUE(instance.fieldValue($late).isSameAs(Any(2)));
+        EXPECT_TRUE(instance.fieldValue($own).isSameAs(Any(3)));
+    }
+    EXPECT_EQ(child.fields(Inherited::Yes).size(), 3u);
+}
+
 TEST(Class, FieldsKeepTheirPlaceInDerivedClassesAndCheckTypes) {
     const field_ident_untyped $name("name");
     const field_ident_untyped $count("count");
@@ -160,6 +217,35 @@ TEST(Class, FinaliserSeesTheWholeInstanceOnce) {
     for (const Class_Generic& cls : {base, derived})
         cls.allocateInstance().setFieldValue($mark, static_cast<std::int64_t>(seen.size()));
     EXPECT_EQ(seen, (std::vector<std::int64_t>{0, 1}));
+}
+
+TEST(Class, AWeakReferenceThatAFinaliserMakesLeadsNowhere) {
+    static std::vector<Weak_Generic> made;
+    internal::class_hooks hooks;
+    hooks.finalize = [](internal::object_value_object& dying) { made.emplace_back(Any::share(&dying)); };
+    const Class_Generic cls = defclass_impl("Dying", "").hooks(hooks).build();
+    (void)cls.allocateInstance();
+    (void)Weak_Generic(cls.allocateInstance());
+    ASSERT_EQ(made.size(), 2u);
+    for (const Weak_Generic& weak : made)
+        EXPECT_TRUE(weak.lock().isNone());
+    made.clear();
+}
+
+TEST(Class, OneOfContainersHasNoFieldsAndNoFinaliser) {
+    internal::class_hooks hooks;
+    hooks.finalize = [](internal::object_value_object&) {};
+    const Class_Generic rows = plainClass("Rows", {List_Generic::getClass()});
+    const Class_Generic named = defclass_impl("Named", "").field(field_ident_untyped("name")).build();
+    const String refused = u"The values of the class 'Rows' are native ones: they have no fields and no finaliser.";
+    EXPECT_EQ(messageOf(rows.record()->add_field_unsafe(field_ident_untyped("name"), Untyped::getType(), u"")),
+              refused);
+    EXPECT_EQ(messageOf(rows.record()->set_hooks_unsafe(hooks)), refused);
+    EXPECT_EQ(messageOf(rows.record()->add_parent_unsafe(named)), refused);
+    EXPECT_EQ(messageOf(named.record()->add_parent_unsafe(rows)),
+              u"The values of the class 'Named' are native ones: they have no fields and no finaliser.");
+    EXPECT_EQ(names(rows.parents()), u"List");
+    EXPECT_TRUE(rows.fields(Inherited::Yes).empty());
 }
 
 TEST(Class, GenericInstancesAreMadeOncePerParameterList) {

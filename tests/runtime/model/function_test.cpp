@@ -132,6 +132,21 @@ TEST(Function, DescribesItself) {
     EXPECT_EQ(method.signature()->toString(), u"(self, a)");
 }
 
+TEST(Function, NamesTheFirstClassThatDeclaresItWhileThatLives) {
+    const FunctionCL_Generic method = make_method("shared", "", [](const Any&) { return 1; });
+    const auto owner = [&] { return Any(method).propertyValue(I_Invokable_Generic::$$definingClass); };
+    const method_ident_untyped $shared("shared");
+    EXPECT_TRUE(owner().isNone());
+    {
+        const Class_Generic first = internal::defclass_impl("First", "").method($shared, method).build();
+        const Class_Generic second = internal::defclass_impl("Second", "").method($shared, method).build();
+        EXPECT_TRUE(owner().isSameAs(first));
+    }
+    EXPECT_TRUE(owner().isNone()) << "The class is gone.";
+    const Class_Generic third = internal::defclass_impl("Third", "").method($shared, method).build();
+    EXPECT_TRUE(owner().isSameAs(third));
+}
+
 TEST(Function, SignatureTextShowsHowArgumentsArePassed) {
     const Type any;
     const Signature signature(
@@ -223,6 +238,20 @@ TEST(Type, UnionsAreFlatAndEqualWhateverTheirOrder) {
     EXPECT_EQ(kOption.toClass(), String::getClass());
     EXPECT_TRUE(a.toClass().isNone());
     EXPECT_FALSE(a.isOption());
+}
+
+TEST(Type, EqualOnesHashAndOrderAlike) {
+    const auto unite = [](const Type& a, const Type& b) { return internal::type_unite(a, b); };
+    const Type one = unite(Integer::getType(), String::getType());
+    const Type same = unite(String::getType(), Integer::getType());
+    const Type other = unite(Integer::getType(), None::getType());
+    ASSERT_TRUE(one == same);
+    EXPECT_EQ(hash_of(one), hash_of(same));
+    for (const Type& wide : {other, Integer::getType(), String::getType()})
+        EXPECT_EQ(compare_objects(one, wide) < 0, compare_objects(same, wide) < 0) << wide.toString().toStdString();
+    Map_Generic map;
+    (void)map.set(one, 1);
+    EXPECT_EQ(display(map.get(same)), u"1");
 }
 
 TEST(Type, MatchesValues) {

@@ -54,6 +54,32 @@ TEST(LingModule, EverythingIsDocumented) {
     }
 }
 
+TEST(LingModule, NoClassMakesAnInstanceThatIsHollow) {
+    for (const Class_Generic& cls : find_module(u"ling").classes()) {
+        // Mixed with another native class it must not make that one's instances either: they are no instances of it.
+        const auto derived = [&](std::initializer_list<Class_Generic> parents) {
+            internal::class_builder builder = internal::defclass_impl("Derived", "");
+            for (const Class_Generic& parent : parents)
+                builder.parent(parent);
+            return builder.build();
+        };
+        for (const Class_Generic& called : {cls, derived({cls}), derived({Error::getClass(), cls})}) {
+            for (const Any& made : {called.allocateInstance(), called()}) {
+                if (made.is(Kind::Object) && made.object()->ownClass() != nullptr) {
+                    for (const auto& declared : called.properties(Inherited::Yes))
+                        (void)shown(made.propertyValue(declared.id));
+                    EXPECT_EQ(compare_objects(made, made), 0);
+                }
+                EXPECT_EQ(hash_of(made), hash_of(made)) << cls.name().toStdString() << shown(made);
+            }
+        }
+    }
+    for (const char16_t* name : {u"Type", u"Signature", u"Parameter", u"Property", u"TypeVariable", u"Function"})
+        EXPECT_EQ(
+            shown(find_class(String(u"ling.") + String(name))()),
+            "error: Instances of the class 'ling." + String(name).toStdString() + "' are made by the runtime alone.");
+}
+
 TEST(LingModule, FunctionsNameTheirParameters) {
     std::set<std::string> signatures;
     for (const auto& entry : find_module(u"ling").functions())
