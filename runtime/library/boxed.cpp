@@ -5,12 +5,19 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <typeinfo>
 
 namespace ling {
 
 namespace {
 
-/// The classes of boxes by the names of what is in them. Kept as long as the process.
+/// What a class of boxes is found by: a name, and the type where the program has said it.
+struct box_key {
+    std::string_view name;
+    const std::type_info* type = nullptr;
+};
+
+/// The classes of boxes by what is in them. Kept as long as the process.
 class box_registry {
 public:
     static box_registry& instance() {
@@ -19,21 +26,50 @@ public:
     }
 
     /// The class that is registered for the key: `made`, unless somebody was faster.
-    Class_Generic findOrAdd(std::string_view key, const Class_Generic& made) {
+    Class_Generic findOrAdd(const box_key& key, const Class_Generic& made) {
         std::lock_guard hold(guard_);
-        return classes_.try_emplace(std::string(key), made).first->second;
+        if (const entry* present = findLocked(key))
+            return present->cls;
+        classes_.emplace(std::string(key.name), entry{key.type, made});
+        return made;
     }
 
-    Class_Generic find(std::string_view key) const {
+    Class_Generic find(const box_key& key) const {
         std::lock_guard hold(guard_);
-        const auto found = classes_.find(key);
-        return found == classes_.end() ? Class_Generic() : found->second;
+        const entry* present = findLocked(key);
+        return present == nullptr ? Class_Generic() : present->cls;
     }
 
 private:
+    struct entry {
+        const std::type_info* type;
+        Class_Generic cls;
+    };
+
+    /// A key without a type finds the first class of its name, and the other way round.
+    const entry* findLocked(const box_key& key) const {
+        for (auto [found, end] = classes_.equal_range(key.name); found != end; ++found) {
+            const std::type_info* known = found->second.type;
+            if (key.type == nullptr || known == nullptr || *key.type == *known)
+                return &found->second;
+        }
+        return nullptr;
+    }
+
     mutable std::mutex guard_;  // Nothing but the map is touched under it.
-    std::map<std::string, Class_Generic, std::less<>> classes_;
+    std::multimap<std::string, entry, std::less<>> classes_;
 };
+
+Class_Generic classFor(const box_key& key, internal::object_value* (*makeDefault)(internal::object_value_class*)) {
+    const Class_Generic present = box_registry::instance().find(key);
+    if (!present.isNone())
+        return present;
+    const std::string name = "Boxed<" + std::string(key.name) + ">";
+    const Class_Generic made = internal::native_class(name.c_str(), {Boxed_Generic::getClass()});
+    made.record()->set_hooks_unsafe({.allocate = makeDefault, .nativeValues = true});
+    made.record()->set_doc_unsafe(u"A native value of a type that the runtime does not know.");
+    return box_registry::instance().findOrAdd(key, made);
+}
 
 Class_Generic makeBoxClass() {
     Class_Generic cls = internal::native_class("Boxed", {});
@@ -45,14 +81,12 @@ Class_Generic makeBoxClass() {
 
 Class_Generic Boxed_Generic::getClassInstance(std::string_view key,
                                               internal::object_value* (*makeDefault)(internal::object_value_class*)) {
-    const Class_Generic present = box_registry::instance().find(key);
-    if (!present.isNone())
-        return present;
-    const std::string name = "Boxed<" + std::string(key) + ">";
-    const Class_Generic made = internal::native_class(name.c_str(), {getClass()});
-    made.record()->set_hooks_unsafe({.allocate = makeDefault});
-    made.record()->set_doc_unsafe(u"A native value of a type that the runtime does not know.");
-    return box_registry::instance().findOrAdd(key, made);
+    return classFor({key}, makeDefault);
+}
+
+Class_Generic Boxed_Generic::getClassInstance(const std::type_info& type,
+                                              internal::object_value* (*makeDefault)(internal::object_value_class*)) {
+    return classFor({type.name(), &type}, makeDefault);
 }
 
 const Class_Generic& Boxed_Generic::getClass() {

@@ -20,31 +20,37 @@ constexpr int kLongestChain = 100'000;
 
 Any endlessChain() { return failure(u"The value stands for itself."); }
 
-/// The lazy values that this thread is computing, innermost first.
-struct computation {
-    const object_value_lazy* value;
-    const computation* outer;
-};
-
-thread_local const computation* innermost = nullptr;
-
-class computation_scope {
+/// One lazy value that this thread is computing. They form a chain, innermost first.
+class computation {
 public:
-    explicit computation_scope(const object_value_lazy& value) noexcept : own_{&value, innermost} { innermost = &own_; }
-    computation_scope(const computation_scope&) = delete;
-    computation_scope& operator=(const computation_scope&) = delete;
-    ~computation_scope() { innermost = own_.outer; }
-
-    static bool includes(const object_value_lazy& value) noexcept {
-        for (const computation* running = innermost; running != nullptr; running = running->outer)
-            if (running->value == &value)
-                return true;
-        return false;
+    explicit computation(const object_value_lazy& value) noexcept : value_(&value), outer_(innermost) {
+        innermost = this;
     }
+    computation(const computation&) = delete;
+    computation& operator=(const computation&) = delete;
+    ~computation() { innermost = outer_; }
+
+    /// Whether this thread is computing the value. Those computations that it needed on the way from there to here have
+    /// seen an error that passes with that of the value: what they give is not for good.
+    static bool meets(const object_value_lazy& value) noexcept {
+        computation* met = innermost;
+        while (met != nullptr && met->value_ != &value)
+            met = met->outer_;
+        for (computation* between = innermost; met != nullptr && between != met; between = between->outer_)
+            between->isComplete_ = false;
+        return met != nullptr;
+    }
+    bool isComplete() const noexcept { return isComplete_; }
 
 private:
-    const computation own_;
+    static thread_local computation* innermost;
+
+    const object_value_lazy* const value_;
+    computation* const outer_;
+    bool isComplete_ = true;
 };
+
+thread_local computation* computation::innermost = nullptr;
 
 }  // namespace
 
@@ -54,29 +60,31 @@ object_value_lazy::object_value_lazy(std::function<Any()> compute)
 Any object_value_lazy::evaluate() { return result_unwrap_lazy(Any::share(this)); }
 
 /// What the computation gave, which may be another lazy value.
-Any object_value_lazy::computeOnce() {
+object_value_lazy::outcome object_value_lazy::computeOnce() {
     std::shared_ptr<const std::function<Any()>> compute;
     {
         std::lock_guard hold(guard());
         if (compute_ == nullptr)
-            return value_;
+            return {value_};
         compute = compute_;
     }
-    if (computation_scope::includes(*this))
-        return failure(u"The lazy value needs itself to be computed.");
+    if (computation::meets(*this))
+        return {failure(u"The lazy value needs itself to be computed."), false};
     Any computed;
     {
-        computation_scope running(*this);
+        computation running(*this);
         computed = (*compute)();
+        if (computed.object() == this)
+            computed = endlessChain();
+        if (!running.isComplete())
+            return {std::move(computed), false};
     }
-    if (computed.object() == this)
-        computed = endlessChain();
     std::lock_guard hold(guard());
     if (compute_ != nullptr) {
         value_.swap(computed);
         compute_.reset();  // Not the last reference: `compute` is one, and is dropped after the guard.
     }
-    return value_;
+    return {value_};
 }
 
 /// Stands for `value` from now on, in the place of another lazy value that leads there.
@@ -98,17 +106,21 @@ Any result_unwrap_lazy(Any value) {
     if (!value.is(Kind::Lazy) && !value.is(Kind::External))
         return value;
     const Any first = value;
+    bool isKept = true;
     int steps = 0;
     for (; value.is(Kind::Lazy) || value.is(Kind::External); ++steps) {
-        if (steps == kLongestChain)
+        if (steps == kLongestChain) {
             value = endlessChain();
-        else if (value.is(Kind::Lazy))
-            value = static_cast<object_value_lazy*>(value.object())->computeOnce();
-        else
+        } else if (value.is(Kind::Lazy)) {
+            auto computed = static_cast<object_value_lazy*>(value.object())->computeOnce();
+            isKept = isKept && computed.isKept;
+            value = std::move(computed.value);
+        } else {
             value = static_cast<object_value_external*>(value.object())->load();
+        }
     }
     // The next one to ask need not go the whole way; and lazy values that led to each other no longer do.
-    if (steps > 1 && first.is(Kind::Lazy))
+    if (steps > 1 && isKept && first.is(Kind::Lazy))
         static_cast<object_value_lazy*>(first.object())->settle(value);
     return value;
 }

@@ -7,7 +7,9 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string_view>
+#include <type_traits>
 #include <typeinfo>
 #include <utility>
 
@@ -16,17 +18,23 @@ namespace ling {
 namespace internal {
 
 /// A value that is computed when it is needed, once. Two threads that need it at the same time may both compute it;
-/// the first result is the value for all.
+/// the first result that is complete is the value for all.
 class LING_EXPORT object_value_lazy final : public object_value {
 public:
     explicit object_value_lazy(std::function<Any()> compute);
     /// The value, computed now if it was not before. Runs the computation with nothing locked. A computation that
-    /// needs the value itself gets an error result.
+    /// needs the value itself gets an error result; so does a computation in between, whose own result is then not
+    /// kept: asked for by itself it may have another.
     Any evaluate();
 
 private:
     friend Any result_unwrap_lazy(Any value);
-    Any computeOnce();
+    /// The value of one computation, and whether it is the value for all from now on.
+    struct outcome {
+        Any value;
+        bool isKept = true;
+    };
+    outcome computeOnce();
     void settle(const Any& value);
 
     std::shared_ptr<const std::function<Any()>> compute_;  // Null once the value is there. Guarded, as is value_.
@@ -87,10 +95,15 @@ public:
     /// `makeDefault` makes a box with the type's default in it, one reference, for `allocateInstance`.
     static Class_Generic getClassInstance(std::string_view key,
                                           internal::object_value* (*makeDefault)(internal::object_value_class*));
+    /// The same for a type of the program, by its name. Types of one name are told apart where they differ: two files
+    /// may each have one in an unnamed namespace.
+    static Class_Generic getClassInstance(const std::type_info& type,
+                                          internal::object_value* (*makeDefault)(internal::object_value_class*));
     static const Class_Generic& getClass();
 };
 
-/// A box around a copyable native value.
+/// A box around a copyable native value. Copies are made with nothing locked: what the type's own code does, throwing
+/// included, is between it and the caller.
 template <class T>
 class Boxed : public Boxed_Generic {
 public:
@@ -107,27 +120,44 @@ namespace internal {
 template <class T>
 class object_value_boxed_of final : public object_value_boxed {
 public:
-    object_value_boxed_of(object_value_class* klass, T value) : object_value_boxed(klass), value_(std::move(value)) {}
+    object_value_boxed_of(object_value_class* klass, T value)
+        : object_value_boxed(klass), content_(hold(std::move(value))) {}
     static object_value* makeDefault(object_value_class* klass) { return new object_value_boxed_of(klass, T()); }
 
     T value() const {
-        guard().lock();
-        T copy = value_;
-        guard().unlock();
-        return copy;
+        if constexpr (isPlain)
+            return content();
+        else
+            return *content();
     }
     Any assign(const Any& source) override {
         if (cast_object(source, Class_Generic::share(ownClass())) == nullptr)
             return failure(u"Types mismatch.");
-        T copy = static_cast<object_value_boxed_of*>(source.object())->value();
-        guard().lock();
-        std::swap(value_, copy);
-        guard().unlock();
+        Content replaced = static_cast<object_value_boxed_of*>(source.object())->content();
+        std::lock_guard hold(guard());
+        std::swap(content_, replaced);
         return Any();
+        // What was replaced dies after the guard: it is declared before it.
     }
 
 private:
-    T value_;
+    /// A plain value is copied under the guard, since that runs no code of its type. Any other is never changed once it
+    /// is in the box, so that boxes share it and copies are made outside.
+    static constexpr bool isPlain = std::is_trivially_copyable_v<T>;
+    using Content = std::conditional_t<isPlain, T, std::shared_ptr<const T>>;
+
+    static Content hold(T value) {
+        if constexpr (isPlain)
+            return value;
+        else
+            return std::make_shared<const T>(std::move(value));
+    }
+    Content content() const {
+        std::lock_guard hold(guard());
+        return content_;
+    }
+
+    Content content_;
 };
 
 }  // namespace internal
@@ -135,7 +165,7 @@ private:
 template <class T>
 const Class_Generic& Boxed<T>::getClass() {
     static const Class_Generic& cls =
-        *new Class_Generic(getClassInstance(typeid(T).name(), &internal::object_value_boxed_of<T>::makeDefault));
+        *new Class_Generic(getClassInstance(typeid(T), &internal::object_value_boxed_of<T>::makeDefault));
     return cls;
 }
 template <class T>

@@ -43,6 +43,20 @@ TEST_F(Indirect, AValueThatNeedsItselfIsAnError) {
     self = Any();
 }
 
+TEST_F(Indirect, WhatAnotherComputationStoodInTheWayOfIsComputedLater) {
+    Any outer;
+    const Lazy_Generic inner([&]() -> Any {
+        const Any part = unchecked<Lazy_Generic>(outer).evaluate();
+        return internal::is_error_result(part) ? part : Any(part.asInteger() + 1);
+    });
+    const Lazy_Generic between([&]() -> Any { return inner; });
+    outer = Lazy_Generic([&] { return Any(internal::is_error_result(result_unwrap_lazy(between)) ? 10 : 20); });
+    EXPECT_EQ(shown(result_unwrap_lazy(outer)), "10") << "It cannot have its own value.";
+    EXPECT_EQ(shown(result_unwrap_lazy(between)), "11");
+    EXPECT_EQ(shown(inner.evaluate()), "11");
+    outer = Any();
+}
+
 TEST_F(Indirect, ValuesThatStandForEachOtherAreAnError) {
     Any second;
     const Lazy_Generic first([&] { return second; });
@@ -144,6 +158,26 @@ TEST(BoxedValue, HasOneClassForEachType) {
     EXPECT_TRUE(Boxed<point>::getClass().isAncestor(Boxed_Generic::getClass()));
     EXPECT_TRUE(Boxed<point>::cast(box));
     EXPECT_FALSE(Boxed<int>::cast(box));
+}
+
+struct fragile {
+    std::string text = "a text that does not fit into the object itself";
+    static inline bool throws = false;
+    fragile() = default;
+    fragile(fragile&&) = default;
+    fragile(const fragile& other) : text(other.text) {
+        if (throws)
+            throw std::runtime_error("No copy.");
+    }
+    fragile& operator=(fragile&&) = default;
+};
+
+TEST(BoxedValue, StaysUsableWhenACopyThrows) {
+    const Boxed<fragile> box{fragile()};
+    fragile::throws = true;
+    EXPECT_THROW((void)box.value(), std::runtime_error);
+    fragile::throws = false;
+    EXPECT_EQ(box.value().text, fragile().text);
 }
 
 TEST(BoxedValue, IsMadeWithTheDefaultAndAssigned) {

@@ -166,6 +166,17 @@ TEST(ValueClasses, AllocateTheirFirstValue) {
               String(u"The class 'Integer' has no instances of its own."));
 }
 
+/// There is another type of this name in the tests of indirect values, unnamed namespace and all.
+struct point {
+    std::string text = "default";
+};
+
+TEST(BoxedValue, TypesOfOneNameHaveClassesOfTheirOwn) {
+    const Any made = Boxed<point>::getClass().allocateInstance();
+    ASSERT_TRUE(dynamic_cast<internal::object_value_boxed_of<point>*>(made.object()) != nullptr);
+    EXPECT_EQ(unchecked<Boxed<point>>(made).value().text, "default");
+}
+
 struct MemberCase {
     const char* name;
     Any value;
