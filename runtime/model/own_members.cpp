@@ -17,6 +17,15 @@ Any own_member_list::put(const identifier_data* name, const Any& member) {
     return Any();
 }
 
+Any own_member_list::putUnlessPresent(const identifier_data* name, const Any& member) {
+    std::lock_guard hold(guard_);
+    auto [position, isNew] = positions_.try_emplace(name, members_.size());
+    if (!isNew)
+        return members_[position->second].second;
+    members_.emplace_back(name, member);
+    return Any();
+}
+
 Any own_member_list::remove(const identifier_data* name) {
     std::lock_guard hold(guard_);
     auto found = positions_.find(name);

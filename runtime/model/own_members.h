@@ -15,7 +15,9 @@ class own_member_list {
 public:
     Any find(const identifier_data* name) const;              ///< The member, or none.
     Any put(const identifier_data* name, const Any& member);  ///< What stood there before.
-    Any remove(const identifier_data* name);                  ///< What was removed, or none.
+    /// Puts it where there is none: none, or the one that stands there and stays.
+    Any putUnlessPresent(const identifier_data* name, const Any& member);
+    Any remove(const identifier_data* name);  ///< What was removed, or none.
     std::vector<std::pair<const identifier_data*, Any>> copy() const;
 
 private:

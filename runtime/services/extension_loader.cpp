@@ -6,8 +6,9 @@
 #include <link.h>
 
 #include <algorithm>
+#include <map>
 #include <mutex>
-#include <set>
+#include <optional>
 #include <system_error>
 
 namespace ling {
@@ -32,25 +33,30 @@ private:
     std::vector<queued_handler> before_;
 };
 
-/// The libraries in use, since one that is loaded a second time, perhaps under another name, must not start again.
-class libraries_in_use {
+/// What came of each library that was started: one that is loaded a second time, perhaps under another name, does not
+/// start again, and one that failed half-way is no better then.
+class started_libraries {
 public:
-    bool contains(void* library) {
+    /// Enters a library before it starts. Nothing for a new one, else what came of its start, which is no problem as
+    /// long as that is still going on.
+    std::optional<String> enter(void* library) {
         std::lock_guard hold(guard_);
-        return libraries_.contains(library);
+        const auto [known, isNew] = problems_.try_emplace(library);
+        return isNew ? std::nullopt : std::optional(known->second);
     }
-    void insert(void* library) {
+    void setProblem(void* library, const String& problem) {
+        String kept = problem;
         std::lock_guard hold(guard_);
-        libraries_.insert(library);
+        std::swap(problems_[library], kept);
     }
 
 private:
     std::mutex guard_;
-    std::set<void*> libraries_;
+    std::map<void*, String> problems_;
 };
 
-libraries_in_use& librariesInUse() {
-    static libraries_in_use& libraries = *new libraries_in_use;
+started_libraries& startedLibraries() {
+    static started_libraries& libraries = *new started_libraries;
     return libraries;
 }
 
@@ -91,7 +97,6 @@ String start(void* library) {
     } catch (...) {
         return String(u"The function '{}' failed: {}").arg(String(kEntry), internal::describe_exception());
     }
-    librariesInUse().insert(library);
     return runHandlers();
 }
 
@@ -101,7 +106,11 @@ String load(const fs::path& file) {
     void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
         return loaderProblem();
-    return librariesInUse().contains(library) ? String() : start(library);
+    if (const std::optional<String> before = startedLibraries().enter(library))
+        return *before;
+    const String problem = start(library);
+    startedLibraries().setProblem(library, problem);
+    return problem;
 }
 
 struct found_files {

@@ -61,30 +61,15 @@ std::vector<object_value_module::function_entry> object_value_module::functions(
     return functions_;
 }
 
-bool object_value_module::claimName(const String& name) {
-    if (std::find(names_.begin(), names_.end(), name) != names_.end())
-        return false;
-    names_.push_back(name);
-    return true;
-}
-
-bool object_value_module::addClass(const Class_Generic& cls) {
-    const String name = cls.name();
+void object_value_module::addClass(const Class_Generic& cls) {
     std::lock_guard hold(members_);
-    if (!claimName(name))
-        return false;
     classes_.push_back(cls);
-    return true;
 }
 
-bool object_value_module::addFunction(const FunctionCL_Generic& function) {
-    const String name = function.name();
-    const method_ident_untyped id(name);
+void object_value_module::addFunction(const FunctionCL_Generic& function) {
+    const method_ident_untyped id(function.name());
     std::lock_guard hold(members_);
-    if (!claimName(name))
-        return false;
     functions_.push_back({id, function});
-    return true;
 }
 
 namespace {

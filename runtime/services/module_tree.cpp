@@ -100,8 +100,9 @@ Any module_tree::place(const Module& parent, const Module& module) {
             return name_is_taken(module.name());
     }
     Module winner = publish(module);
-    if (!occupant)
-        (void)raw_insert_property(parent, id, Property::ofValue(winner));
+    // The name may have gone to something else meanwhile. Then the module stays unlinked, which nobody ever finds.
+    if (std::optional<Any> other = claim_name(parent, id, Property::ofValue(winner)); other && !other->isSameAs(winner))
+        return name_is_taken(module.name());
     markLinked(winner);
     return winner;
 }
@@ -135,18 +136,28 @@ Any declared_property(const object_value_class& cls, const property_ident_untype
     return declared && declared.classLevel ? Any::share(declared.member) : Any();
 }
 
+/// What a property stands for in the tree: its value where that is fixed, else the property itself.
+std::optional<Any> occupant_behind(const Any& property) {
+    if (property.isNone())
+        return std::nullopt;
+    const Property& known = unchecked<Property>(property);
+    return known.isValue() ? known.value() : property;
+}
+
 }  // namespace
 
 std::optional<Any> occupant_of(const Module& module, const property_ident_untyped& id) {
     Any property;
     if (own_members* own = find_own_members(module))
         property = own->properties.find(id.data());
-    if (property.isNone())
-        property = declared_property(*raw_class_record(module), id);
-    if (property.isNone())
-        return std::nullopt;
-    const Property& known = unchecked<Property>(property);
-    return known.isValue() ? known.value() : property;
+    return occupant_behind(property.isNone() ? declared_property(*raw_class_record(module), id) : property);
+}
+
+std::optional<Any> claim_name(const Module& module, const property_ident_untyped& id, const Property& property) {
+    const Any declared = declared_property(*raw_class_record(module), id);
+    if (!declared.isNone())
+        return occupant_behind(declared);
+    return occupant_behind(ensure_own_members(*module.object()).properties.putUnlessPresent(id.data(), property));
 }
 
 }  // namespace ling::internal

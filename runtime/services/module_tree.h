@@ -46,4 +46,8 @@ Any name_is_taken(const String& name);
 /// has (its name, its documentation) takes no name. A computed property is answered as the property itself.
 std::optional<Any> occupant_of(const Module& module, const property_ident_untyped& id);
 
+/// Takes a name that nothing has yet, by putting the property there: one step, so that of two threads with two things
+/// one gets the name. Nothing when it is done, else what `occupant_of` answers.
+std::optional<Any> claim_name(const Module& module, const property_ident_untyped& id, const Property& property);
+
 }  // namespace ling::internal

@@ -35,8 +35,18 @@ member_place findPlace(std::string_view moduleName, const String& name, const An
     return place;
 }
 
-Any putProperty(const Module& module, const String& name, const Property& property) {
-    return raw_insert_property(module, property_ident_untyped(name), property);
+/// How a name was taken: an error result when something else has it, none otherwise.
+struct claim {
+    Any problem;
+    bool isNew = false;
+};
+
+/// `member` is what the property stands for.
+claim takeName(const Module& module, const String& name, const Property& property, const Any& member) {
+    const std::optional<Any> occupant = claim_name(module, property_ident_untyped(name), property);
+    if (!occupant)
+        return {Any(), true};
+    return {occupant->isSameAs(member) ? Any() : name_is_taken(memberName(module, name))};
 }
 
 }  // namespace
@@ -48,16 +58,19 @@ Any register_function(std::string_view moduleName, const FunctionCL_Generic& fun
     const member_place place = findPlace(moduleName, name, function);
     if (place.isThere || is_error_result(place.problem))
         return place.problem;
-    if (!record(place.module).addFunction(function))
-        return name_is_taken(memberName(place.module, name));
-    return putProperty(place.module, name, Property::ofValue(function, function.record()->doc()));
+    const Property property = Property::ofValue(function, function.record()->doc());
+    const claim taken = takeName(place.module, name, property, function);
+    if (taken.isNew)
+        record(place.module).addFunction(function);
+    return taken.problem;
 }
 
 Any register_property(std::string_view moduleName, std::string_view name, const Property& property) {
     const member_place place = findPlace(moduleName, String(name), property);
     if (place.isThere || is_error_result(place.problem))
         return place.problem;
-    return putProperty(place.module, String(name), property);
+    const Any member = property.isValue() ? property.value() : Any(property);
+    return takeName(place.module, String(name), property, member).problem;
 }
 
 Any register_class(std::string_view moduleName, const Class_Generic& cls) {
@@ -65,10 +78,16 @@ Any register_class(std::string_view moduleName, const Class_Generic& cls) {
     const member_place place = findPlace(moduleName, name, cls);
     if (place.isThere || is_error_result(place.problem))
         return place.problem;
-    if (!record(place.module).addClass(cls))
-        return name_is_taken(memberName(place.module, name));
+    const Property property = Property::ofValue(cls, cls.doc());
+    // Whoever finds the class by its name finds it with its module. Where the name goes to another, nobody does.
+    const Module before = cls.parentModule();
     cls.record()->set_module_unsafe(place.module);
-    return putProperty(place.module, name, Property::ofValue(cls, cls.doc()));
+    const claim taken = takeName(place.module, name, property, cls);
+    if (taken.isNew)
+        record(place.module).addClass(cls);
+    else if (is_error_result(taken.problem))
+        cls.record()->set_module_unsafe(before);
+    return taken.problem;
 }
 
 }  // namespace internal

@@ -62,26 +62,24 @@ public:
     virtual String doc() const;
     void setDoc(const String& doc);
 
-    /// What is registered in the module. A name is added once: false, with nothing done, for one that is there already.
+    /// What is registered in the module. Whoever adds to it has put a property of the same name into the module, by
+    /// which the name is taken.
     std::vector<Class_Generic> classes() const;
     std::vector<function_entry> functions() const;
-    bool addClass(const Class_Generic& cls);
-    bool addFunction(const FunctionCL_Generic& function);
+    void addClass(const Class_Generic& cls);
+    void addFunction(const FunctionCL_Generic& function);
 
     /// What `Module::$$bindMembers` reads and writes.
     bool bindsMembers() const noexcept { return bindsMembers_.load(std::memory_order_relaxed); }
     void setBindsMembers(bool binds) noexcept { bindsMembers_.store(binds, std::memory_order_relaxed); }
 
 private:
-    bool claimName(const String& name);
-
     const String name_;
     std::atomic<bool> bindsMembers_{false};
     mutable std::mutex members_;  // Guards what follows. Memory alone is touched under it.
     String doc_;
     std::vector<Class_Generic> classes_;
     std::vector<function_entry> functions_;
-    std::vector<String> names_;
 };
 
 /// Puts a module made by somebody else into the tree under its own name, and the modules above it where missing. None,

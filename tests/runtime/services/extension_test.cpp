@@ -117,6 +117,16 @@ TEST_F(Extensions, OneThatIsInUseDoesNotStartAgain) {
     EXPECT_EQ(log().size(), lines);
 }
 
+TEST_F(Extensions, OneThatFailedDoesNotStartAgainAndIsStillReported) {
+    add("throwing_entry", "a.so");
+    add("throwing_handler", "b.so");
+    const Lines told = load();
+    ASSERT_EQ(told.size(), 2u);
+    const std::size_t lines = log().size();
+    EXPECT_EQ(load(), told);
+    EXPECT_EQ(log().size(), lines);
+}
+
 TEST_F(Extensions, AnEmptyDirectoryHoldsNone) { EXPECT_EQ(load(), Lines()); }
 
 TEST_F(Extensions, ADirectoryThatCannotBeReadIsReported) {

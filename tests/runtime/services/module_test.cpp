@@ -187,6 +187,32 @@ TEST(ModuleMembers, OneOfManyThreadsGetsAName) {
     }
 }
 
+TEST(ModuleMembers, AFunctionAndAModuleDoNotShareAName) {
+    for (int round = 0; round < 300; ++round) {
+        const std::string module = "members_shared" + std::to_string(round);
+        const Module parent = unchecked<Module>(find_or_create_module(String(module)));
+        const FunctionCL_Generic function = make_function("leaf", "", [] {});
+        std::atomic<int> waiting{0};
+        const auto meet = [&] {
+            for (++waiting; waiting < 2;)
+                std::this_thread::yield();
+        };
+        Any child;
+        std::thread other([&] {
+            meet();
+            child = find_or_create_module(String(module + ".leaf"));
+        });
+        meet();
+        const Any registered = register_function(module, function);
+        other.join();
+        const bool isFunction = registered.isNone();
+        ASSERT_NE(isFunction, !internal::is_error_result(child)) << "Both or none has the name.";
+        EXPECT_TRUE(valueAt(parent, "leaf").isSameAs(isFunction ? Any(function) : child));
+        EXPECT_EQ(find_module(String(module + ".leaf")).isNone(), isFunction);
+        EXPECT_EQ(parent.functions().size(), isFunction ? 1u : 0u);
+    }
+}
+
 TEST(ModuleMembers, PropertiesAreReadAndWritten) {
     static std::int64_t stored = 1;
     const Property property = internal::property_builder()
