@@ -37,9 +37,8 @@ ling::String moduleOf(const ling::Any& function, const ling::String& name) {
 ling::String nameOfFunction(const ling::Any& value) {
     const auto& function = *static_cast<ling::internal::object_value_function*>(value.object());
     const ling::String name = function.name();
-    ling::internal::object_value_class* definer = function.definingClass();
-    const ling::String owner =
-        definer != nullptr ? ling::qualname(ling::Class_Generic::share(definer)) : moduleOf(value, name);
+    const ling::Class_Generic definer = function.definingClass();
+    const ling::String owner = definer.isNone() ? moduleOf(value, name) : ling::qualname(definer);
     return owner.isEmpty() ? owner : owner + u"." + name;
 }
 
