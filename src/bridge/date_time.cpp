@@ -1,6 +1,7 @@
 #include "bridge/date_time.h"
 
 #include "bridge/convert.h"
+#include "bridge/loss.h"
 #include "bridge/text.h"
 #include "host/cached_import.h"
 #include "host/names.h"
@@ -60,8 +61,12 @@ std::optional<std::int64_t> readOffset(PyObject* object) {
     if (!offset || offset.get() == Py_None)
         return std::nullopt;
     PyRef seconds = callMethod(offset.get(), kTotalSeconds);
-    if (!seconds || !PyLong_Check(seconds.get()))
+    if (!seconds)
         return std::nullopt;
+    if (!PyLong_Check(seconds.get())) {
+        tellLoss(Loss::Zone);
+        return std::nullopt;
+    }
     return PyLong_AsLong(seconds.get());
 }
 

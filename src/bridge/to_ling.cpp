@@ -3,6 +3,7 @@
 #include "bridge/convert.h"
 #include "bridge/date_time.h"
 #include "bridge/errors.h"
+#include "bridge/loss.h"
 #include "bridge/text.h"
 #include "functions/function_python.h"
 #include "host/gil_guard.h"
@@ -44,8 +45,10 @@ ling::Any fromDouble(double number) {
     double whole = 0;
     if (std::modf(number, &whole) != 0.0)
         return number;
-    const bool fits = whole >= -kLimit && whole < kLimit;
-    return fits ? static_cast<std::int64_t>(whole) : std::numeric_limits<std::int64_t>::min();
+    if (whole >= -kLimit && whole < kLimit)
+        return static_cast<std::int64_t>(whole);
+    tellLoss(Loss::Range);
+    return std::numeric_limits<std::int64_t>::min();
 }
 
 /// -1, with Python's error pending, beyond 64 bits.
@@ -93,12 +96,34 @@ Answer floating(const Subject& it) {
     return PyFloat_Check(it.object) ? Answer(fromDouble(PyFloat_AS_DOUBLE(it.object))) : kNotMine;
 }
 
+/// What has a value as a `float`, and none as an index, may have a fraction; an integer of any kind has both, and what
+/// merely stands for a number, such as an address, has neither.
+bool mayHaveFraction(const PyTypeObject* type) noexcept {
+    const PyNumberMethods* methods = type->tp_as_number;
+    return methods != nullptr && methods->nb_float != nullptr && methods->nb_index == nullptr;
+}
+
+void tellLostFraction(PyObject* number, PyObject* whole) {
+    if (PyErr_Occurred() != nullptr)
+        return;
+    const int isEqual = PyObject_RichCompareBool(whole, number, Py_EQ);
+    if (isEqual < 0)
+        PyErr_Clear();  // What cannot be compared is not known to be the same.
+    if (isEqual <= 0)
+        tellLoss(Loss::Fraction);
+}
+
 /// Everything else that calls itself a number. Where Python finds no integer in it, -1 stands beside the pending error.
 Answer number(const Subject& it) {
     if (PyNumber_Check(it.object) == 0)
         return kNotMine;
     PyRef whole = PyRef::steal(PyNumber_Long(it.object));
-    return whole ? fromLong(whole.get()) : ling::Any(-1);
+    if (!whole)
+        return ling::Any(-1);
+    const ling::Any value = fromLong(whole.get());
+    if (mayHaveFraction(it.type))
+        tellLostFraction(it.object, whole.get());
+    return value;
 }
 
 /// An object whose `__class__` cannot be read is no exception.

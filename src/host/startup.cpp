@@ -1,5 +1,6 @@
 #include "host/startup.h"
 
+#include "bridge/loss.h"
 #include "functions/module_class.h"
 #include "functions/module_tree.h"
 #include "host/gil_guard.h"
@@ -72,6 +73,7 @@ void setUpLanguage() {
     languageClassBuilt.run(buildLanguageClass);
     registerSchemeProviders();
     registerContainerFunctions();
+    registerLossWarning();
     installModuleFinder();
 }
 

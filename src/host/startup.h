@@ -7,8 +7,9 @@ namespace ling::python {
 /// name already.
 bool setUpPythonModule();
 
-/// What follows every start: the class `LanguagePython`, once per process, the scheme providers, the functions that
-/// convert whole containers, and the finder by which Python programs import the host's modules.
+/// What follows every start: the class `LanguagePython`, once per process, the scheme providers, what the module
+/// "ling.python" has beyond the functions of its own level, and the finder by which Python programs import the host's
+/// modules.
 void setUpLanguage();
 
 }  // namespace ling::python

@@ -107,6 +107,18 @@ ling::List_Generic rarities() {
             tuple, tuple,    ling::Undefined()};
 }
 
+/// A sequence that answers the position that it is asked for.
+void defineRow() {
+    defclass_impl("Row", "things")
+        .parent(ling::I_Sequence_Generic::getClass())
+        .method(ling::I_Sequence_Generic::$at, "index", [](const Any&, std::int64_t index) { return index; })
+        .property(ling::I_Sequence_Generic::$$length, property_builder().getter([](const Any&) { return 3; }))
+        .build();
+}
+
+/// Something is wrong in the middle of it.
+ling::List_Generic flawed() { return {1, ling::Error(u"No.", true), 3}; }
+
 void defineFunctions() {
     (void)register_function(
         "things", ling::make_function(
@@ -119,6 +131,7 @@ void defineFunctions() {
                             }));
     (void)register_function("things", ling::make_function("failing", "count", &failing));
     (void)register_function("things", ling::make_function("rarities", "", &rarities));
+    (void)register_function("things", ling::make_function("flawed", "", &flawed));
     (void)register_function("things", ling::make_function("same", "value", [](const Any& value) { return value; }));
 }
 
@@ -129,6 +142,7 @@ void defineThings() {
     std::call_once(once, [] {
         defineThing();
         defineKeeper();
+        defineRow();
         (void)refusal();
         defclass_impl("Bare", "things").doc("Nothing of its own.").build();
         defineFunctions();

@@ -7,6 +7,7 @@
 ///                     field mark (integers); methods greet(whom="you"), fail(), lazy(); operators `-` and `/`
 ///     Bare            a class without public members
 ///     Keeper(held)    property held; can be copied and pickled
+///     Row             a sequence of three, which answers the position that it is asked for
 ///     Refusal         an error class
-///     add(a, b), refuse(text), later(value), failing(count), same(value), rarities()
+///     add(a, b), refuse(text), later(value), failing(count), same(value), rarities(), flawed()
 void defineThings();
