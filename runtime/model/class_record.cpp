@@ -3,6 +3,7 @@
 #include "ling/error.h"
 #include "ling/list.h"
 #include "ling/members.h"
+#include "model/argument_frame.h"
 #include "model/class_tables.h"
 #include "model/define.h"
 
@@ -287,6 +288,8 @@ Any object_value_class::set_hooks_unsafe(const class_hooks& hooks) {
             own.hooks.construct = hooks.construct;
         if (hooks.invoke != nullptr)
             own.hooks.invoke = hooks.invoke;
+        if (hooks.invokeNamed != nullptr)
+            own.hooks.invokeNamed = hooks.invokeNamed;
         if (hooks.finalize != nullptr)
             own.hooks.finalize = hooks.finalize;
         own.hooks.nativeValues = own.hooks.nativeValues || hooks.nativeValues;
@@ -354,8 +357,36 @@ Class_Generic object_value_class::genericInstance(std::span<const Type> paramete
     return instance;
 }
 
+namespace {
+
+bool takesNamesAlone(object_value& function) {
+    const Result<Signature> signature = unchecked<I_Invokable_Generic>(Any::share(&function)).signature();
+    return signature && std::ranges::any_of(signature->parameters(), [](const Parameter& parameter) {
+               return parameter.mode() == ParameterMode::NameOnly || parameter.mode() == ParameterMode::VariadicNamed;
+           });
+}
+
+}  // namespace
+
 Any object_value_class::invoke(std::span<const Any> arguments) {
     return Class_Generic::share(this).construct(arguments);
+}
+
+/// Arguments are bound by the signature of the class, but for an initialiser with parameters that go by name alone: no
+/// order of positions reaches those, so it binds them itself.
+Any object_value_class::invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) {
+    const found_member initialiser = findMethod(Any::$__init__);
+    if (hooks().construct != nullptr || !initialiser || !takesNamesAlone(*initialiser.member))
+        return object_value::invokeNamed(positional, named);
+    const Any kept = Any::share(initialiser.member);  // The class may be changed while its method runs.
+    Any instance = Class_Generic::share(this).allocateInstance();
+    if (is_error_result(instance))
+        return instance;
+    argument_frame frame(positional.size() + 1);
+    frame.add(instance);
+    frame.addAll(positional);
+    Any outcome = kept.object()->invokeNamed(frame, named);
+    return is_error_result(outcome) ? outcome : instance;
 }
 
 object_value_object::object_value_object(object_value_class* klass)
@@ -412,6 +443,12 @@ Any object_value_object::invoke(std::span<const Any> arguments) {
         return object_value::invoke(arguments);
     const Any list = List_Generic(std::vector<Any>(arguments.begin(), arguments.end()));
     return self.callMethod(I_Invokable_Generic::$invoke, {list});
+}
+
+Any object_value_object::invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) {
+    if (auto invokeNamed = ownClass()->hooks().invokeNamed)
+        return invokeNamed(Any::share(this), positional, named);
+    return object_value::invokeNamed(positional, named);
 }
 
 namespace {

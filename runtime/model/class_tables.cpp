@@ -58,6 +58,8 @@ void inherit(class_hooks& hooks, const class_hooks& from) {
         hooks.construct = from.construct;
     if (hooks.invoke == nullptr)
         hooks.invoke = from.invoke;
+    if (hooks.invokeNamed == nullptr)
+        hooks.invokeNamed = from.invokeNamed;
     if (hooks.finalize == nullptr)
         hooks.finalize = from.finalize;
 }

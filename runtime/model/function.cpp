@@ -42,10 +42,12 @@ void object_value_function::setDefiningClass(object_value_class* klass) {
 
 namespace {
 
-bool isVariadic(const Signature& signature) {
-    const std::vector<Parameter>& parameters = signature.parameters();
-    return !parameters.empty() && parameters.back().mode() == ParameterMode::VariadicPositional;
+bool hasMode(const Signature& signature, std::initializer_list<ParameterMode> modes) {
+    return std::ranges::any_of(signature.parameters(), [&](const Parameter& parameter) {
+        return std::ranges::find(modes, parameter.mode()) != modes.end();
+    });
 }
+bool isVariadic(const Signature& signature) { return hasMode(signature, {ParameterMode::VariadicPositional}); }
 
 constexpr std::size_t kNeverExact = static_cast<std::size_t>(-1);
 
@@ -56,7 +58,8 @@ object_value_native_function::object_value_native_function(String name, Signatur
     : name_(std::move(name)),
       doc_(std::move(doc)),
       signature_(std::move(signature)),
-      exactCount_(isVariadic(signature_) ? kNeverExact : signature_.parameters().size()),
+      byPositionAlone_(!hasMode(signature_, {ParameterMode::NameOnly, ParameterMode::VariadicNamed})),
+      exactCount_(byPositionAlone_ && !isVariadic(signature_) ? signature_.parameters().size() : kNeverExact),
       independent_(independent) {}
 
 Result<Signature> object_value_native_function::signature() const {
@@ -67,12 +70,16 @@ Result<Signature> object_value_native_function::signature() const {
 Any object_value_native_function::setParameterDefaults(std::span<const Any> defaults) {
     Signature present = *signature();
     std::vector<Parameter> parameters = present.parameters();
-    if (defaults.size() > parameters.size())
+    std::vector<Parameter*> positional;
+    for (Parameter& parameter : parameters)
+        if (takes_one_position(parameter.mode()))
+            positional.push_back(&parameter);
+    if (defaults.size() > positional.size())
         return failure(String(u"Too many defaults for '{}': {} for {} parameters.")
-                           .arg(name_, defaults.size(), parameters.size()));
-    const std::size_t first = parameters.size() - defaults.size();
+                           .arg(name_, defaults.size(), positional.size()));
+    const std::size_t first = positional.size() - defaults.size();
     for (std::size_t i = 0; i < defaults.size(); ++i)
-        parameters[first + i] = parameters[first + i].withDefault(defaults[i]);
+        *positional[first + i] = positional[first + i]->withDefault(defaults[i]);
     Signature changed(std::move(parameters), present.resultType());
     std::lock_guard hold(guard());
     signature_.swap(changed);
@@ -80,7 +87,15 @@ Any object_value_native_function::setParameterDefaults(std::span<const Any> defa
     // The signature that was replaced dies after the guard: it is declared before it.
 }
 
+Any object_value_native_function::invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) {
+    std::vector<Any> arguments;
+    Any problem = bind_arguments(name_, *signature(), positional, named, arguments);
+    return is_error_result(problem) ? problem : call(arguments);
+}
+
 Any object_value_native_function::invokeAdjusted(std::span<const Any> arguments) {
+    if (!byPositionAlone_)
+        return invokeNamed(arguments, {});
     const Signature known = *signature();
     const std::vector<Parameter>& parameters = known.parameters();
     const std::size_t named = parameters.size() - (isVariadic(known) ? 1 : 0);
@@ -98,7 +113,7 @@ Any object_value_native_function::invokeAdjusted(std::span<const Any> arguments)
 
 Any object_value_native_function::argumentError(std::size_t index, const Any& found) const {
     const Signature known = *signature();
-    const Parameter& parameter = known.parameters()[std::min(index, known.parameters().size() - 1)];
+    const Parameter& parameter = parameter_of_argument(known, index);
     return failure(String(u"Argument '{}' of '{}' must be of type '{}', not '{}'.")
                        .arg(parameter.name(), name_, parameter.type().toString(), qualname(raw_class_of(found))));
 }
@@ -117,6 +132,12 @@ public:
         frame.addAll(arguments);
         return target_.invoke(frame);
     }
+    Any invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) override {
+        argument_frame frame(leading_.size() + positional.size());
+        frame.addAll(leading_);
+        frame.addAll(positional);
+        return target_.invokeWith(frame, named);
+    }
     String name() const override { return nameOf(target_); }
     String doc() const override { return docOf(target_); }
     bool isIndependent() const noexcept override { return true; }
@@ -128,7 +149,7 @@ public:
         const std::vector<Parameter>& all = whole->parameters();
         std::vector<Parameter> open;
         for (std::size_t i = 0; i < all.size(); ++i)
-            if (i >= leading_.size() || all[i].mode() == ParameterMode::VariadicPositional)
+            if (i >= leading_.size() || !takes_one_position(all[i].mode()))
                 open.push_back(all[i]);
         return Signature(std::move(open), whole->resultType());
     }
@@ -194,13 +215,22 @@ Any I_Invokable_Generic::invokeWith(const I_Sequence_Generic& arguments) const {
 Any I_Invokable_Generic::invokeWith(const I_Map_Generic& arguments) const { return invokeWith({}, arguments); }
 
 Any I_Invokable_Generic::invokeWith(std::span<const Any> positional, const I_Map_Generic& named) const {
-    return internal::invoke_by_name(*this, positional, named);
+    std::vector<NamedArgument> pairs;
+    Any problem = internal::take_names(*this, named, pairs);
+    return internal::is_error_result(problem) ? problem : invokeWith(positional, pairs);
+}
+
+Any I_Invokable_Generic::invokeWith(std::span<const Any> positional, std::span<const NamedArgument> named) const {
+    return named.empty() ? invoke(positional)
+           : isHeap()    ? heapObject()->invokeNamed(positional, named)
+                         : notInvokable();
 }
 
 Result<Signature> I_Invokable_Generic::signature() const {
     if (const internal::object_value_function* function = functionRecord(*this))
         return function->signature();
-    return Signature::cast(propertyValue($$signature));
+    const Any answer = internal::result_unwrap_lazy(propertyValue($$signature));
+    return internal::is_error_result(answer) ? Result<Signature>::failure(answer) : Signature::cast(answer);
 }
 
 Type I_Invokable_Generic::resultType() const {
@@ -276,7 +306,7 @@ namespace {
 List_Generic defaultsOf(const Signature& signature) {
     List_Generic defaults;
     for (const Parameter& parameter : signature.parameters())
-        if (parameter.hasDefault())
+        if (takes_one_position(parameter.mode()) && parameter.hasDefault())
             defaults.append(parameter.defaultValue());
     return defaults;
 }

@@ -28,20 +28,16 @@ namespace {
 
 const ling::field_ident_untyped $_signature("_signature");
 
-ling::Any invoke(const ling::Any& self, std::span<const ling::Any> arguments) {
+ling::Any invokeNamed(const ling::Any& self, std::span<const ling::Any> positional,
+                      std::span<const ling::NamedArgument> named) {
     PythonEntry entry;
     PyObject* callable = PythonProxy::pythonObject(self);
-    if (callable == nullptr)
-        return platform::failure(u"Unable to find the function.");
-    ArgumentArray converted(arguments.size());
-    for (const ling::Any& argument : arguments) {
-        ling::Any value = ling::internal::result_unwrap_lazy(argument);
-        if (ling::internal::is_error_result(value))
-            return value;
-        if (!converted.add(value))
-            return cannotConvert(value);
-    }
-    return takeResult(converted.call(callable));
+    return callable == nullptr ? platform::failure(u"Unable to find the function.")
+                               : callPython(callable, positional, named);
+}
+
+ling::Any invoke(const ling::Any& self, std::span<const ling::Any> arguments) {
+    return invokeNamed(self, arguments, {});
 }
 
 ling::Any invokeWithSequence(const ling::Any& self, const ling::I_Sequence_Generic& arguments) {
@@ -119,7 +115,8 @@ ling::Any signatureOf(const ling::Any& self) {
     return derived;
 }
 
-/// The class that a method belongs to: that of the object it is bound to, or the one that a method descriptor names.
+/// The class that a method belongs to: the class, or that of the object, that it is bound to, or the one that a method
+/// descriptor names.
 ling::Any definingClassOf(const ling::Any& self) {
     PythonEntry entry;
     PyObject* callable = PythonProxy::pythonObject(self);
@@ -128,8 +125,8 @@ ling::Any definingClassOf(const ling::Any& self) {
     ling::Any cls;
     if (PyRef owner = PyRef::steal(attribute(callable, names::objclass)); owner && PyType_Check(owner.get()))
         cls = toLing(owner.get());
-    else if (PyMethod_Check(callable) != 0)
-        cls = toLing(reinterpret_cast<PyObject*>(Py_TYPE(PyMethod_GET_SELF(callable))));
+    else if (PyObject* receiver = PyMethod_Check(callable) != 0 ? PyMethod_GET_SELF(callable) : nullptr)
+        cls = toLing(PyType_Check(receiver) ? receiver : reinterpret_cast<PyObject*>(Py_TYPE(receiver)));
     PyErr_Clear();
     return cls;
 }
@@ -144,7 +141,7 @@ ling::Class_Generic makeClass() {
         .parent(PythonProxy::getClass())
         .parent(Invokable::getClass())
         .doc("Invokable wrapper around of a Python function.")
-        .hooks({.invoke = &invoke})
+        .hooks({.invoke = &invoke, .invokeNamed = &invokeNamed})
         .field($_signature, ling::internal::type_unite(ling::Signature::getType(), ling::None::getType()),
                "The signature, once it was asked for.")
         .method(Invokable::$invoke, "arguments", &invokeWithSequence)

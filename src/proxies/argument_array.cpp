@@ -24,12 +24,66 @@ bool ArgumentArray::add(const ling::Any& value) {
     return true;
 }
 
-PyObject* ArgumentArray::call(PyObject* callable) const {
+PyObject* ArgumentArray::call(PyObject* callable, PyObject* keywords) const {
     if (!hasStackRoom()) {
         PyErr_SetString(PyExc_RecursionError, "The call is nested too deeply.");
         return nullptr;
     }
-    return PyObject_Vectorcall(callable, items_, count_ | PY_VECTORCALL_ARGUMENTS_OFFSET, nullptr);
+    const std::size_t flags = count_ | PY_VECTORCALL_ARGUMENTS_OFFSET;
+    return keywords == nullptr ? PyObject_Vectorcall(callable, items_, flags, nullptr)
+                               : PyObject_VectorcallDict(callable, items_, flags, keywords);
+}
+
+namespace {
+
+/// The argument as it is given to Python, or the error result that ends the call before it begins.
+ling::Any settled(const ling::Any& argument) { return ling::internal::result_unwrap_lazy(argument); }
+
+/// Adds one name. None, or the error that ends the call.
+ling::Any addKeyword(PyObject* keywords, const ling::NamedArgument& argument) {
+    const ling::Any value = settled(argument.value);
+    if (ling::internal::is_error_result(value))
+        return value;
+    PyRef name = PyRef::steal(toPythonLocked(argument.name));
+    PyRef converted = name ? PyRef::steal(toPythonLocked(value)) : PyRef();
+    if (!converted)
+        return cannotConvert(name ? value : argument.name);
+    const Py_ssize_t before = PyDict_GET_SIZE(keywords);
+    if (PyDict_SetItem(keywords, name.get(), converted.get()) != 0)
+        return takeResult(nullptr);
+    if (PyDict_GET_SIZE(keywords) == before)
+        return platform::failure(ling::String(u"Repeated argument '{}'.").arg(argument.name));
+    return {};
+}
+
+/// The keywords of a call, or null: with an error in `problem`, or because there are none.
+PyRef makeKeywords(std::span<const ling::NamedArgument> named, ling::Any& problem) {
+    PyRef keywords = PyRef::steal(named.empty() ? nullptr : PyDict_New());
+    if (!keywords && !named.empty())
+        problem = takeResult(nullptr);
+    for (std::size_t i = 0; keywords && i < named.size(); ++i) {
+        problem = addKeyword(keywords.get(), named[i]);
+        if (!problem.isNone())
+            return {};
+    }
+    return keywords;
+}
+
+}  // namespace
+
+ling::Any callPython(PyObject* callable, std::span<const ling::Any> positional,
+                     std::span<const ling::NamedArgument> named) {
+    ArgumentArray converted(positional.size());
+    for (const ling::Any& argument : positional) {
+        ling::Any value = settled(argument);
+        if (ling::internal::is_error_result(value))
+            return value;
+        if (!converted.add(value))
+            return cannotConvert(value);
+    }
+    ling::Any problem;
+    PyRef keywords = makeKeywords(named, problem);
+    return problem.isNone() ? takeResult(converted.call(callable, keywords.get())) : problem;
 }
 
 ling::Any takeResult(PyObject* result) {

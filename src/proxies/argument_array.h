@@ -3,9 +3,11 @@
 #include <Python.h>
 
 #include "ling/any.h"
+#include "ling/function.h"
 
 #include <cstddef>
 #include <memory>
+#include <span>
 
 namespace ling::python {
 
@@ -20,9 +22,10 @@ public:
 
     /// Converts `value`. False when it has no Python form; a Python error may be pending then.
     bool add(const ling::Any& value);
-    /// Calls with all that was added, by position. A new reference, or null with the Python error set, which is a
-    /// `RecursionError` where mutual calls have used the stack of this thread up.
-    PyObject* call(PyObject* callable) const;
+    /// Calls with all that was added, by position, and with the names of a dictionary, where there is one. A new
+    /// reference, or null with the Python error set, which is a `RecursionError` where mutual calls have used the stack
+    /// of this thread up.
+    PyObject* call(PyObject* callable, PyObject* keywords = nullptr) const;
 
 private:
     static constexpr std::size_t kSmall = 6;
@@ -32,6 +35,13 @@ private:
     PyObject** items_;
     std::size_t count_ = 0;
 };
+
+/// Calls `callable` with converted arguments: Python's own call, whose names are keywords and whose defaults are the
+/// callee's. Answers the converted result, or an error result: an argument that is one, "Unable to convert an argument:
+/// {}.", "Repeated argument '{}'.", or what the call raised. What the conversion of the result leaves pending stays
+/// pending.
+ling::Any callPython(PyObject* callable, std::span<const ling::Any> positional,
+                     std::span<const ling::NamedArgument> named = {});
 
 /// The converted result of a call, or the pending exception as an error result. Takes `result` over; null is a failure.
 /// What a conversion leaves pending stays pending.

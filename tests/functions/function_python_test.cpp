@@ -87,6 +87,55 @@ TEST_F(FunctionPython, CallsByPositionAndByName) {
     EXPECT_EQ(text("len(calls)"), "3");
 }
 
+/// Calls by name, beside what Python answers to the same call.
+constexpr const char* kByName[] = {
+    "a=1, c=2", "b=3, c=2, a=1", "c=2", "a=1", "a=1, c=2, x=5, y=6", "", "a=1, c=2, text='\\u00e4'",
+};
+
+TEST_F(FunctionPython, NamesAreKeywordsAndWhatIsLeftOutIsTheCallees) {
+    {
+        GilGuard gil;
+        define("function_test_callables", R"(
+def every(a, b=float('inf'), *rest, c, d=2**70, **more): return [a, b, rest, c, d, more]
+class Made:
+    def __init__(self, *all, **names): self.given = repr((all, names))
+    def __str__(self): return self.given
+    def method(self, a, *, b=3): return (a, b)
+def one_name(*, a): return a
+one_name.__signature__ = 5
+def outcome(call):
+    try: return repr(call())
+    except Exception as error: return str(error)
+def given(*all, **names): return all, names
+)");
+    }
+    const std::string before =
+        "import json\nfrom function_test_callables import every, Made, one_name, outcome, given\n";
+    for (const char* arguments : kByName) {
+        const std::string named = arguments;
+        EXPECT_EQ(
+            script(before + "names = given(" + named + ")[1]\nby_ling = outcome(lambda: call(every, 'invokeWith', " +
+                   "names))\nreturn (by_ling == outcome(lambda: every(" + named + ")), by_ling)[0] or by_ling"),
+            "true")
+            << named;
+    }
+    const ScriptRow rows[] = {
+        {"positions and names", "call(every, 'bindArgs', 1, 2, 3)(c=4, x=5)",
+         "[1, 2, (3,), 4, 1180591620717411303424, {'x': 5}]"},
+        {"no signature", "call(one_name, 'invokeWith', {'a': 7})", "7"},
+        {"built-in", "call(json.dumps, 'bindArgs', [1])(indent=2)", "'[\\n  1\\n]'"},
+        {"built-in without a signature", "sorted(call(dict, 'invokeWith', {'b': 1, 'a': 2}).items())",
+         "[('a', 2), ('b', 1)]"},
+        {"method", "call(Made().method, 'invokeWith', {'b': 1, 'a': 2})", "(2, 1)"},
+        {"class", "str(call(Made, 'bindArgs', 1)(x=2))", "\"((1,), {'x': 2})\""},
+        {"no text", "call(one_name, 'invokeWith', {1: 7})",
+         "RuntimeError: Argument names of 'one_name' must be text, not 1."},
+        {"an error", "call(one_name, 'invokeWith', {'a': ValueError('x')})", "RuntimeError: x"},
+    };
+    for (const ScriptRow& row : rows)
+        EXPECT_EQ(outcome(before, row), row.expected) << row.name;
+}
+
 struct FailureCase {
     const char* name;
     const char* code;
@@ -113,6 +162,8 @@ TEST_F(FunctionPython, RefusesWhatCannotBeCalled) {
     PyRef opaque = eval("opaque");
     const ling::Any function = ling::python::functionFromPython(opaque.get());
     EXPECT_EQ(messageOf(function.propertyValue(ling::I_Invokable_Generic::$$signature)), "Unable to fetch signature.");
+    EXPECT_EQ(messageOf(ling::unchecked<ling::I_Invokable_Generic>(function).signature().error()),
+              "Unable to fetch signature.");
     EXPECT_EQ(PyErr_Occurred(), nullptr);
 }
 

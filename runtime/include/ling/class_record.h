@@ -22,6 +22,9 @@ struct class_hooks {
     Any (*construct)(const Class_Generic& cls, std::span<const Any> arguments) = nullptr;
     /// Calls an instance by position, in place of its method `$invoke`.
     Any (*invoke)(const Any& self, std::span<const Any> arguments) = nullptr;
+    /// Calls an instance by position and by name; the default binds the arguments by its signature.
+    Any (*invokeNamed)(const Any& self, std::span<const Any> positional,
+                       std::span<const NamedArgument> named) = nullptr;
     /// Runs when the last reference to an instance goes, while its fields are still whole, on that thread. No lock
     /// of the runtime is held.
     void (*finalize)(object_value_object& instance) = nullptr;
@@ -113,6 +116,7 @@ public:
 
     /// A class that is called makes an instance.
     Any invoke(std::span<const Any> arguments) override;
+    Any invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) override;
     /// The method by which the class answers look-ups itself, when it overrides the protocol of `Any`.
     const found_member& methodProtocol() const;
     const found_member& propertyProtocol() const;
@@ -157,6 +161,7 @@ public:
     virtual Any field(std::size_t position) const;
     virtual void setField(std::size_t position, Any value);
     Any invoke(std::span<const Any> arguments) override;
+    Any invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) override;
 
 protected:
     void aboutToDie() noexcept override;

@@ -37,6 +37,8 @@ class field_ident_untyped;
 class method_ident_untyped;
 class property_ident_untyped;
 
+struct NamedArgument;
+
 template <class T>
 class Result;
 

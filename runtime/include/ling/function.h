@@ -11,6 +11,10 @@
 namespace ling {
 
 /// How an argument reaches a parameter.
+///
+/// A callee that takes arguments by position alone (native code, a method `$invoke`) is handed one value for each
+/// parameter in the order of the signature, defaults filled in, a map of names for "**name", and after them the
+/// positions that "*name" takes, wherever in the signature that stands.
 enum class ParameterMode : std::uint8_t {
     Ordinary,            ///< By position or by name.
     PositionalOnly,      ///< By position.
@@ -62,6 +66,12 @@ public:
     static Type getType();
 };
 
+/// One argument of a call by name.
+struct NamedArgument {
+    String name;
+    Any value;
+};
+
 namespace internal {
 inline Any any_of(const Any& value) { return value; }
 inline Any any_of(const char* utf8) { return String(utf8); }
@@ -94,8 +104,10 @@ public:
     /// By position, from a sequence (a snapshot is taken), or by name, from a map of names.
     Any invokeWith(const I_Sequence_Generic& arguments) const;
     Any invokeWith(const I_Map_Generic& arguments) const;
-    /// Both: positions first, then names for what they left open.
+    /// Both: positions first, then names for what they left open. A callee of another language gets the names as its
+    /// own kind of named arguments, and what is left out is its business; every other has them bound by its signature.
     Any invokeWith(std::span<const Any> positional, const I_Map_Generic& named) const;
+    Any invokeWith(std::span<const Any> positional, std::span<const NamedArgument> named) const;
 
     Result<Signature> signature() const;
     Type resultType() const;  ///< Untyped when there is no signature. For a class: the type of its instances.
@@ -140,7 +152,7 @@ public:
     virtual String doc() const = 0;
     virtual Result<Signature> signature() const = 0;
     virtual bool isIndependent() const noexcept = 0;
-    /// Replaces the defaults of the last parameters, as many as `defaults` has. None, or an error result.
+    /// Replaces the defaults of the last parameters that go by position, as many as `defaults` has. None, or an error result.
     virtual Any setParameterDefaults(std::span<const Any> defaults);
     /// The class that declares this method: the first one, where several do. A none handle when there is none (any
     /// more): a class keeps its methods, not they it.
@@ -160,6 +172,7 @@ public:
     Any invoke(std::span<const Any> arguments) override {
         return isExact(arguments) ? call(arguments) : invokeAdjusted(arguments);
     }
+    Any invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) override;
     String name() const final { return name_; }
     String doc() const final { return doc_; }
     Result<Signature> signature() const final;
@@ -167,7 +180,7 @@ public:
     Any setParameterDefaults(std::span<const Any> defaults) final;
 
 protected:
-    /// As many arguments as there are parameters; more only for a variadic function.
+    /// One argument for each parameter, and the rest of a variadic function: the order is that of `ParameterMode`.
     virtual Any call(std::span<const Any> arguments) = 0;
     /// The standard error for an argument of the wrong type.
     Any argumentError(std::size_t index, const Any& found) const;
@@ -178,7 +191,8 @@ protected:
 private:
     String name_;
     String doc_;
-    Signature signature_;  // Guarded by guard(): its defaults may be replaced.
+    Signature signature_;   // Guarded by guard(): its defaults may be replaced.
+    bool byPositionAlone_;  // No parameter goes by name only.
     std::size_t exactCount_;
     bool independent_;
 };
@@ -192,7 +206,7 @@ public:
         return FunctionCL_Generic(Any::adopt(function));
     }
     String name() const { return record()->name(); }
-    /// `defaults` belong to the last parameters, in order. None, or an error result when there are too many.
+    /// `defaults` belong to the last parameters that go by position, in order. None, or an error result when there are too many.
     Any setParameterDefaults(std::span<const Any> defaults) const { return record()->setParameterDefaults(defaults); }
     Any setParameterDefaults(std::initializer_list<Any> defaults) const {
         return setParameterDefaults(std::span<const Any>(defaults.begin(), defaults.size()));

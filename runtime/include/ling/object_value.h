@@ -50,6 +50,9 @@ public:
     virtual Any lock();
     /// Calls the value by position. `arguments` are borrowed. An error result when it cannot be called.
     virtual Any invoke(std::span<const Any> arguments);
+    /// Calls the value by position and by name. Without an answer of its own the value is called by position, with what
+    /// its signature makes of the arguments (see `ParameterMode`).
+    virtual Any invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named);
 
     spin_lock& guard() const noexcept { return guard_; }
     /// Members of this one object and its weak-reference anchor, made on first use. Null until then for `find`.

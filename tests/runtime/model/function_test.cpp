@@ -84,6 +84,79 @@ INSTANTIATE_TEST_SUITE_P(
                  u"error: Superfluous argument 3 of 'describe': it takes 3, 4 were given."}),
     [](const auto& row) { return row.param.name; });
 
+/// Answers the arguments that it was called with, one for each parameter and then the rest.
+class Shown final : public internal::object_value_native_function {
+public:
+    Shown()
+        : object_value_native_function(
+              u"shown",
+              Signature({Parameter(u"a", Type(), ParameterMode::PositionalOnly), Parameter(u"b"),
+                         Parameter(u"rest", Type(), ParameterMode::VariadicPositional),
+                         Parameter(u"c", Type(), ParameterMode::NameOnly),
+                         Parameter(u"d", Type(), ParameterMode::NameOnly, 4),
+                         Parameter(u"more", Type(), ParameterMode::VariadicNamed)},
+                        Type()),
+              String(), true) {}
+
+protected:
+    Any call(std::span<const Any> arguments) override {
+        return List_Generic(std::vector<Any>(arguments.begin(), arguments.end()));
+    }
+};
+
+const struct {
+    std::vector<int> positional;
+    std::vector<std::pair<const char16_t*, int>> named;
+    const char16_t* outcome;
+} kEveryMode[] = {
+    {{1, 2}, {{u"c", 3}}, u"[1, 2, 3, 4, {}]"},
+    {{1}, {{u"d", 5}, {u"c", 3}, {u"b", 2}}, u"[1, 2, 3, 5, {}]"},
+    {{1, 2, 6, 7}, {{u"c", 3}}, u"[1, 2, 3, 4, {}, 6, 7]"},
+    {{1, 2, 6}, {{u"c", 3}, {u"x", 8}, {u"a", 9}}, u"[1, 2, 3, 4, {'x': 8, 'a': 9}, 6]"},
+    {{1, 2}, {}, u"error: Missing argument 'c' of 'shown'."},
+    {{}, {{u"a", 1}, {u"b", 2}, {u"c", 3}}, u"error: Missing argument 'a' of 'shown'."},
+    {{1, 2, 6}, {{u"c", 3}, {u"b", 5}}, u"error: Repeated argument 'b' of 'shown'."},
+    {{1, 2}, {{u"c", 3}, {u"c", 4}}, u"error: Repeated argument 'c' of 'shown'."},
+    {{1, 2}, {{u"c", 3}, {u"x", 4}, {u"x", 5}}, u"error: Repeated argument 'x' of 'shown'."},
+};
+
+TEST(Function, EveryModeOfParameterGetsItsArguments) {
+    const FunctionCL_Generic shown = FunctionCL_Generic::adopt(new Shown);
+    for (const auto& row : kEveryMode) {
+        SCOPED_TRACE(String(row.outcome).toStdString());
+        const std::vector<Any> positional(row.positional.begin(), row.positional.end());
+        std::vector<NamedArgument> named;
+        for (const auto& [name, value] : row.named)
+            named.push_back({name, value});
+        EXPECT_EQ(textOf(shown.invokeWith(positional, named)), row.outcome);
+        if (positional.empty())
+            continue;
+        const I_Invokable_Generic bound = shown.bindArgs(positional.front());
+        EXPECT_EQ(textOf(bound.invokeWith(std::span(positional).subspan(1), named)), row.outcome);
+    }
+    EXPECT_TRUE(shown.setParameterDefaults({7}).isNone());
+    EXPECT_EQ(shown.signature()->toString(), u"(a, /, b=7, *rest, c, d=4, **more)");
+    EXPECT_EQ(textOf(shown.propertyValue(I_Invokable_Generic::$$defaults)), u"[7]");
+    EXPECT_EQ(shown.bindArgs(1, 2, 6).signature()->toString(), u"(*rest, c, d=4, **more)");
+}
+
+TEST(Function, AClassBindsTheNamesOfItsInitialiser) {
+    const field_ident_untyped $given("given");
+    const auto initialise = [&](const Any& self, const Any& a, const Any& b) {
+        return self.setFieldValue($given, Tuple_Generic({a, b}));
+    };
+    const Class_Generic cls =
+        internal::defclass_impl("Named", "").field($given).method(Any::$__init__, "a, b", initialise).build();
+    const Any one[] = {1};
+    const NamedArgument named[] = {{u"b", 2}};
+    EXPECT_EQ(textOf(cls.invokeWith(one, named).fieldValue($given)), u"(1, 2)");
+    EXPECT_EQ(textOf(cls.invokeWith({}, named)), u"error: Missing argument 'a' of 'Named'.");
+    const Class_Generic shown =
+        internal::defclass_impl("ShownClass", "").method(Any::$__init__, FunctionCL_Generic::adopt(new Shown)).build();
+    const NamedArgument alone[] = {{u"c", 2}};
+    EXPECT_FALSE(internal::is_error_result(shown.invokeWith(one, alone)));
+}
+
 TEST(Function, RestParametersTakeWhatRemains) {
     const auto join =
         make_function("join", "separator, parts", [](const String& separator, std::span<const Any> parts) {
