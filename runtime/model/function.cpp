@@ -141,6 +141,7 @@ public:
     String name() const override { return nameOf(target_); }
     String doc() const override { return docOf(target_); }
     bool isIndependent() const noexcept override { return true; }
+    function_identity identity() const noexcept override { return {target_.object(), leading_}; }
 
     Result<Signature> signature() const override {
         Result<Signature> whole = target_.signature();
@@ -293,8 +294,8 @@ Result<FunctionCL_Generic> FunctionCL_Generic::cast(const Any& value) {
     return Result<FunctionCL_Generic>::failure(internal::cast_error(value, getClass()));
 }
 const Class_Generic& FunctionCL_Generic::getClass() {
-    static const Class_Generic& cls =
-        *new Class_Generic(internal::runtime_made_class("Function", {I_Invokable_Generic::getClass()}));
+    static const Class_Generic& cls = *new Class_Generic(
+        internal::runtime_made_class("Function", {I_Invokable_Generic::getClass(), I_Immutable::getClass()}));
     return cls;
 }
 Type FunctionCL_Generic::getType() { return Type(getClass()); }

@@ -118,6 +118,7 @@ std::int64_t comparison_run::compareContent(const Any& a, const Any& b) {
         case order_group::Set:
             return compareSets(a, b);
         case order_group::Function:
+            return compare_functions(a, b);
         case order_group::Class:
         case order_group::Object:
             break;

@@ -1,5 +1,6 @@
 #include "ling/byte_array.h"
 #include "ling/comparison.h"
+#include "ling/function.h"
 #include "ling/list.h"
 #include "services/class_answer.h"
 #include "services/number_order.h"
@@ -26,6 +27,16 @@ constexpr std::uint64_t kTupleStep = 0xC949C7DEFEB1B2E9ULL;
 
 std::int64_t hashOfIdentity(const Any& value) noexcept {
     return static_cast<std::int64_t>(mix(value.rawBits(), internal::content_hash::kFirst));
+}
+
+/// By what compares equal: a bound method by its function and its receiver, each as the very thing it is.
+std::int64_t hashOfFunction(const Any& value) noexcept {
+    const auto* function = static_cast<const internal::object_value_function*>(value.object());
+    const internal::function_identity identity = function->identity();
+    std::uint64_t state = mix(reinterpret_cast<std::uintptr_t>(identity.target), internal::content_hash::kFirst);
+    for (const Any& argument : identity.leading)
+        state = mix(state ^ argument.rawBits(), kTupleStep);
+    return static_cast<std::int64_t>(state);
 }
 
 /// A tuple whose items are being hashed. Tuples in tuples are kept in a list, not on the stack.
@@ -89,10 +100,11 @@ private:
             case order_group::Tuple:
                 open_.push_back({value});
                 return 0;
+            case order_group::Function:
+                return hashOfFunction(value);
             case order_group::List:
             case order_group::Map:
             case order_group::Set:
-            case order_group::Function:
             case order_group::Class:
             case order_group::Object:
                 break;

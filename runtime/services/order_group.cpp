@@ -1,10 +1,12 @@
 #include "services/order_group.h"
 
 #include "ling/class_record.h"
+#include "ling/function.h"
 #include "ling/string.h"
 #include "services/number_order.h"
 
 #include <array>
+#include <utility>
 
 namespace ling::internal {
 
@@ -34,6 +36,9 @@ int order(T a, T b) noexcept {
 
 std::uintptr_t place(const object_value* object) noexcept { return reinterpret_cast<std::uintptr_t>(object); }
 
+/// Differs for any two values that are not the same, with the immediates of one pattern told apart by their kind.
+std::pair<std::uint64_t, Kind> identityKey(const Any& value) noexcept { return {value.rawBits(), value.kind()}; }
+
 }  // namespace
 
 order_group order_group_of(const Any& value) noexcept {
@@ -52,6 +57,19 @@ int compare_identity(const Any& a, const Any& b) noexcept {
         return order(a.isHeap(), b.isHeap());
     const int byClass = order(place(a.object()->ownClass()), place(b.object()->ownClass()));
     return byClass != 0 ? byClass : order(place(a.object()), place(b.object()));
+}
+
+int compare_functions(const Any& a, const Any& b) noexcept {
+    const function_identity left = static_cast<const object_value_function*>(a.object())->identity();
+    const function_identity right = static_cast<const object_value_function*>(b.object())->identity();
+    if (left.target != right.target)
+        return order(place(left.target), place(right.target));
+    if (left.leading.size() != right.leading.size())
+        return order(left.leading.size(), right.leading.size());
+    for (std::size_t i = 0; i < left.leading.size(); ++i)
+        if (!left.leading[i].isSameAs(right.leading[i]))
+            return order(identityKey(left.leading[i]), identityKey(right.leading[i]));
+    return 0;
 }
 
 }  // namespace ling::internal

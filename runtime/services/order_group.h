@@ -30,4 +30,7 @@ order_group order_group_of(const Any& value) noexcept;
 /// place in memory. It holds as long as both live.
 int compare_identity(const Any& a, const Any& b) noexcept;
 
+/// The order of two functions, by what they are known by. Zero for a method of one object that was bound twice.
+int compare_functions(const Any& a, const Any& b) noexcept;
+
 }  // namespace ling::internal

@@ -143,6 +143,12 @@ public:
 
 namespace internal {
 
+/// What a function is known by: two functions are equal when both parts are the same, and hash by them. Borrowed.
+struct function_identity {
+    const object_value* target;    ///< What is called in the end: the function itself, unless it is a bound one.
+    std::span<const Any> leading;  ///< What goes in front of the arguments: a bound method's receiver.
+};
+
 /// A function value. What is called, and with which arguments, is the derived class's to say.
 class LING_EXPORT object_value_function : public object_value {
 public:
@@ -152,6 +158,7 @@ public:
     virtual String doc() const = 0;
     virtual Result<Signature> signature() const = 0;
     virtual bool isIndependent() const noexcept = 0;
+    virtual function_identity identity() const noexcept { return {this, {}}; }
     /// Replaces the defaults of the last parameters that go by position, as many as `defaults` has. None, or an error result.
     virtual Any setParameterDefaults(std::span<const Any> defaults);
     /// The class that declares this method: the first one, where several do. A none handle when there is none (any

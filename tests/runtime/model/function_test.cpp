@@ -157,6 +157,24 @@ TEST(Function, AClassBindsTheNamesOfItsInitialiser) {
     EXPECT_FALSE(internal::is_error_result(shown.invokeWith(one, alone)));
 }
 
+TEST(Function, TwoBindingsOfOneMethodToOneObjectAreEqual) {
+    const FunctionCL_Generic method = make_method("m", "a", [](const Any& self, const Any&) { return self; });
+    const List_Generic one;
+    const List_Generic other;
+    const auto same = [](const Any& a, const Any& b) {
+        EXPECT_EQ(compare_objects(a, b), -compare_objects(b, a));
+        EXPECT_TRUE(compare_objects(a, b) != 0 || hash_of(a) == hash_of(b));
+        return compare_objects(a, b) == 0;
+    };
+    EXPECT_TRUE(same(method.bindArgs(one), method.bindArgs(one)));
+    EXPECT_TRUE(same(method.bindArgs(one, 5), method.bindArgs(one, 5)));
+    EXPECT_FALSE(same(method.bindArgs(one), method.bindArgs(other)));  // Equal lists, but two.
+    EXPECT_FALSE(same(method.bindArgs(one), method.bindArgs(one, 5)));
+    EXPECT_FALSE(same(method.bindArgs(5), method.bindArgs(6)));
+    EXPECT_FALSE(same(method, method.bindArgs(one)));
+    EXPECT_FALSE(same(describe(), describe()));
+}
+
 TEST(Function, RestParametersTakeWhatRemains) {
     const auto join =
         make_function("join", "separator, parts", [](const String& separator, std::span<const Any> parts) {
