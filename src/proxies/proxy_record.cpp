@@ -6,14 +6,12 @@
 
 namespace ling::python {
 
-ProxyRecord::~ProxyRecord() {
-    PyObject* held = object_.exchange(nullptr);
-    if (held == nullptr)
+void dropOnAnyThread(PyObject* owned) {
+    if (owned == nullptr)
         return;
     if (GilGuard gil = GilGuard::ifAlive()) {
-        // The object's end may run Python code; an error that is pending around us is not its business.
         PyObject* pending = PyErr_GetRaisedException();
-        Py_DECREF(held);
+        Py_DECREF(owned);
         PyErr_SetRaisedException(pending);
     }
 }

@@ -8,6 +8,11 @@
 
 namespace ling::python {
 
+/// Drops a reference, or none, on whichever thread the last user of it went; keeps the object when no interpreter is
+/// left to drop it in. Takes the interpreter lock. An error that is pending stays: it is not the business of the code
+/// that the object's end may run.
+void dropOnAnyThread(PyObject* owned);
+
 /// What stands behind every proxy: an object of the runtime with one strong reference to a Python object.
 ///
 /// The pointer lives here rather than in the runtime's field storage, so that reading it costs one load. The field
@@ -24,9 +29,7 @@ public:
     void setField(std::size_t position, ling::Any value) override;
 
 protected:
-    /// Takes the interpreter lock, on whichever thread the last reference went; keeps the object when no interpreter is
-    /// left to drop it in.
-    ~ProxyRecord() override;
+    ~ProxyRecord() override { dropOnAnyThread(object_.exchange(nullptr)); }
 
 private:
     bool isObjectField(std::size_t position) const;

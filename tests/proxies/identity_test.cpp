@@ -1,14 +1,17 @@
 #include "bridge/convert.h"
 #include "host/gil_guard.h"
+#include "ling/byte_array.h"
 #include "ling/comparison.h"
 #include "ling/error.h"
 #include "ling/list.h"
 #include "ling/map_interface.h"
+#include "ling/members.h"
 #include "ling/set_interface.h"
 #include "proxies/python_proxy.h"
 #include "proxies/python_type.h"
 #include "support/python_test.h"
 #include "support/script.h"
+#include "support/things.h"
 
 #include <atomic>
 #include <thread>
@@ -169,6 +172,80 @@ TEST_F(PythonTypes, BecomeClassesWithTheirOwnMembers) {
     PyRef five = eval("5");
     EXPECT_EQ(messageOf(ling::python::PythonType::fromPythonType(five.get())), "Not a type.");
     EXPECT_EQ(ling::display((*cls)()), u"a point");  // Calling the class makes an instance.
+}
+
+TEST_F(PythonTypes, ClassMethodsAreBoundToTheirType) {
+    {
+        GilGuard gil;
+        define("identity_test_makers", R"(
+import datetime
+class Maker:
+    @classmethod
+    def make(cls, a, *, b=2): return (cls.__name__, a, b)
+    @staticmethod
+    def static(a): return a + 1
+    refuses = type('Refuses', (classmethod,), {'__get__': lambda *all: 1 / 0})(len)
+class Derived(Maker): pass
+)");
+    }
+    const auto classOf = [&](const char* expression) {
+        GilGuard gil;
+        PyRef type = eval(expression);
+        return *ling::Class_Generic::cast(ling::python::toLing(type.get()));
+    };
+    const auto called = [&](const char* type, const char* method, std::initializer_list<ling::Any> arguments) {
+        return ling::display(classOf(type).callMethod(ling::method_ident_untyped(method), arguments)).toStdString();
+    };
+    EXPECT_EQ(called("Maker", "make", {1}), "('Maker', 1, 2)");
+    EXPECT_EQ(called("Derived", "make", {1}), "('Derived', 1, 2)");
+    EXPECT_EQ(called("Derived", "static", {1}), "2");
+    EXPECT_EQ(called("int", "from_bytes", {ling::ByteArray(std::string_view("\1\2")), ling::String(u"big")}), "258");
+    EXPECT_EQ(called("bool", "from_bytes", {ling::ByteArray(std::string_view("\1")), ling::String(u"big")}), "true");
+    EXPECT_EQ(called("dict", "fromkeys", {ling::Tuple_Generic({5}), 6}), "{5: 6}");
+    EXPECT_EQ(called("datetime.date", "fromordinal", {1}), "0001-01-01");
+    EXPECT_EQ(called("str", "maketrans", {ling::String(u"a"), ling::String(u"b")}), "{97: 98}");
+    const ling::method_ident_untyped make("make");
+    EXPECT_TRUE(ling::method_of(classOf("Maker"), ling::method_ident_untyped("refuses")).isNone());
+    EXPECT_FALSE(ling::property_of(classOf("Maker"), ling::property_ident_untyped("make")).isNone());
+    EXPECT_TRUE(ling::property_of(classOf("int"), ling::property_ident_untyped("from_bytes")).isNone());
+    EXPECT_TRUE(ling::method_of(classOf("Derived"), make)
+                    .propertyValue(ling::I_Invokable_Generic::$$definingClass)
+                    .isSameAs(classOf("Derived")));
+}
+
+TEST_F(PythonTypes, AnAttributeThatStandsForAnErrorIsAValue) {
+    defineThings();
+    EXPECT_EQ(script(R"(
+import sys, unittest.mock
+if not hasattr(sys, '_test_mocked'):
+    def provoke():
+        try: things.refuse('no')
+        except RuntimeError as error: return error.ling
+    class Mocked:
+        mocked = unittest.mock.Mock(spec=ValueError('x'))
+        refused = provoke()
+        after = 5
+    sys._test_mocked = Mocked
+return read(sys._test_mocked, 'after')
+)"),
+              "5");
+}
+
+TEST_F(PythonTypes, ATypeThatDoesNotConvertIsLetGo) {
+    EXPECT_EQ(script(R"(
+import gc, weakref
+class WithoutBases(type):
+    def __getattribute__(cls, name):
+        if name == '__bases__': raise ValueError('no bases')
+        return type.__getattribute__(cls, name)
+class Broken(metaclass=WithoutBases): pass
+gone = weakref.ref(Broken)
+outcome = probe(call, [Broken], 'at', 0)
+del Broken
+gc.collect()
+return [outcome, gone() is None]
+)"),
+              "['RuntimeError: no bases', True]");
 }
 
 TEST_F(PythonTypes, TwoThreadsGetOneClass) {
