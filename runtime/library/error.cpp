@@ -38,6 +38,8 @@ String Error::message() const { return unchecked<String>(record(*this).message()
 Any Error::cause() const { return record(*this).cause(); }
 Any Error::exception() const { return record(*this).exception(); }
 void Error::setException(const Any& exception) const { record(*this).setException(exception); }
+Any Error::origin() const { return record(*this).origin(); }
+void Error::setOrigin(const Any& origin) const { record(*this).setOrigin(origin); }
 
 void Error::setCause(const Any& cause) const {
     if (!cause.isSameAs(*this))  // Nothing is its own cause, and an error that held itself would never be released.
@@ -127,6 +129,9 @@ void define_error_members() {
                       .getter([](const Error& self) { return self.exception(); })
                       .setter([](const Error& self, const Any& exception) { self.setException(exception); })
                       .doc("The exception of another language that this error stands for, or none."))
+        .property("origin", property_builder()
+                                .getter([](const Error& self) { return self.origin(); })
+                                .doc("What the language that the error came from raised, or none."))
         .build();
     extend_class(StopIteration::getClass()).doc("The end of an iteration.").build();
     (void)endMessage();

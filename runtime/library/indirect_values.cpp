@@ -54,6 +54,17 @@ thread_local computation* computation::innermost = nullptr;
 
 }  // namespace
 
+namespace {
+
+/// An error that is kept for good lets go of what it came from: that may hold the frames of those who asked for the
+/// value, which hold the value in turn.
+void forgetOrigin(const Any& computed) {
+    if (is_error_result(computed) && !unchecked<Error>(computed).origin().isNone())
+        unchecked<Error>(computed).setOrigin(Any());
+}
+
+}  // namespace
+
 object_value_lazy::object_value_lazy(std::function<Any()> compute)
     : object_value(Kind::Lazy), compute_(std::make_shared<const std::function<Any()>>(std::move(compute))) {}
 
@@ -79,6 +90,7 @@ object_value_lazy::outcome object_value_lazy::computeOnce() {
         if (!running.isComplete())
             return {std::move(computed), false};
     }
+    forgetOrigin(computed);
     std::lock_guard hold(guard());
     if (compute_ != nullptr) {
         value_.swap(computed);

@@ -6,9 +6,12 @@
 #include "host/cached_import.h"
 #include "host/error_scope.h"
 #include "host/names.h"
+#include "host/platform.h"
 #include "host/py_ref.h"
 #include "ling/comparison.h"
 #include "lingobject/wrapper.h"
+#include "proxies/python_exception.h"
+#include "proxies/python_proxy.h"
 #include "proxies/python_type.h"
 
 #include <unordered_map>
@@ -19,6 +22,7 @@ namespace {
 
 constinit CachedImport formatException{"traceback", "format_exception"};
 constinit const Name kLing{"ling"};
+constinit const Name kNotes{"__notes__"};
 
 // From exceptions to errors.
 
@@ -40,25 +44,20 @@ PyRef carriedValue(PyObject* exception) {
 
 ling::String textOrEmpty(PyObject* object) { return ling::String::cast(toLing(object)).valueOr(ling::String()); }
 
-/// The whole text that Python would show for a syntax error, or empty.
-ling::String formattedText(PyObject* exception) {
-    PyObject* format = formatException.get();
-    PyRef lines = PyRef::steal(format != nullptr ? PyObject_CallOneArg(format, exception) : nullptr);
-    PyRef separator = PyRef::steal(lines ? PyUnicode_New(0, 0) : nullptr);
-    PyRef joined = PyRef::steal(separator ? PyUnicode_Join(separator.get(), lines.get()) : nullptr);
-    ling::String text = textOrEmpty(joined.get());
-    PyErr_Clear();
-    return text;
-}
-
 ling::String messageOf(PyObject* exception) {
     ling::String message;
     if (PyObject_TypeCheck(exception, reinterpret_cast<PyTypeObject*>(PyExc_SyntaxError)) != 0)
-        message = formattedText(exception);
+        message = formattedException(exception);
     if (!message.isEmpty())
         return message;
     PyRef shown = PyRef::steal(PyObject_Str(exception));
     return textOrEmpty(shown.get());
+}
+
+/// What only calls itself an exception, through its `__class__`, can be neither the cause of one nor shown as one.
+void rememberException(const ling::Error& error, PyObject* exception) {
+    if (PyExceptionInstance_Check(exception))
+        platform::rememberOrigin(error, PythonProxy::create(PythonException::getClass(), exception));
 }
 
 // From errors to exceptions.
@@ -68,11 +67,36 @@ ling::Class_Generic resolvedClass(const ling::Any& value) {
     return ling::Class_Generic::cast(ling::internal::unwrap(value)).valueOr(ling::Class_Generic());
 }
 
+/// Makes the exception that `error` came from the cause of the pending one, so that a traceback begins where it began.
+void nameCause(const ling::Error& error) {
+    const ling::Any origin = platform::originOf(error);
+    PyObject* cause = PythonProxy::pythonObject(origin);
+    if (cause == nullptr || !PyExceptionInstance_Check(cause))
+        return;
+    PyObject* raised = PyErr_GetRaisedException();
+    PyException_SetCause(raised, Py_NewRef(cause));
+    PyErr_SetRaisedException(raised);
+}
+
 PyObject* raiseText(PyObject* exceptionClass, const ling::Error& error) {
     PyRef text = PyRef::steal(textToPython(error.message()));
-    if (text)
-        PyErr_SetObject(exceptionClass, text.get());
+    if (!text)
+        return nullptr;
+    PyErr_SetObject(exceptionClass, text.get());
+    nameCause(error);
     return nullptr;
+}
+
+/// The message stands below the exception in a traceback, as the exception's own text is empty.
+void addNote(PyObject* exception, const ling::Error& error) {
+    const ling::String message = error.message();
+    PyRef text = PyRef::steal(message.isEmpty() ? nullptr : textToPython(message));
+    PyRef list = PyRef::steal(text ? PyList_New(0) : nullptr);
+    PyObject* key = kNotes.object();
+    const bool isAdded = list && key != nullptr && PyList_Append(list.get(), text.get()) == 0 &&
+                         PyObject_SetAttr(exception, key, list.get()) == 0;
+    if (!isAdded)
+        PyErr_Clear();
 }
 
 void attachError(PyObject* exception, const ling::Error& error) {
@@ -116,7 +140,19 @@ ling::Any errorFromException(PyObject* exception) {
     // For every other type `errorClassOf` gives the class of a Python type, whose errors are plain ones, or the plain
     // class itself. To know that, the class of the type need not be made, which would keep both for ever: a program
     // may define an exception class in each of its calls.
-    return ling::Error(message, true);
+    const ling::Error error(message, true);
+    rememberException(error, exception);
+    return error;
+}
+
+ling::String formattedException(PyObject* exception) {
+    PyObject* format = formatException.get();
+    PyRef lines = PyRef::steal(format != nullptr ? PyObject_CallOneArg(format, exception) : nullptr);
+    PyRef separator = PyRef::steal(lines ? PyUnicode_New(0, 0) : nullptr);
+    PyRef joined = PyRef::steal(separator ? PyUnicode_Join(separator.get(), lines.get()) : nullptr);
+    ling::String text = textOrEmpty(joined.get());
+    PyErr_Clear();
+    return text;
 }
 
 ling::Class_Generic errorClassOf(PyObject* exceptionType) {
@@ -169,7 +205,10 @@ PyObject* raiseError(const ling::Error& error) {
         return raiseText(exceptionClass, error);
     }
     attachError(exception.get(), error);
+    if (exceptionClass != PyExc_StopIteration)  // Ends loops; nobody sees one.
+        addNote(exception.get(), error);
     PyErr_SetObject(exceptionClass, exception.get());
+    nameCause(error);
     return nullptr;
 }
 

@@ -13,9 +13,14 @@ namespace ling::python {
 /// for one carries it in its attribute "ling". Everything here needs the interpreter lock.
 
 /// An instance of `Exception` as a `ling` value: what its attribute "ling" holds, else an error result with the text of
-/// `str(exception)`; for a syntax error the whole text of `traceback.format_exception`. Whatever goes wrong in asking
-/// the exception is forgotten: nothing is pending afterwards that was not before.
+/// `str(exception)`; for a syntax error the whole text of `traceback.format_exception`. Such an error remembers the
+/// exception as its origin (`PythonException`). Whatever goes wrong in asking the exception is forgotten: nothing is
+/// pending afterwards that was not before.
 ling::Any errorFromException(PyObject* exception);
+
+/// The whole text that Python shows for an exception: `traceback.format_exception`, joined. Empty where that cannot be
+/// had, with nothing pending. Runs Python code.
+ling::String formattedException(PyObject* exception);
 
 /// The `ling` class of the error for exceptions of this Python type: `StopIteration` for exactly that, else the class
 /// for the type if its instances are errors, else `Error`. Null gives `Error`.
@@ -32,7 +37,8 @@ PyObject* exceptionClassRaisedFor(const ling::Class_Generic& cls);
 
 /// Makes `error` the pending Python exception, in place of one that is pending already. Always answers null, for
 /// callers that pass it on. A plain `Error` becomes a `RuntimeError` with its message; any other an instance, made
-/// without arguments, of the class that stands for its own, with the error in the attribute "ling".
+/// without arguments, of the class that stands for its own, with the error in the attribute "ling" and its message as a
+/// note. Where the error came from an exception, that one is the cause (`__cause__`).
 PyObject* raiseError(const ling::Error& error);
 
 }  // namespace ling::python

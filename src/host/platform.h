@@ -22,6 +22,11 @@ namespace ling::python::platform {
 /// An error result with a text of ours.
 inline ling::Any failure(const ling::String& message) { return ling::Error(message, true); }
 
+/// What an error remembers of where it came from, besides what the common names have: a value, or none. Nothing but
+/// this plug-in and those who ask for the reason of an error look at it.
+inline void rememberOrigin(const ling::Error& error, const ling::Any& origin) { error.setOrigin(origin); }
+inline ling::Any originOf(const ling::Error& error) { return error.origin(); }
+
 /// The text in the wide form that `PyConfig` takes.
 inline std::wstring wideText(const ling::String& text) { return text.toWide(); }
 /// Where the last `unit` stands in `text`, or -1.

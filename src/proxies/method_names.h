@@ -24,6 +24,7 @@ inline constinit const Name index{"index"};
 inline constinit const Name insert{"insert"};
 inline constinit const Name keys{"keys"};
 inline constinit const Name module{"__module__"};
+inline constinit const Name notes{"__notes__"};
 inline constinit const Name pop{"pop"};
 inline constinit const Name remove{"remove"};
 inline constinit const Name values{"values"};

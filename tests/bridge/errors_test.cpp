@@ -2,6 +2,7 @@
 
 #include "bridge/convert.h"
 #include "ling/class_builder.h"
+#include "ling/comparison.h"
 #include "support/describe.h"
 #include "support/python_test.h"
 
@@ -112,6 +113,46 @@ TEST_F(ErrorsTest, APendingExceptionBecomesAnErrorAndIsTakenAway) {
         const std::string text = fetched();
         EXPECT_EQ(std::string(text.c_str()), row.expected);
     }
+}
+
+TEST_F(ErrorsTest, AnErrorCanBeAskedForItsException) {
+    GilGuard gil;
+    raise(
+        "import errors_test_raised, weakref\n"
+        "error = NoText('x')\nerror.add_note('first')\nerror.__notes__.append(5)\n"
+        "errors_test_raised.alive = weakref.ref(error)\n"
+        "def deep(): raise error\ndeep()");
+    PyRef alive;
+    {
+        const Any result = takePythonError();
+        alive = eval("__import__('errors_test_raised').alive");
+        const auto error = ling::Error::cast(result);
+        ASSERT_TRUE(error);
+        EXPECT_TRUE(error->exception().isNone());
+        const Any origin = error->propertyValue(ling::property_ident_untyped("origin"));
+        const auto read = [&](const char* name) {
+            return ling::display(origin.propertyValue(ling::property_ident_untyped(name))).toStdString();
+        };
+        EXPECT_EQ(read("className"), "errors_test_raised.NoText");
+        EXPECT_EQ(read("notes"), "['first', '5']");
+        EXPECT_NE(read("traceback").find("in deep\nerrors_test_raised.NoText: <exception str() failed>\nfirst\n5"),
+                  std::string::npos)
+            << read("traceback");
+        PyRef exception = PyRef::steal(PyObject_CallNoArgs(alive.get()));
+        PyRef back = PyRef::steal(toPython(origin));
+        EXPECT_EQ(back.get(), exception.get());
+    }
+    run("import gc\ngc.collect()");  // The exception is also among the names of the statements that raised it.
+    PyRef gone = PyRef::steal(PyObject_CallNoArgs(alive.get()));
+    EXPECT_EQ(gone.get(), Py_None);
+}
+
+TEST_F(ErrorsTest, WhatOnlyCallsItselfAnExceptionHasNoOrigin) {
+    GilGuard gil;
+    PyRef mock = eval("__import__('unittest.mock').mock.Mock(spec=ValueError('x'))");
+    const auto error = ling::Error::cast(toLing(mock.get()));
+    ASSERT_TRUE(error);
+    EXPECT_TRUE(error->origin().isNone());
 }
 
 TEST_F(ErrorsTest, WithNothingPendingThereIsNoError) {

@@ -228,9 +228,10 @@ TEST_F(ToLingTest, TakesTheLockItself) {
     Py_DecRef(number);
 }
 
-TEST_F(ToLingTest, AProxyKeepsItsObjectAliveAndNothingElseDoes) {
+TEST_F(ToLingTest, AProxyOrAnErrorKeepsItsObjectAliveAndNothingElseDoes) {
     GilGuard gil;
-    for (const char* expression : {"[1]", "{1: 2}", "set([1])", "iter([1])", "type('C', (), {})()", "lambda: 0"}) {
+    for (const char* expression :
+         {"[1]", "{1: 2}", "set([1])", "iter([1])", "type('C', (), {})()", "lambda: 0", "ValueError('x')"}) {
         SCOPED_TRACE(expression);
         PyRef object = eval(expression);
         const Py_ssize_t before = Py_REFCNT(object.get());
@@ -245,7 +246,7 @@ TEST_F(ToLingTest, AProxyKeepsItsObjectAliveAndNothingElseDoes) {
 TEST_F(ToLingTest, ValuesKeepNoReference) {
     GilGuard gil;
     define("to_ling_test_classes", kClasses);
-    for (const char* expression : {"'long text' * 50", "b'bytes' * 50", "2 ** 40 + 1", "1.5 + 1e-9", "ValueError('x')",
+    for (const char* expression : {"'long text' * 50", "b'bytes' * 50", "2 ** 40 + 1", "1.5 + 1e-9",
                                    "decimal.Decimal('1.5')", "datetime.datetime(2024, 2, 29)", "2 ** 70", "1j"}) {
         SCOPED_TRACE(expression);
         PyRef object = eval(expression);

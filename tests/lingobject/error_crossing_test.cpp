@@ -83,7 +83,23 @@ constexpr ScriptRow kRows[] = {
      "def fails(): raise ValueError('inner')\n"
      "error = caught(puppets.thrice, lambda: puppets.thrice(fails))\nreturn repr(error)",
      "RuntimeError('inner')"},
-    {"TakesANote", "error = caught(things.refuse, 'no')\nerror.add_note('seen')\nreturn error.__notes__", "['seen']"},
+    {"TakesANote", "error = caught(things.refuse, 'no')\nerror.add_note('seen')\nreturn error.__notes__",
+     "['no', 'seen']"},
+    {"MessageIsANote", "import traceback\nreturn traceback.format_exception_only(caught(things.refuse, 'no'))",
+     "['things.Refusal\\n', 'no\\n']"},
+    {"CauseIsTheExceptionThatWentIn",
+     "def fails(): raise ValueError('inner')\n"
+     "error = caught(puppets.thrice, fails)\n"
+     "import traceback\nlast = traceback.extract_tb(error.__cause__.__traceback__)[-1].name\n"
+     "return [repr(error.__cause__), error.__suppress_context__, last, hasattr(error, 'ling')]",
+     "[\"ValueError('inner')\", True, 'fails', False]"},
+    {"EachCrossingHasItsCause",
+     "def fails(): raise ValueError('inner')\n"
+     "error = caught(puppets.thrice, lambda: puppets.thrice(fails))\n"
+     "return [repr(error.__cause__), repr(error.__cause__.__cause__)]",
+     "[\"RuntimeError('inner')\", \"ValueError('inner')\"]"},
+    {"ErrorOfLingHasNoCause", "caught(ling.List, 5).__cause__", "None"},
+    {"ErrorClassHasNoCause", "caught(puppets.thrice, lambda: things.refuse('no')).__cause__", "None"},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, ErrorCrossing, testing::ValuesIn(kRows), [](const auto& row) { return row.param.name; });
 

@@ -100,7 +100,7 @@ constexpr ScriptRow kCopies[] = {
      "try: things.refuse('no')\nexcept things.Refusal.exception as error:\n    error.add_note('really')\n"
      "    return same(lambda way: [type(way(error)) is type(error), ling.display(way(error).ling), "
      "way(error).__notes__])",
-     "[True, 'no', ['really']]"},
+     "[True, 'no', ['no', 'really']]"},
     {"AnExceptionOfAScriptsOwn", "return same(lambda way: type(way(things.Refusal.exception())).__name__)",
      "'Refusal'"},
     {"AnotherObject", "return same(lambda way: way(t))",

@@ -27,6 +27,10 @@ public:
     /// The foreign exception that this error stands for, as its language gave it, or none.
     Any exception() const;
     void setException(const Any& exception) const;
+    /// What the language that the error came from raised, or none: it can be asked for more than the message says. The
+    /// error keeps it alive. Unlike `exception`, it changes nothing in how the error is raised again.
+    Any origin() const;
+    void setOrigin(const Any& origin) const;
 
     /// Any error, flagged or not. Never fails on an error result for being one.
     static Result<Error> cast(const Any& value);
@@ -64,9 +68,11 @@ public:
     Any message() const { return locked(message_); }
     Any cause() const { return locked(cause_); }
     Any exception() const { return locked(exception_); }
+    Any origin() const { return locked(origin_); }
     void setMessage(Any message) { store(message_, std::move(message)); }
     void setCause(Any cause) { store(cause_, std::move(cause)); }
     void setException(Any exception) { store(exception_, std::move(exception)); }
+    void setOrigin(Any origin) { store(origin_, std::move(origin)); }
 
 private:
     Any locked(const Any& part) const;
@@ -75,6 +81,7 @@ private:
     Any message_;
     Any cause_;
     Any exception_;
+    Any origin_;
 };
 
 /// An error result of the class `Error`.
