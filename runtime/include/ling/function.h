@@ -159,7 +159,8 @@ public:
     virtual Result<Signature> signature() const = 0;
     virtual bool isIndependent() const noexcept = 0;
     virtual function_identity identity() const noexcept { return {this, {}}; }
-    /// Replaces the defaults of the last parameters that go by position, as many as `defaults` has. None, or an error result.
+    /// Replaces the defaults of the last parameters that go by position, as many as `defaults` has. None, or an error
+    /// result.
     virtual Any setParameterDefaults(std::span<const Any> defaults);
     /// The class that declares this method: the first one, where several do. A none handle when there is none (any
     /// more): a class keeps its methods, not they it.
@@ -213,7 +214,8 @@ public:
         return FunctionCL_Generic(Any::adopt(function));
     }
     String name() const { return record()->name(); }
-    /// `defaults` belong to the last parameters that go by position, in order. None, or an error result when there are too many.
+    /// `defaults` belong to the last parameters that go by position, in order. None, or an error result when there are
+    /// too many.
     Any setParameterDefaults(std::span<const Any> defaults) const { return record()->setParameterDefaults(defaults); }
     Any setParameterDefaults(std::initializer_list<Any> defaults) const {
         return setParameterDefaults(std::span<const Any>(defaults.begin(), defaults.size()));
