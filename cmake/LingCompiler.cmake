@@ -29,3 +29,16 @@ if(LING_SANITIZE)
 else()
     target_link_options(ling_compile_options INTERFACE -Wl,-z,defs)
 endif()
+
+# Reads the standard headers that nearly all sources include once for a target, and with them what else is named: half
+# of what compiling costs. A source still includes what it uses: CMAKE_DISABLE_PRECOMPILE_HEADERS, which CI builds
+# with, shows one that does not.
+function(ling_precompile target)
+    target_precompile_headers(${target} PRIVATE
+        <algorithm> <array> <atomic> <cstdint> <functional> <initializer_list> <memory> <mutex> <optional> <span>
+        <string> <string_view> <tuple> <type_traits> <unordered_map> <utility> <variant> <vector> ${ARGN})
+    # GCC 12 forgets with them that <string> is a system header, and warns of what it makes of it.
+    if(NOT CMAKE_DISABLE_PRECOMPILE_HEADERS)
+        target_compile_options(${target} PRIVATE -Wno-array-bounds)
+    endif()
+endfunction()
