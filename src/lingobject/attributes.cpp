@@ -4,7 +4,6 @@
 #include "ling/class.h"
 #include "ling/error.h"
 #include "ling/function.h"
-#include "ling/indirect_values.h"
 #include "ling/members.h"
 #include "lingobject/instance.h"
 #include "lingobject/member_name.h"
@@ -16,11 +15,6 @@ namespace ling::python {
 namespace {
 
 using ling::internal::identifier_data;
-
-/// The value that members are looked up on: a lazy one is resolved first, since its members are those of its result.
-ling::Any receiverOf(const ling::Any& value) {
-    return value.is(ling::Kind::Lazy) ? ling::internal::result_unwrap_lazy(value) : value;
-}
 
 /// A new reference, or null: with the Python error set, or with nothing pending when there is no such member.
 PyObject* lookUpMember(const ling::Any& value, const identifier_data& name) {
@@ -47,6 +41,13 @@ PyObject* lookUpException(const ling::Any& value, const identifier_data& name) {
     if (!cls || !cls->isAncestor(ling::Error::getClass()))
         return nullptr;
     return Py_XNewRef(exceptionClassRaisedFor(*cls));
+}
+
+/// As Python says it. For a wrapper that stands for another value, whose own type lists the members of the reference:
+/// Python's look-up would find those entries, which are for show.
+PyObject* raiseMissing(PyObject* self, PyObject* name) {
+    PyErr_Format(PyExc_AttributeError, "'%.100s' object has no attribute '%U'", Py_TYPE(self)->tp_name, name);
+    return nullptr;
 }
 
 enum class MessageEnd : bool { Bare, FullStop };
@@ -95,30 +96,33 @@ int deleteMember(const ling::Any& self, PyObject* name, const identifier_data& i
 }  // namespace
 
 PyObject* lookUpAttribute(PyObject* self, PyObject* name) {
+    const Receiver receiver(self);
     if (isPrivateName(name)) {
         PyObject* special = nullptr;
-        return answerSpecialName(valueOf(self), name, special) ? special : PyObject_GenericGetAttr(self, name);
+        return answerSpecialName(*receiver, name, special) ? special : PyObject_GenericGetAttr(self, name);
     }
     const identifier_data* id = memberName(name);
     if (id == nullptr)
         return nullptr;
-    PyObject* found = lookUpMember(receiverOf(valueOf(self)), *id);
+    PyObject* found = lookUpMember(*receiver, *id);
     if (found == nullptr && PyErr_Occurred() == nullptr)
-        found = lookUpException(valueOf(self), *id);
+        found = lookUpException(*receiver, *id);
     if (found != nullptr || PyErr_Occurred() != nullptr)
         return found;
-    return PyObject_GenericGetAttr(self, name);
+    return receiver.isResolved() ? raiseMissing(self, name) : PyObject_GenericGetAttr(self, name);
 }
 
 int assignAttribute(PyObject* self, PyObject* name, PyObject* value) {
     const identifier_data* id = memberName(name);
     if (id == nullptr)
         return -1;
-    const ling::Any receiver = receiverOf(valueOf(self));
+    const Receiver receiver(self);
+    if (failsLate(receiver))
+        return -1;
     if (value == nullptr)
-        return deleteMember(receiver, name, *id);
+        return deleteMember(*receiver, name, *id);
     ling::Any converted;
-    return takeArgument(value, converted) ? assignMember(receiver, name, *id, converted) : -1;
+    return takeArgument(value, converted) ? assignMember(*receiver, name, *id, converted) : -1;
 }
 
 }  // namespace ling::python

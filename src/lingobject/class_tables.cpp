@@ -45,14 +45,14 @@ ling::property_ident_untyped identifierIn(void* closure) {
 }
 
 PyObject* getProperty(PyObject* self, void* closure) {
-    return giveResult(valueOf(self).propertyValue(identifierIn(closure)));
+    return giveResult(Receiver(self)->propertyValue(identifierIn(closure)));
 }
 
 int setProperty(PyObject* self, PyObject* value, void* closure) {
     ling::Any converted;
     if (value != nullptr && !takeArgument(value, converted))
         return -1;
-    return giveOutcome(valueOf(self).setPropertyValue(identifierIn(closure), converted));
+    return giveOutcome(Receiver(self)->setPropertyValue(identifierIn(closure), converted));
 }
 
 /// The entries of the method table are for show. Called through the type, they give nothing.

@@ -14,7 +14,8 @@ struct Instance {
     ling::Any* value;
 };
 
-/// The value that `self`, a wrapper, holds.
+/// The value that `self`, a wrapper, holds. Slots and look-ups work on what it stands for (`Receiver`); only conversion
+/// and what tells about the value itself, its identity and kind, look at this.
 inline const ling::Any& valueOf(PyObject* self) noexcept { return *reinterpret_cast<Instance*>(self)->value; }
 
 /// Whether a value stands for another: a lazy value or a weak reference.
@@ -22,8 +23,9 @@ inline bool isIndirect(const ling::Any& value) noexcept {
     return value.is(ling::Kind::Lazy) || value.is(ling::Kind::Weak);
 }
 
-/// The value that an operation on a wrapper works on: the one that it holds, or the one that this stands for,
-/// which may be an error. The wrapper has to live as long.
+/// The value that an operation on a wrapper works on, in every slot and look-up: the one that it holds, or the one that
+/// this stands for, which may be an error, or none where the target of a weak reference is gone. The wrapper has to
+/// live as long.
 class Receiver {
 public:
     explicit Receiver(PyObject* self) : value_(&valueOf(self)) {

@@ -54,14 +54,14 @@ ling::method_ident_untyped chooseMethod(const ling::Any& value, const BinaryOper
 }
 
 PyObject* applyOperator(const BinaryOperator& row, PyObject* self, const ling::Any& operand) {
-    const ling::Any value = ling::internal::unwrap(valueOf(self));
-    if (raisesItself(value))
+    const Receiver receiver(self);
+    if (raisesItself(*receiver))
         return nullptr;
     bool found = false;
-    const ling::method_ident_untyped method = chooseMethod(value, row, found);
+    const ling::method_ident_untyped method = chooseMethod(*receiver, row, found);
     if (!found)
-        return raise(PyExc_NotImplementedError, ling::String(row.missing).arg(value));
-    return giveResultOrMessage(value.callMethod(method, {operand}));
+        return raise(PyExc_NotImplementedError, ling::String(row.missing).arg(*receiver));
+    return giveResultOrMessage(receiver->callMethod(method, {operand}));
 }
 
 template <const BinaryOperator& Row>
@@ -95,9 +95,6 @@ PyObject* raiseNoLength(const ling::Any& value, const ling::Any& error) {
                            ling::property_of(value, I_Sequence_Generic::$$length).isNone();
     return isUnknown ? raise(noLengthError(), messageOf(error)) : raiseMessage(error);
 }
-
-/// When what a lazy value came to is an error, raises its exception and answers true.
-bool failsLate(const Receiver& receiver) { return receiver.isResolved() && raisesItself(*receiver); }
 
 /// A length for Python, which takes a negative number for a failure. -1 with the Python error set.
 Py_ssize_t giveLength(std::int64_t number) {

@@ -39,9 +39,9 @@ void deallocate(PyObject* self) {
 }
 
 Py_hash_t hash(PyObject* self) {
-    const ling::Any& value = valueOf(self);
-    const std::int64_t number =
-        ling::internal::is_instance<ling::I_Immutable>(value) ? ling::hash_of(value) : ling::object_id(value);
+    const Receiver receiver(self);  // What compares as its target does hashes as that, too.
+    const std::int64_t number = ling::internal::is_instance<ling::I_Immutable>(*receiver) ? ling::hash_of(*receiver)
+                                                                                          : ling::object_id(*receiver);
     return number == -1 ? -2 : static_cast<Py_hash_t>(number);
 }
 
@@ -49,15 +49,18 @@ PyObject* compare(PyObject* self, PyObject* other, int operation) {
     ling::Any right;
     if (!takeArgument(other, right))
         return nullptr;
-    const std::int64_t order = ling::compare_objects(valueOf(self), right);
+    const std::int64_t order = ling::compare_objects(*Receiver(self), right);
     if (PyErr_Occurred() != nullptr)
         return nullptr;
     Py_RETURN_RICHCOMPARE(order, 0, operation);
 }
 
-PyObject* representation(PyObject* self) { return giveResult(renderPython(valueOf(self))); }
+PyObject* representation(PyObject* self) {
+    const Receiver receiver(self);
+    return failsLate(receiver) ? nullptr : giveResult(renderPython(*receiver));
+}
 
-PyObject* text(PyObject* self) { return giveResult(ling::display(valueOf(self))); }
+PyObject* text(PyObject* self) { return giveResult(ling::display(*Receiver(self))); }
 
 PyObject* iterate(PyObject* self) {
     const Receiver receiver(self);
@@ -68,9 +71,6 @@ PyObject* iterate(PyObject* self) {
     return giveResult(ling::unchecked<ling::I_Iterable_Generic>(*receiver).iter());
 }
 
-PyObject* nextItem(PyObject* self) {
-    const ling::Any& held = valueOf(self);
-    return isIndirect(held) ? takeNext(ling::internal::unwrap(held)) : takeNext(held);
-}
+PyObject* nextItem(PyObject* self) { return takeNext(*Receiver(self)); }
 
 }  // namespace ling::python

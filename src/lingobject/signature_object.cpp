@@ -85,7 +85,7 @@ std::optional<ling::Signature> signatureOf(const ling::Any& value) {
 }
 
 PyObject* readSignature(PyObject* self, void*) {
-    if (const std::optional<ling::Signature> signature = signatureOf(valueOf(self)))
+    if (const std::optional<ling::Signature> signature = signatureOf(*Receiver(self)))
         return makeSignature(*signature);
     PyErr_SetObject(PyExc_AttributeError, kSignature.object());
     return nullptr;

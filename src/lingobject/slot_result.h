@@ -5,6 +5,7 @@
 #include "bridge/convert.h"
 #include "bridge/small_integer.h"
 #include "ling/error.h"
+#include "lingobject/instance.h"
 
 /// The adapters between what `ling` operations answer and what a slot must give to Python.
 ///
@@ -65,5 +66,8 @@ inline bool raisesItself(const ling::Any& value) {
     Py_XDECREF(toPythonLocked(value));
     return true;
 }
+
+/// When what a lazy value came to is an error, raises its exception and answers true.
+inline bool failsLate(const Receiver& receiver) { return receiver.isResolved() && raisesItself(*receiver); }
 
 }  // namespace ling::python

@@ -66,7 +66,7 @@ PyObject* listMembers(PyObject* self, PyObject*) {
 PyObject* readDocumentation(PyObject* self, void*) {
     PyObject* text = nullptr;
     PyObject* name = names::doc.object();
-    return name != nullptr && answerSpecialName(valueOf(self), name, text) ? text : nullptr;
+    return name != nullptr && answerSpecialName(*Receiver(self), name, text) ? text : nullptr;
 }
 
 PyGetSetDef kSignature{"__signature__", readSignature, nullptr,

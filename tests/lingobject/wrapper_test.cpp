@@ -51,6 +51,19 @@ constexpr Row kAttributes[] = {
     {"PlainTypeName", "type(things.Bare()).__name__", "'>LingObject'"},
     {"PlainDoc", "type(things.Bare()).__doc__", "'Wrapper around of a Ling object'"},
     {"TypeDoc", "type(t).__doc__", "'A thing with a name.'"},
+    {"ProxyMadeByHand", "[probe(lambda: ling.python.PythonProxy()), probe(lambda: ling.python.FunctionPython())]",
+     "[\"RuntimeError: Instances of the class 'ling.python.PythonProxy' stand for Python objects: they are made by "
+     "converting one.\", \"RuntimeError: Instances of the class 'ling.python.FunctionPython' stand for Python objects: "
+     "they are made by converting one.\"]"},
+    {"ModuleMadeByHand", "ling.python.ModulePython('x')",
+     "RuntimeError: Instances of the class 'ling.python.ModulePython' stand for Python modules: they are made by "
+     "exporting one."},
+    {"OneLanguage", "ling.is_same(ling.python.LanguagePython(), ling.python.LanguagePython.instance)", "True"},
+    {"ClassOfAnArgumentIsReplaced",
+     "import gc\nclass B: pass\nclass A:\n    def __getitem__(self, index): raise IndexError\n    @property\n"
+     "    def __class__(self):\n        object.__dict__['__class__'].__set__(self, B)\n        gc.collect()\n"
+     "        return B\na = A()\ndel A\nreturn things.same(a) is a",
+     "true"},
     {"NoSubclass", "type('Sub', (type(t),), {})", "TypeError: type 'ling~things`Thing' is not an acceptable base type"},
     {"MethodTable", "type(t).__dict__['greet'].__doc__", "'(self, whom: String) -> String\\n\\n-'"},
     {"PropertyTable", "type(t).size.__doc__", "'Always three.'"},
@@ -60,6 +73,37 @@ constexpr Row kAttributes[] = {
      "UnicodeEncodeError: 'utf-8' codec can't encode character '\\ud800' in position 0: surrogates not allowed"},
 };
 INSTANTIATE_TEST_SUITE_P(Attributes, Wrapper, testing::ValuesIn(kAttributes),
+                         [](const auto& row) { return row.param.name; });
+
+/// What is done with a reference is done with its target; what it is stays its own.
+constexpr Row kWeakReferences[] = {
+    {"Members",
+     "w = things.weak(t)\nw.stock = 4\nw.colour = 'red'\nw.mark = 5\nseen = [t.stock, t.colour, w.name, w.greet()]\n"
+     "del w.colour\nreturn seen + [hasattr(t, 'colour'), hasattr(w, 'nothing'), hasattr(w, 'lock'), w - 1]",
+     "[4, 'red', 'box', 'box greets you', False, False, False, '1']"},
+    {"Texts",
+     "w = things.weak(t)\nreturn [str(w) == str(t), repr(w) == repr(t), w.__doc__ == t.__doc__, 'mark' in w.__dir__]",
+     "[True, True, True, True]"},
+    {"Comparison",
+     "w = things.weak(t)\nl = ling.List([1])\nreturn [w == t, t == w, hash(w) == hash(t), len({w, t}), "
+     "things.weak(l) == l, things.weak(l) < ling.List([2])]",
+     "[True, True, True, 1, True, True]"},
+    {"Items",
+     "l = ling.List([1, 2, 3])\nw = things.weak(l)\nw[0] = 7\ndel w[1]\nw += [9]\n"
+     "w = things.weak(l)\nreturn [list(w), list(l), w[-1], len(w), 7 in w, [*iter(w)]]",
+     "[[7, 3, 9], [7, 3, 9], 9, 3, True, [7, 3, 9]]"},
+    {"Calls",
+     "import inspect\nw = things.weak(things.add)\n"
+     "return [w(1, 2), w(b=3, a=1), inspect.signature(w) == inspect.signature(things.add), w.__name__]",
+     "[3, 4, True, 'add']"},
+    {"IsItself",
+     "w = things.weak(t)\nreturn [ling.kind_of(w), ling.is_same(w, t), ling.is_same(things.same(w), w), "
+     "ling.is_same(ling.bound_method(w, 'lock')(), t)]",
+     "['weak_reference', False, True, True]"},
+    {"TargetIsGone", "w = things.weak(things.Thing('x'))\nreturn [str(w), repr(w), hasattr(w, 'name')]",
+     "['none', 'None', False]"},
+};
+INSTANTIATE_TEST_SUITE_P(WeakReferences, Wrapper, testing::ValuesIn(kWeakReferences),
                          [](const auto& row) { return row.param.name; });
 
 constexpr Row kSpecialNames[] = {

@@ -129,6 +129,9 @@ void defineFunctions() {
     (void)register_function("things", ling::make_function("later", "value", [](const Any& value) {
                                 return ling::Lazy_Generic([value] { return value; });
                             }));
+    (void)register_function("things", ling::make_function("weak", "value", [](const Any& value) -> Any {
+                                return ling::Weak_Generic(value);
+                            }));
     (void)register_function("things", ling::make_function("failing", "count", &failing));
     (void)register_function("things", ling::make_function("rarities", "", &rarities));
     (void)register_function("things", ling::make_function("flawed", "", &flawed));

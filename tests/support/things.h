@@ -9,5 +9,5 @@
 ///     Keeper(held)    property held; can be copied and pickled
 ///     Row             a sequence of three, which answers the position that it is asked for
 ///     Refusal         an error class
-///     add(a, b), refuse(text), later(value), failing(count), same(value), rarities(), flawed()
+///     add(a, b), refuse(text), later(value), weak(value), failing(count), same(value), rarities(), flawed()
 void defineThings();
