@@ -3,13 +3,11 @@
 #include "functions/import_log.h"
 #include "functions/module_tree.h"
 #include "host/entry.h"
-#include "host/once.h"
 #include "host/platform.h"
 #include "language/evaluate.h"
 
 #include <algorithm>
 #include <iterator>
-#include <memory>
 #include <string_view>
 
 namespace ling::python {
@@ -56,24 +54,16 @@ ling::Any walk() {
     return {};
 }
 
-/// The walk that is under way, if any. Read and written under the interpreter lock.
-std::shared_ptr<Once>& currentWalk() {
-    static auto& walk = *new std::shared_ptr<Once>;
-    return walk;
-}
-
 }  // namespace
 
 ling::Any importAllModules() {
+    static constinit bool isUnderWay = false;  // Under the interpreter lock.
     PythonEntry entry;
-    if (const std::shared_ptr<Once> underWay = currentWalk()) {
-        underWay->run([] {});
+    if (isUnderWay)
         return {};
-    }
-    const std::shared_ptr<Once> own = currentWalk() = std::make_shared<Once>();
-    ling::Any outcome;
-    own->run([&outcome] { outcome = walk(); });
-    currentWalk().reset();
+    isUnderWay = true;
+    ling::Any outcome = walk();
+    isUnderWay = false;
     return outcome;
 }
 

@@ -9,7 +9,9 @@
 #include "ling/error.h"
 #include "ling/property.h"
 
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace ling::python {
 
@@ -27,29 +29,38 @@ ling::Any exportedMember(PyObject* value) {
     return ling::internal::is_error_result(member) ? ling::Any() : member;
 }
 
-void addMember(object_value_class& record, PyObject* key, PyObject* value) {
+struct Member {
+    ling::property_ident_untyped id;
+    ling::Property property;
+};
+
+/// Nothing for what is not shown.
+std::optional<Member> memberFrom(PyObject* key, PyObject* value) {
     if (!PyUnicode_Check(key))
-        return;
+        return std::nullopt;
     const ling::Result<ling::String> name = ling::String::cast(toLing(key));
     PyErr_Clear();
     if (!name || !isPublicName(*name))
-        return;
+        return std::nullopt;
     const ling::Any member = exportedMember(value);
     if (member.isNone())
-        return;
+        return std::nullopt;
     ling::internal::property_builder_base property;
     property.assign_getter_value(member);
-    record.add_class_property_unsafe(ling::property_ident_untyped(*name), &record, property.build());
+    return Member{ling::property_ident_untyped(*name), property.build()};
 }
 
 /// Walks a copy: converting a member can run code that changes the module.
-void addMembers(object_value_class& record, PyObject* module) {
+std::vector<Member> membersOf(PyObject* module) {
+    std::vector<Member> all;
     PyRef members = PyRef::steal(PyModule_Check(module) ? PyDict_Copy(PyModule_GetDict(module)) : nullptr);
     PyObject* key = nullptr;
     PyObject* value = nullptr;
     Py_ssize_t position = 0;
     while (members && PyDict_Next(members.get(), &position, &key, &value) != 0)
-        addMember(record, key, value);
+        if (std::optional<Member> member = memberFrom(key, value))
+            all.push_back(*std::move(member));
+    return all;
 }
 
 /// The documentation where it is a text, else an empty one.
@@ -101,36 +112,69 @@ PyObject* ModuleClass::module() {
     return module_.load(std::memory_order_acquire);
 }
 
+namespace {
+
+/// The classes whose members this thread is fetching, innermost first: what the fetch runs may look into them.
+struct Fetch {
+    const ModuleClass* cls;
+    const Fetch* outer;
+};
+thread_local const Fetch* innermostFetch = nullptr;
+
+class FetchScope {
+public:
+    explicit FetchScope(const ModuleClass* cls) : own_{cls, innermostFetch} { innermostFetch = &own_; }
+    FetchScope(const FetchScope&) = delete;
+    FetchScope& operator=(const FetchScope&) = delete;
+    ~FetchScope() { innermostFetch = own_.outer; }
+
+    static bool includes(const ModuleClass* cls) noexcept {
+        const Fetch* fetch = innermostFetch;
+        while (fetch != nullptr && fetch->cls != cls)
+            fetch = fetch->outer;
+        return fetch != nullptr;
+    }
+
+private:
+    const Fetch own_;
+};
+
+}  // namespace
+
 /// Whoever looks may have a Python error pending, which is no business of the import's.
 bool ModuleClass::declareMembers() {
     const GilGuard gil = GilGuard::ifAlive();
-    if (!gil)
+    if (!gil || FetchScope::includes(this))
         return false;
+    const FetchScope fetching(this);
     const ErrorScope pending;
-    fetched_.run([this] { return fetch(); });
-    return fetched_.isDone();
-}
-
-bool ModuleClass::fetch() {
-    if (!import())
+    PyObject* module = import();
+    if (module == nullptr)
         return false;
-    PyObject* module = module_.load(std::memory_order_acquire);
-    set_doc_unsafe(docOf(module));
-    addMembers(*this, module);
+    const ling::String doc = docOf(module);
+    const std::vector<Member> members = membersOf(module);
+    // The interpreter lock is not given up from here on: one thread publishes, all others find that it has.
+    if (std::exchange(isPublished_, true))
+        return true;
+    set_doc_unsafe(doc);
+    for (const Member& member : members)
+        add_class_property_unsafe(member.id, this, member.property);
     return true;
 }
 
-bool ModuleClass::import() {
-    if (module_.load(std::memory_order_acquire) != nullptr)
-        return true;
+/// The module, borrowed, or null when it cannot be had.
+PyObject* ModuleClass::import() {
+    if (PyObject* present = module_.load(std::memory_order_acquire))
+        return present;
     PyRef name = PyRef::steal(toPython(pythonName_));
     PyRef imported = name ? PyRef::steal(PyImport_Import(name.get())) : PyRef();
     if (!imported) {
         reportNotExported(pythonName_, takePythonError());
-        return false;
+        return nullptr;
     }
-    module_.store(imported.release(), std::memory_order_release);
-    return true;
+    PyObject* present = nullptr;  // Another thread may have been faster.
+    return module_.compare_exchange_strong(present, imported.get(), std::memory_order_acq_rel) ? imported.release()
+                                                                                               : present;
 }
 
 }  // namespace ling::python

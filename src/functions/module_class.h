@@ -2,7 +2,6 @@
 
 #include <Python.h>
 
-#include "host/once.h"
 #include "ling/class_record.h"
 
 #include <atomic>
@@ -22,6 +21,9 @@ void reportNotExported(const ling::String& pythonName, const ling::Any& error);
 /// imported is imported then, so that a host pays for what it uses: the standard modules under "python" are there from
 /// the start, and most programs never look at most of them. An import that fails leaves the class without members, with
 /// a line in the host's log; the next look tries again.
+///
+/// Threads that look at the same time each fetch the members, and the first to finish publishes them: none waits for
+/// another here, since it may hold the import lock that the other is waiting for.
 class ModuleClass final : public ling::internal::object_value_class {
 public:
     /// A class with the members of a module that is there. Needs the interpreter lock.
@@ -39,12 +41,11 @@ protected:
 
 private:
     ModuleClass(const ling::String& name, const ling::Class_Generic& parent, ling::String pythonName);
-    bool import();
-    bool fetch();
+    PyObject* import();
 
     const ling::String pythonName_;
     std::atomic<PyObject*> module_{nullptr};  // Owned.
-    Once fetched_;
+    bool isPublished_ = false;                // Under the interpreter lock.
 };
 
 }  // namespace ling::python

@@ -49,11 +49,17 @@ ling::internal::object_value* allocateModule(ling::internal::object_value_class*
     return new ModuleRecord(klass, ling::String());
 }
 
+ling::Any refuseConstruction(const ling::Class_Generic& cls, std::span<const ling::Any>) {
+    return platform::failure(
+        ling::String(u"Instances of the class '{}' stand for Python modules: they are made by exporting one.")
+            .arg(ling::qualname(cls)));
+}
+
 ling::Class_Generic makeClass() {
     return ling::internal::defclass_impl("ModulePython", "ling.python")
         .parent(ling::Module::getClass())
         .doc("Class to export a python module.")
-        .hooks({.allocate = &allocateModule})
+        .hooks({.allocate = &allocateModule, .construct = &refuseConstruction})
         .field(PythonProxy::$_pyobj, boxedObjectOption(), "The Python module.")
         .build();
 }

@@ -5,6 +5,7 @@
 #include "functions/module_class.h"
 #include "functions/module_python.h"
 #include "host/entry.h"
+#include "host/import_state.h"
 #include "host/names.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
@@ -105,6 +106,8 @@ std::vector<ling::String> submodulesOf(PyObject* module) {
     return names;
 }
 
+constexpr const char16_t* kStillImported = u"The module is still being imported.";
+
 /// One export with all that it brings.
 class Export {
 public:
@@ -113,6 +116,7 @@ public:
     ling::Any run(const ling::String& lingName, const ling::String& pythonName, const PackagePath& above);
 
 private:
+    bool leavesAlone(const ling::String& pythonName);
     ling::Any importFailure(const ling::String& pythonName);
     ling::Any putIntoTree(const ling::String& lingName, const ling::String& pythonName, PyObject* module);
     void exportSubmodules(const ling::String& lingName, const ling::String& pythonName, PyObject* module,
@@ -142,7 +146,17 @@ ling::Any Export::putIntoTree(const ling::String& lingName, const ling::String& 
     return exported;
 }
 
+/// Whether a walk is not to wait for the import of a module that is going on: nobody knows what that is waiting for.
+bool Export::leavesAlone(const ling::String& pythonName) {
+    if (log_ == nullptr || !isBeingImported(pythonName.toStdString().c_str()))
+        return false;
+    log_->failed(pythonName, kStillImported);
+    return true;
+}
+
 ling::Any Export::run(const ling::String& lingName, const ling::String& pythonName, const PackagePath& above) {
+    if (leavesAlone(pythonName))
+        return platform::failure(kStillImported);
     PyRef name = PyRef::steal(toPython(pythonName));
     PyRef module = name ? PyRef::steal(PyImport_Import(name.get())) : PyRef();
     if (!module)

@@ -42,6 +42,11 @@ constexpr ModuleFile kModules[] = {
     {"shuts.py", "import sys\nsys.stdout.close()\nsys.stderr.detach()\n"},
     {"tells.py", "import sys\nkept = sys.stdout\ndef say(): kept.write('kept\\n')\n"},
     {"walks.py", "import __main__\n__main__.ling.python.LanguagePython.importAllModules()\n"},
+    {"asks.py",
+     "import threading, __main__\n"
+     "walk = threading.Thread(target=__main__.ling.python.LanguagePython.importAllModules)\n"
+     "walk.start()\nwalk.join()\ndef answer(): return 3\n"},
+    {"asks_first.py", "import asks\ndef answer(): return 4\n"},
     {"counts.py", "import sys\nsys.counted = getattr(sys, 'counted', 0) + 1\n"},
     {"circle_a.py", "import circle_b\ndef from_b(): return circle_b.name\nname = 'a'\n"},
     {"circle_b.py", "import circle_a\ndef from_a(): return circle_a.name\nname = 'b'\n"},
@@ -64,6 +69,7 @@ void writeModules(const fs::path& folder) {
 
 constexpr const char* kExpected =
     "before\n"
+    "waited for: asks: The module is still being imported.\n"
     "ends: BaseException: all\n"
     "interrupts: KeyboardInterrupt\n"
     "leaves: SystemExit: 3\n"
@@ -81,6 +87,7 @@ constexpr const char* kExpected =
     "  warnings.warn('be warned')\n"
     "streams: True\n"
     "good: 42 43 b a\n"
+    "asking: 3 4\n"
     "writing: 1 2\n"
     "thread: ['from a module']\n"
     "left alone: []\n"

@@ -11,10 +11,14 @@ import time
 language = ling.python.LanguagePython
 streams = sys.stdin, sys.stdout, sys.stderr
 print("before")
+import asks  # Its body waits for a walk on another thread.
+
+print("waited for: asks:", language.importProblems["asks"])
+del sys.modules["asks"]
 walks = [threading.Thread(target=language.importAllModules) for _ in range(2)]
 for walk in walks:
     walk.start()
-for walk in walks:  # The one that came second has waited for the other: all is there.
+for walk in walks:  # One of them does all the work.
     walk.join()
 
 packages = next(path for path in sys.path if path.endswith("site-packages"))
@@ -23,6 +27,7 @@ for name in sorted(language.importProblems.keys):
         print(f"{name}: {language.importProblems[name].replace(packages + os.sep, '')}")
 print("streams:", (sys.stdin, sys.stdout, sys.stderr) == streams)
 print("good:", python.good.answer(), python.package.inner.answer(), python.circle_a.from_b(), python.circle_b.from_a())
+print("asking:", python.asks.answer(), python.asks_first.answer())
 print("writing:", python.prints.answer(), python.warns.answer())
 print("thread:", [thread.name for thread in threading.enumerate() if thread.daemon])
 print("left alone:", [name for name in ("tests", "package.tests", "sitecustomize", "antigravity", "this") if name in sys.modules])
