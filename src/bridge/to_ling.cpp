@@ -216,6 +216,8 @@ Answer byCommonType(PyObject* object) {
 ling::Any toLingByRules(PyObject* object) {
     if (object == nullptr)
         return {};
+    // The code that a rule runs may give the object another class, and the one it had may have lived through it alone.
+    const PyRef type = PyRef::borrow(reinterpret_cast<PyObject*>(Py_TYPE(object)));
     const Subject subject{object, Py_TYPE(object)};
     Answer answer;
     for (const Rule* rule = kRules; !answer; ++rule)

@@ -4,6 +4,12 @@
 #include "language/evaluate.h"
 #include "ling/extension.h"
 
+#include <pthread.h>
+
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+
 namespace ling::python {
 
 namespace {
@@ -13,6 +19,36 @@ constexpr const char* kSchemes[] = {"data", "file", "ftp", "http", "https"};
 constexpr const char* kScript =
     "\n        import urllib.request\n\n        with urllib.request.urlopen(in_uri) as response:\n"
     "            return response.read()\n    ";
+
+/// Keeps SIGPIPE from this thread. A server that resets the connection while a request is being written would end a
+/// host that has not set the signal aside, as Python's own program does; Python is told by the failing call all the
+/// same. The signal of a broken connection goes to the thread that wrote, so one that came is taken back here, before
+/// the thread listens to it again. One that was pending or blocked before is the host's.
+class BrokenPipesIgnored {
+public:
+    BrokenPipesIgnored() {
+        sigemptyset(&pipe_);
+        sigaddset(&pipe_, SIGPIPE);
+        sigset_t pending;
+        sigpending(&pending);
+        isTaken_ = sigismember(&pending, SIGPIPE) == 0 && pthread_sigmask(SIG_BLOCK, &pipe_, &before_) == 0;
+    }
+    ~BrokenPipesIgnored() {
+        if (!isTaken_)
+            return;
+        constexpr timespec kAtOnce{0, 0};
+        while (sigtimedwait(&pipe_, nullptr, &kAtOnce) == -1 && errno == EINTR) {
+        }
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    }
+    BrokenPipesIgnored(const BrokenPipesIgnored&) = delete;
+    BrokenPipesIgnored& operator=(const BrokenPipesIgnored&) = delete;
+
+private:
+    sigset_t pipe_;
+    sigset_t before_;
+    bool isTaken_ = false;
+};
 
 ling::FunctionCL_Generic makeLoader() {
     const ling::FunctionCL_Generic loader = platform::makeFunction("load", "in_path, in_uri", &loadResource,
@@ -24,6 +60,7 @@ ling::FunctionCL_Generic makeLoader() {
 }  // namespace
 
 ling::Any loadResource(const ling::Any& path, const ling::Any& uri) {
+    const BrokenPipesIgnored guard;
     // As globals: the wrapping declares each of the locals in front of the body, indented by one tab, and the script,
     // which is indented further, could not follow such a line. The code reads them from the same place either way.
     const ling::Map_Generic variables =

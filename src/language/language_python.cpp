@@ -5,6 +5,7 @@
 #include "functions/import_all.h"
 #include "functions/import_log.h"
 #include "host/interpreter.h"
+#include "host/platform.h"
 #include "language/call_forms.h"
 #include "ling/class_builder.h"
 #include "ling/interfaces.h"
@@ -78,6 +79,13 @@ void addImporting(ling::internal::class_builder& builder) {
                                                   "wrote, by the module's name."));
 }
 
+/// There is one: calling the class answers it.
+ling::Any theInstance(const ling::Class_Generic& cls, std::span<const ling::Any> arguments) {
+    if (arguments.empty())
+        return languageInstance();
+    return platform::failure(ling::String(u"The class '{}' takes no arguments.").arg(ling::qualname(cls)));
+}
+
 void addInstance(ling::internal::class_builder& builder) {
     const auto instance = [] { return languageInstance(); };
     builder.classProperty(ling::I_Language::$$instance,
@@ -90,6 +98,7 @@ void buildLanguageClass() {
     ling::internal::class_builder builder = ling::internal::defclass_impl("LanguagePython", "ling.python");
     builder.parent(ling::I_Language::getClass())
         .doc("Implementation of 'I_Language' interface for Python language.")
+        .hooks({.construct = &theInstance})
         .example(ling::lang_name_cpp, "LanguagePython::evaluateExpression( u\"[1, 2, 3]\"_bytea );")
         .example(ling::lang_name_js, kScriptExample)
         .example(ling::lang_name_python, kScriptExample);

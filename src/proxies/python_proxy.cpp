@@ -32,11 +32,18 @@ ling::Any displayText(const ling::Any& self) {
     return ling::String::cast(text).valueOr(ling::String());
 }
 
+/// A proxy that was called into being would hold nothing.
+ling::Any refuseConstruction(const ling::Class_Generic& cls, std::span<const ling::Any>) {
+    return platform::failure(
+        ling::String(u"Instances of the class '{}' stand for Python objects: they are made by converting one.")
+            .arg(ling::qualname(cls)));
+}
+
 ling::Class_Generic makeProxyClass() {
     ling::internal::class_builder builder = ling::internal::defclass_impl("PythonProxy", kModule);
     builder.parent(ling::I_RuntimeOnly::getClass())
         .doc("Proxy wrapper around of 'PyObject'.")
-        .hooks({.allocate = &allocateProxy})
+        .hooks({.allocate = &allocateProxy, .construct = &refuseConstruction})
         .field(PythonProxy::$_pyobj, boxedObjectOption(), "The Python object.");
     addMemberProtocol(builder);
     builder.method(ling::Any::$__display__, "", &displayText)

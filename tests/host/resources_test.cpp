@@ -7,7 +7,13 @@
 #include "support/python_test.h"
 #include "support/resource_server.h"
 
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <atomic>
+#include <chrono>
+#include <csignal>
 #include <memory>
 #include <thread>
 
@@ -119,6 +125,51 @@ TEST_F(ResourcesTest, OtherThreadsGoOnWhileOneWaitsForAServer) {
     EXPECT_EQ(outcome(load(server_->http("/release"))), "done");
     waiting.join();
     EXPECT_EQ(slow, "released");
+}
+
+/// Says that it has no more to say in the middle of a request, and then resets the connection.
+class ImpoliteServer {
+public:
+    ImpoliteServer() : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+        address_.sin_family = AF_INET;
+        address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof(address_);
+        if (::bind(socket_, generic(), size) != 0 || ::listen(socket_, 1) != 0 ||
+            ::getsockname(socket_, generic(), &size) != 0)
+            ADD_FAILURE() << "No server.";
+        thread_ = std::thread([this] {
+            const int client = ::accept(socket_, nullptr, nullptr);
+            ::shutdown(client, SHUT_WR);
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            ::close(client);  // With most of the request unread.
+        });
+    }
+    ~ImpoliteServer() {
+        thread_.join();
+        ::close(socket_);
+    }
+    std::string address() const { return "http://127.0.0.1:" + std::to_string(ntohs(address_.sin_port)) + "/"; }
+
+private:
+    sockaddr* generic() { return reinterpret_cast<sockaddr*>(&address_); }
+
+    const int socket_;
+    sockaddr_in address_{};
+    std::thread thread_;
+};
+
+TEST_F(ResourcesTest, AServerThatResetsTheConnectionDoesNotEndTheHost) {
+    const auto before = std::signal(SIGPIPE, SIG_DFL);
+    {
+        const ImpoliteServer server;
+        const std::string told = outcome(load(server.address() + std::string(16 << 20, 'x')));
+        EXPECT_EQ(told.substr(0, 7), "error: ") << told.substr(0, 100);
+    }
+    std::signal(SIGPIPE, before);
+    runLocked("import urllib.parse\nurllib.parse.clear_cache()\n");  // It remembers addresses, this one included.
+    sigset_t blocked;
+    pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+    EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0) << "The thread does not hear of broken pipes any more.";
 }
 
 TEST_F(ResourcesTest, ManyThreadsFetchAtOnce) {
