@@ -20,6 +20,15 @@ std::mutex& class_structure_guard() noexcept {
     return mutex;
 }
 
+namespace {
+
+object_value* allocateObject(object_value_class* klass) { return new object_value_object(klass); }
+
+constexpr const char16_t* kNativeValues =
+    u"The values of the class '{}' are native ones: they have no fields and no finaliser.";
+
+}  // namespace
+
 /// What is done under the lock of the class structure. Changing a class is rare, and a change of one class reaches its
 /// descendants and reads its ancestors, so one lock for all of them is the simple order.
 struct class_structure {
@@ -97,6 +106,37 @@ struct class_structure {
                });
     }
 
+    /// The class whose hook makes the instances of `klass`, as far as they are objects with native data of their own:
+    /// handles read those by their class. Null for plain objects and for values that are told by their kind.
+    static const object_value_class* makerOf(const object_value_class* klass) {
+        const auto makes = [](const object_value_class* candidate) {
+            const class_hooks& hooks = candidate->declarations().hooks;
+            return hooks.allocate != nullptr && hooks.allocate != &allocateObject &&
+                   hooks.allocate != &refuse_allocation && !hooks.nativeValues;
+        };
+        if (makes(klass))
+            return klass;
+        for (const Class_Generic& parent : klass->declarations().parents) {
+            const std::vector<object_value_class*>& all = tablesLocked(parent.record()).ancestry;
+            if (auto maker = std::find_if(all.begin(), all.end(), makes); maker != all.end())
+                return *maker;
+        }
+        return nullptr;
+    }
+
+    /// Why `above` cannot be a parent of `klass`: a text with the name of the class in it, or null.
+    static const char16_t* parentProblem(const object_value_class* klass, const object_value_class* above) {
+        if (above == klass || isAncestorLocked(klass, above))
+            return u"A class cannot be its own ancestor: '{}'.";
+        if ((hasNativeValues(klass) && needsObjects(above)) || (hasNativeValues(above) && needsObjects(klass)))
+            return kNativeValues;
+        const object_value_class* maker = makerOf(klass);
+        const object_value_class* other = makerOf(above);
+        const bool agree =
+            maker == nullptr || other == nullptr || isAncestorLocked(maker, other) || isAncestorLocked(other, maker);
+        return agree ? nullptr : u"The instances of the class '{}' would be of two makes.";
+    }
+
     static void removeChild(object_value_class* parent, object_value_class* child) {
         std::vector<object_value_class*>& children = parent->declarations_->children;
         children.erase(std::remove(children.begin(), children.end(), child), children.end());
@@ -117,12 +157,7 @@ Any addMember(std::vector<declared_member<Identifier>>& members, const Identifie
     return Any();
 }
 
-object_value* allocateObject(object_value_class* klass) { return new object_value_object(klass); }
-
-Any nativeValuesError(const String& name) {
-    return failure(
-        String(u"The values of the class '{}' are native ones: they have no fields and no finaliser.").arg(name));
-}
+Any nativeValuesError(const String& name) { return failure(String(kNativeValues).arg(name)); }
 
 Any madeByTheRuntime(const Class_Generic& cls) {
     return failure(String(u"Instances of the class '{}' are made by the runtime alone.").arg(qualname(cls)));
@@ -206,24 +241,16 @@ field_ident_untyped object_value_class::fieldIdentifier(std::size_t position) co
 std::size_t object_value_class::fieldCount() const { return tables().fields.size(); }
 
 Any object_value_class::add_parent_unsafe(const Class_Generic& parent) {
-    using structure = class_structure;
     object_value_class* const above = parent.record();
-    bool isCircle = false;
-    const auto refuses = [&] {
-        isCircle = above == this || structure::isAncestorLocked(this, above);
-        return isCircle || (structure::hasNativeValues(this) && structure::needsObjects(above)) ||
-               (structure::hasNativeValues(above) && structure::needsObjects(this));
-    };
-    const bool done = structure::changeUnless(this, refuses, [&](class_declarations& own) {
+    const char16_t* problem = nullptr;
+    const auto refuses = [&] { return (problem = class_structure::parentProblem(this, above)) != nullptr; };
+    class_structure::changeUnless(this, refuses, [&](class_declarations& own) {
         if (std::find(own.parents.begin(), own.parents.end(), parent) == own.parents.end()) {
             own.parents.push_back(parent);
             above->declarations_->children.push_back(this);
         }
     });
-    if (done)
-        return Any();
-    return isCircle ? failure(String(u"A class cannot be its own ancestor: '{}'.").arg(name_))
-                    : nativeValuesError(name_);
+    return problem == nullptr ? Any() : failure(String(problem).arg(name_));
 }
 
 Any object_value_class::add_field_unsafe(const field_ident_untyped& id, const Type& type, const String& doc) {

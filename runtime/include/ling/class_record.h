@@ -82,8 +82,8 @@ public:
     const Class_Generic& generic() const;
     const std::vector<Type>& parameters() const;
 
-    /// Adds a parent after those already there. None, or an error when it would make a class its own ancestor, or bring
-    /// native values and objects together (see `class_hooks`).
+    /// Adds a parent after those already there. None, or an error when it would make a class its own ancestor, bring
+    /// native values and objects together (see `class_hooks`), or give its instances the data of two native classes.
     Any add_parent_unsafe(const Class_Generic& parent);
     Any add_field_unsafe(const field_ident_untyped& id, const Type& type, const String& doc);
     void add_method_unsafe(const method_ident_untyped& id, object_value_class* definer,
