@@ -12,7 +12,8 @@ namespace ling::python {
 /// Calling it again exports what has come since, and tries again what failed; packages that are in the tree are not
 /// walked again. A call during a walk returns at once and leaves the rest to that walk, on whichever thread it comes: a
 /// module that the walk imports may be waiting for the one who calls. A module whose body is still running elsewhere is
-/// left out for the same reason, and is exported by the next call.
+/// left out for the same reason, and is exported by the next call. (One that imports such a module waits for it, as it
+/// would without the walk.)
 ///
 /// What cannot be stopped is a module that ends the process (`os._exit`) or never comes back. Ctrl-C ends the import of
 /// one module, not the walk: an interrupt by the user and one that a module raises look the same.

@@ -22,8 +22,8 @@ bool isBeingImported(PyObject* module) {
 
 bool isBeingImported(const char* utf8Name) {
     const ErrorScope scope;
-    PyRef name = PyRef::steal(PyUnicode_FromString(utf8Name));
-    PyRef module = PyRef::steal(name ? PyImport_GetModule(name.get()) : nullptr);
+    // Not PyImport_GetModule: that one waits for the body's end.
+    PyRef module = PyRef::borrow(PyDict_GetItemString(PyImport_GetModuleDict(), utf8Name));
     return module && isBeingImported(module.get());
 }
 

@@ -27,7 +27,7 @@ for name in sorted(language.importProblems.keys):
         print(f"{name}: {language.importProblems[name].replace(packages + os.sep, '')}")
 print("streams:", (sys.stdin, sys.stdout, sys.stderr) == streams)
 print("good:", python.good.answer(), python.package.inner.answer(), python.circle_a.from_b(), python.circle_b.from_a())
-print("asking:", python.asks.answer(), python.asks_first.answer())
+print("asking:", python.asks.answer())
 print("writing:", python.prints.answer(), python.warns.answer())
 print("thread:", [thread.name for thread in threading.enumerate() if thread.daemon])
 print("left alone:", [name for name in ("tests", "package.tests", "sitecustomize", "antigravity", "this") if name in sys.modules])
