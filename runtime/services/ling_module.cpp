@@ -46,16 +46,16 @@ void addValueFunctions() {
 void addMemberFunctions() {
     add(
         "bound_method", "value, name",
-        [](const Any& value, const String& name) { return value.boundMethod(method_ident_untyped(name)); },
+        [](const Any& value, const String& name) { return value.boundMethod(lookup_name(name).method()); },
         "The method of a value by its name, with the value bound as its first argument.");
     add(
         "property_value", "value, name",
-        [](const Any& value, const String& name) { return value.propertyValue(property_ident_untyped(name)); },
+        [](const Any& value, const String& name) { return value.propertyValue(lookup_name(name).property()); },
         "The value of a property by its name.");
     add(
         "set_property_value", "value, name, new",
         [](const Any& value, const String& name, const Any& changed) {
-            return value.setPropertyValue(property_ident_untyped(name), changed);
+            return value.setPropertyValue(lookup_name(name).property(), changed);
         },
         "Sets a property by its name.");
     add("own_methods_of", "value", &own_methods_of,

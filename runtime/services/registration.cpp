@@ -119,7 +119,7 @@ bool holdsClasses(const Any& value) {
 Any memberOf(const Any& holder, std::u16string_view name) {
     if (name.empty() || !holdsClasses(holder))
         return Any();
-    const Property property = property_of(holder, property_ident_untyped(String(name)));
+    const Property property = property_of(holder, internal::lookup_name(String(name)).property());
     return property.isNone() ? Any() : internal::result_unwrap_lazy(property.get(holder));
 }
 

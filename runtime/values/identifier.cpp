@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <mutex>
 #include <shared_mutex>
+#include <string>
 #include <unordered_map>
 
 namespace ling {
@@ -14,7 +15,15 @@ namespace internal {
 
 namespace {
 
-/// Every name that was ever used as an identifier. Never shrinks: names are those of members, which are few.
+/// The record of a name whose texts somebody else keeps.
+identifier_data describe(std::string_view utf8, const String& name) noexcept {
+    // The bits of a text's hash are mixed once here, since tables of members use the low ones as they are.
+    const std::uint64_t mixed = std::hash<std::string_view>{}(utf8)*0x9E3779B97F4A7C15ULL;
+    return {utf8, static_cast<std::size_t>(mixed ^ (mixed >> 32)), &name, utf8.starts_with('_')};
+}
+
+/// Every name that was ever declared as that of a member, or written as one in native code. Never shrinks: such names
+/// are few, and whoever merely looks for one (`lookup_name`) adds nothing.
 class identifier_table {
 public:
     const identifier_data* find(std::string_view utf8) noexcept {
@@ -38,10 +47,7 @@ private:
     static const identifier_data* make(std::string_view utf8) {
         char* text = new char[utf8.size() + 1];
         *std::copy(utf8.begin(), utf8.end(), text) = '\0';
-        // The bits of a text's hash are mixed once here, since tables of members use the low ones as they are.
-        const std::uint64_t mixed = std::hash<std::string_view>{}(utf8)*0x9E3779B97F4A7C15ULL;
-        return new identifier_data{std::string_view(text, utf8.size()), static_cast<std::size_t>(mixed ^ (mixed >> 32)),
-                                   new String(String::fromUTF8(utf8)), utf8.starts_with('_')};
+        return new identifier_data(describe(std::string_view(text, utf8.size()), *new String(String::fromUTF8(utf8))));
     }
 
     std::shared_mutex guard_;
@@ -57,6 +63,30 @@ identifier_table& identifiers() {
 
 const identifier_data& intern(std::string_view utf8) { return identifiers().findOrMake(utf8); }
 const identifier_data* find_interned(std::string_view utf8) noexcept { return identifiers().find(utf8); }
+
+struct lookup_name::unknown_name {
+    unknown_name(std::string_view given, const String& text) : utf8(given), name(text), record(describe(utf8, name)) {}
+    const std::string utf8;
+    const String name;
+    const identifier_data record;
+};
+
+lookup_name::lookup_name(std::string_view utf8) : data_(find_interned(utf8)) {
+    if (data_ == nullptr)
+        makeUnknown(utf8, String::fromUTF8(utf8));
+}
+
+lookup_name::lookup_name(const String& name) : data_(find_interned(name)) {
+    if (data_ == nullptr)
+        makeUnknown(name.toStdString(), name);
+}
+
+lookup_name::~lookup_name() = default;
+
+void lookup_name::makeUnknown(std::string_view utf8, const String& name) {
+    unknown_ = std::make_unique<unknown_name>(utf8, name);
+    data_ = &unknown_->record;
+}
 
 }  // namespace internal
 

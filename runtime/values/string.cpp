@@ -169,6 +169,18 @@ const identifier_data& intern(const String& name) {
     return record;
 }
 
+const identifier_data* find_interned(const String& name) {
+    if (!name.is(Kind::String))
+        return find_interned(std::string_view(name.toStdString()));
+    object_value_string& text = flat(name);
+    if (const identifier_data* known = text.knownIdentifier())
+        return known;
+    const identifier_data* record = find_interned(std::string_view(name.toStdString()));
+    if (record != nullptr)
+        text.rememberIdentifier(*record);
+    return record;
+}
+
 }  // namespace internal
 
 }  // namespace ling

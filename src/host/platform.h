@@ -61,6 +61,8 @@ ling::FunctionCL_Generic makeFunction(std::string_view name, std::string_view na
 /// Puts a module that we made into the host's tree, under its own name. None, or an error result.
 inline ling::Any registerModule(const ling::Module& module) { return ling::internal::register_module(module); }
 
+/// A name to look a member up by, which leaves nothing behind when nobody declared it.
+using LookupName = ling::internal::lookup_name;
 /// One line for the host's log, about something that went wrong where nobody waits for a result.
 inline void report(const ling::String& line) { ling::internal::assertion_log(line); }
 

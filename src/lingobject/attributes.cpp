@@ -101,28 +101,28 @@ PyObject* lookUpAttribute(PyObject* self, PyObject* name) {
         PyObject* special = nullptr;
         return answerSpecialName(*receiver, name, special) ? special : PyObject_GenericGetAttr(self, name);
     }
-    const identifier_data* id = memberName(name);
-    if (id == nullptr)
+    const LookupName id(name);
+    if (id.get() == nullptr)
         return nullptr;
-    PyObject* found = lookUpMember(*receiver, *id);
+    PyObject* found = lookUpMember(*receiver, *id.get());
     if (found == nullptr && PyErr_Occurred() == nullptr)
-        found = lookUpException(*receiver, *id);
+        found = lookUpException(*receiver, *id.get());
     if (found != nullptr || PyErr_Occurred() != nullptr)
         return found;
     return receiver.isResolved() ? raiseMissing(self, name) : PyObject_GenericGetAttr(self, name);
 }
 
 int assignAttribute(PyObject* self, PyObject* name, PyObject* value) {
-    const identifier_data* id = memberName(name);
-    if (id == nullptr)
-        return -1;
     const Receiver receiver(self);
     if (failsLate(receiver))
         return -1;
-    if (value == nullptr)
-        return deleteMember(*receiver, name, *id);
+    if (value == nullptr) {
+        const LookupName id(name);
+        return id.get() == nullptr ? -1 : deleteMember(*receiver, name, *id.get());
+    }
+    const identifier_data* id = memberName(name);
     ling::Any converted;
-    return takeArgument(value, converted) ? assignMember(*receiver, name, *id, converted) : -1;
+    return id != nullptr && takeArgument(value, converted) ? assignMember(*receiver, name, *id, converted) : -1;
 }
 
 }  // namespace ling::python

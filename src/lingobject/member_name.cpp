@@ -44,17 +44,39 @@ constinit NameCache cache;
 
 }  // namespace
 
+namespace {
+
+/// No text, with the Python error set, for a name that is none or cannot be encoded.
+std::optional<std::string_view> textOf(PyObject* name) {
+    Py_ssize_t size = 0;
+    const char* utf8 = PyUnicode_AsUTF8AndSize(name, &size);
+    return utf8 == nullptr ? std::nullopt : std::optional(std::string_view(utf8, static_cast<std::size_t>(size)));
+}
+
+const identifier_data* remembered(PyObject* name, const identifier_data* identifier) {
+    if (identifier != nullptr && PyUnicode_CHECK_INTERNED(name) != 0 && PyUnicode_CheckExact(name))
+        cache.remember(name, identifier);
+    return identifier;
+}
+
+}  // namespace
+
 const identifier_data* memberName(PyObject* name) {
     if (const identifier_data* known = cache.find(name))
         return known;
-    Py_ssize_t size = 0;
-    const char* utf8 = PyUnicode_AsUTF8AndSize(name, &size);
-    if (utf8 == nullptr)
-        return nullptr;
-    const identifier_data* identifier = &ling::internal::intern(std::string_view(utf8, static_cast<std::size_t>(size)));
-    if (PyUnicode_CHECK_INTERNED(name) != 0 && PyUnicode_CheckExact(name))
-        cache.remember(name, identifier);
-    return identifier;
+    const std::optional<std::string_view> text = textOf(name);
+    return text ? remembered(name, &ling::internal::intern(*text)) : nullptr;
+}
+
+LookupName::LookupName(PyObject* name) : data_(cache.find(name)) {
+    if (data_ != nullptr)
+        return;
+    const std::optional<std::string_view> text = textOf(name);
+    if (!text)
+        return;
+    data_ = remembered(name, ling::internal::find_interned(*text));
+    if (data_ == nullptr)
+        data_ = unknown_.emplace(*text).property().data();
 }
 
 bool isPrivateName(PyObject* name) noexcept {

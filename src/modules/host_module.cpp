@@ -75,10 +75,10 @@ PyObject* lookUp(PyObject* self, PyObject* name) {
 
 /// -1 with the Python error set for a name that cannot be one.
 int isSettable(PyObject* self, PyObject* name) {
-    const ling::internal::identifier_data* id = memberName(name);
-    if (id == nullptr)
+    const LookupName id(name);
+    if (id.get() == nullptr)
         return -1;
-    const ling::Property property = ling::property_of(moduleOf(self), ling::property_ident_untyped(*id));
+    const ling::Property property = ling::property_of(moduleOf(self), ling::property_ident_untyped(*id.get()));
     return !property.isNone() && !property.setter().isNone();
 }
 

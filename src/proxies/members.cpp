@@ -30,7 +30,7 @@ ling::Any invokableFrom(PyObject* object) {
 }
 
 ling::Any findMethod(const ling::Any& self, const ling::String& name) {
-    ling::Any own = ling::raw_method_of(self, ling::method_ident_untyped(name));
+    ling::Any own = ling::raw_method_of(self, platform::LookupName(name).method());
     PyObject* object = PythonProxy::pythonObject(self);
     if (!own.isNone() || object == nullptr)
         return own;
@@ -77,7 +77,7 @@ ling::Any lingProperty(PyObject* property) {
 }
 
 ling::Any findProperty(const ling::Any& self, const ling::String& name) {
-    ling::Any own = ling::raw_property_of(self, ling::property_ident_untyped(name));
+    ling::Any own = ling::raw_property_of(self, platform::LookupName(name).property());
     PyObject* object = PythonProxy::pythonObject(self);
     if (!own.isNone() || object == nullptr)
         return own;

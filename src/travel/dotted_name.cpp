@@ -12,7 +12,7 @@ namespace {
 
 /// The value of a property that carries one; a getter is not run.
 ling::Any storedIn(const ling::Module& module, const ling::String& name) {
-    const ling::Property property = ling::raw_property_of(module, ling::property_ident_untyped(name));
+    const ling::Property property = ling::raw_property_of(module, platform::LookupName(name).property());
     return property.isNone() || !property.isValue() ? ling::Any() : property.value();
 }
 
@@ -20,7 +20,7 @@ ling::Any memberNamed(const ling::String& owner, const ling::String& name) {
     if (const ling::Module module = ling::find_module(owner); !module.isNone())
         return storedIn(module, name);
     const ling::Class_Generic cls = ling::find_class(owner);
-    return cls.isNone() ? ling::Any() : ling::Any(ling::raw_method_of(cls, ling::method_ident_untyped(name)));
+    return cls.isNone() ? ling::Any() : ling::Any(ling::raw_method_of(cls, platform::LookupName(name).method()));
 }
 
 /// The module that lists a function. Python's modules have Python's functions, which name themselves, and looking into

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string_view>
 
 namespace ling {
@@ -25,6 +26,7 @@ LING_EXPORT const identifier_data& intern(std::string_view utf8);
 LING_EXPORT const identifier_data& intern(const String& name);
 /// The record of a name that is an identifier already, or null: then no class declares a member of that name.
 LING_EXPORT const identifier_data* find_interned(std::string_view utf8) noexcept;
+LING_EXPORT const identifier_data* find_interned(const String& name);
 
 }  // namespace internal
 
@@ -71,5 +73,31 @@ public:
     explicit field_ident_untyped(const ByteArray& utf8);
     explicit field_ident_untyped(const internal::identifier_data& data) noexcept : identifier(data) {}
 };
+
+namespace internal {
+
+/// A name to look a member up by. One that is no identifier as yet stays none: no class declares it, so that the
+/// look-up ends at once, or a class that answers look-ups itself is asked for it by its text. The identifiers that it
+/// gives out are for looking and nothing else, and are good as long as it lives.
+class LING_EXPORT lookup_name {
+public:
+    explicit lookup_name(std::string_view utf8);
+    explicit lookup_name(const String& name);
+    lookup_name(const lookup_name&) = delete;
+    lookup_name& operator=(const lookup_name&) = delete;
+    ~lookup_name();
+
+    method_ident_untyped method() const noexcept { return method_ident_untyped(*data_); }
+    property_ident_untyped property() const noexcept { return property_ident_untyped(*data_); }
+
+private:
+    struct unknown_name;
+    void makeUnknown(std::string_view utf8, const String& name);
+
+    const identifier_data* data_;
+    std::unique_ptr<unknown_name> unknown_;
+};
+
+}  // namespace internal
 
 }  // namespace ling

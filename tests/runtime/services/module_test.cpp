@@ -66,6 +66,23 @@ TEST(ModuleTree, ListsParentsBeforeChildren) {
     EXPECT_EQ(names, (std::vector<String>{u"tree_order", u"tree_order.b", u"tree_order.b.c", u"tree_order.a"}));
 }
 
+TEST(ModuleTree, GathersWhatLanguagesBind) {
+    const std::uint64_t before = module_tree_version();
+    const Any inner = find_or_create_module(u"gathered_tree.inner");
+    EXPECT_EQ(module_tree_version(), before + 1);
+    EXPECT_EQ(top_level_modules().back().name(), u"gathered_tree");
+    EXPECT_TRUE(inner.setPropertyValue(Module::$$bindMembers, true).isNone());
+    EXPECT_TRUE(binding_modules().back().isSameAs(inner));
+    const Any outer = find_module(u"gathered_tree");
+    (void)insert_property_value(outer, Module::$$bindMembers, true);
+    EXPECT_EQ(module_tree_version(), before + 3);
+    EXPECT_TRUE(binding_modules().back().isSameAs(inner)) << "Parents come before children.";
+    (void)insert_property_value(outer, Module::$$bindMembers, false);
+    (void)find_or_create_module(u"gathered_tree.inner.most");
+    EXPECT_EQ(module_tree_version(), before + 3);
+    EXPECT_TRUE(inner.setPropertyValue(Module::$$bindMembers, false).isNone());
+}
+
 TEST(ModuleTree, ANameMayBeTaken) {
     const Any holder = find_or_create_module(u"tree_taken");
     insert_property_value(holder, property_ident_untyped("value"), 5);
@@ -281,6 +298,16 @@ TEST_F(FindClass, WalksModulesAndTheirMembers) {
         const Class_Generic cls = find_class(path);
         EXPECT_EQ(cls.isNone() ? String(u"none") : qualname(cls), String(found)) << String(path).toStdString();
     }
+}
+
+TEST_F(FindClass, LeavesNothingBehindOfUnknownNames) {
+    const Module module = find_module(u"ling");
+    EXPECT_TRUE(find_class(u"ling.unknownToAll1").isNone());
+    for (const char* function : {"bound_method", "property_value"})
+        (void)unchecked<I_Invokable_Generic>(module.propertyValue(property_ident_untyped(function)))(
+            module, String(u"unknownToAll2"));
+    EXPECT_EQ(internal::find_interned(std::string_view("unknownToAll1")), nullptr);
+    EXPECT_EQ(internal::find_interned(std::string_view("unknownToAll2")), nullptr);
 }
 
 TEST_F(FindClass, AnswersNoneForAnythingElse) {
