@@ -63,9 +63,9 @@ Any I_Iterable_Generic::iter() const {
 
 Any I_Iterable_Generic::contains(const Any& item) const {
     if (is_native(*this, Kind::List))
-        return internal::native_list::contains(unchecked<List_Generic>(*this), item);
+        return internal::native_list::contains(unchecked<List_Generic>(*this), item).toAny();
     if (is_native(*this, Kind::Tuple))
-        return internal::native_tuple::contains(unchecked<Tuple_Generic>(*this), item);
+        return internal::native_tuple::contains(unchecked<Tuple_Generic>(*this), item).toAny();
     if (is_native(*this, Kind::Map))
         return internal::native_map::contains(unchecked<Map_Generic>(*this), item);
     if (is_native(*this, Kind::Set))
@@ -132,9 +132,13 @@ namespace {
 /// Walks the iteration and compares each item. The default of every iterable.
 Any containsByIteration(const I_Iterable_Generic& self, const Any& item) {
     iteration walk = self.beginImpl();
-    while (walk.advance())
-        if (compare_objects(walk.item(), item) == 0)
+    while (walk.advance()) {
+        const Result<std::int64_t> order = try_compare(walk.item(), item);
+        if (!order)
+            return order.error();
+        if (*order == 0)
             return true;
+    }
     return walk.failed() ? walk.error() : Any(false);
 }
 

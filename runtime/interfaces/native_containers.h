@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ling/basic_values.h"
 #include "ling/hash_containers.h"
 #include "ling/list.h"
 
@@ -15,14 +16,14 @@ struct native_list {
     static Any set(const List_Generic& self, const Any& index, const Any& item);
     static Any append(const List_Generic& self, const Any& item);
     static Any indexOf(const List_Generic& self, const Any& item, std::int64_t start);
-    static bool contains(const List_Generic& self, const Any& item);
+    static Result<Boolean> contains(const List_Generic& self, const Any& item);
 };
 
 struct native_tuple {
     static Any iter(const Tuple_Generic& self);
     static Any at(const Tuple_Generic& self, const Any& index);
     static Any indexOf(const Tuple_Generic& self, const Any& item, std::int64_t start);
-    static bool contains(const Tuple_Generic& self, const Any& item);
+    static Result<Boolean> contains(const Tuple_Generic& self, const Any& item);
 };
 
 struct native_map {

@@ -124,7 +124,10 @@ Any indexOfByAt(const I_Sequence_Generic& self, const Any& item, std::int64_t st
         const Any present = result_unwrap_lazy(self.at(index));
         if (is_error_result(present))
             return present;
-        if (compare_objects(present, item) == 0)
+        const Result<std::int64_t> order = try_compare(present, item);
+        if (!order)
+            return order.error();
+        if (*order == 0)
             return index;
     }
 }

@@ -40,7 +40,7 @@ Decimal::Decimal(std::int64_t value) : Decimal(decimal_access::adopt(internal::d
 Any Decimal::fromString(const String& text) {
     if (std::optional<decimal_number> number = internal::parse_decimal(text.view()))
         return decimal_access::adopt(*std::move(number));
-    return internal::failure(String(u"Invalid decimal: '{}'.").arg(text));
+    return internal::failure(String(u"Invalid decimal: '{}'.").arg(internal::brief(text)));
 }
 
 String Decimal::toString() const { return String::fromLatin1(internal::format_decimal(numberOf(*this))); }

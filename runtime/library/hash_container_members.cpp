@@ -31,7 +31,8 @@ Any copyPairs(const Map_Generic& self, const Any& source) {
         const Any value = result_unwrap_lazy(map->get(key));
         if (is_error_result(value))
             return value;
-        native_map::set(self, key, value);
+        if (Any outcome = native_map::set(self, key, value); is_error_result(outcome))
+            return outcome;
     }
     return Any();
 }
@@ -46,7 +47,8 @@ Any insertAll(const Set_Generic& self, const Any& items) {
     if (!all)
         return all.error();
     for (const Any& item : *all)
-        native_set::insert(self, item);
+        if (Any outcome = native_set::insert(self, item); is_error_result(outcome))
+            return outcome;
     return Any();
 }
 

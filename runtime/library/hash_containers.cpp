@@ -4,7 +4,9 @@
 #include "interfaces/key_not_found.h"
 #include "interfaces/native_containers.h"
 #include "library/hash_table.h"
+#include "library/plain_key.h"
 #include "library/table_iterator.h"
+#include "ling/depth_check.h"
 #include "ling/error.h"
 #include "ling/list.h"
 
@@ -84,6 +86,16 @@ object_value_hash_set& storageOf(const Set_Generic& set) noexcept {
     return *static_cast<object_value_hash_set*>(set.object());
 }
 
+/// Runs an operation with the key that stands behind `key`. An error result when that is one, or when hashing or
+/// comparing it found no end; the table is then as it was.
+template <class Operation>
+Any withKey(const Any& key, Operation&& operation) {
+    const Any resolved = result_unwrap_lazy(key);
+    if (is_error_result(resolved))
+        return resolved;
+    return is_plain_key(resolved) ? operation(resolved) : checking_depth([&] { return operation(resolved); });
+}
+
 }  // namespace
 
 Any native_map::iter(const Map_Generic& self) { return storageOf(self).iterate(); }
@@ -94,40 +106,36 @@ Any native_map::get(const Map_Generic& self, const Any& key) {
 }
 
 Any native_map::getOr(const Map_Generic& self, const Any& key, const Any& fallback) {
-    const Any resolved = result_unwrap_lazy(key);
-    if (is_error_result(resolved))
-        return resolved;
-    bool found = false;
-    Any value = storageOf(self).find(resolved, found);
-    return found ? value : fallback;
+    return withKey(key, [&](const Any& resolved) {
+        bool found = false;
+        Any value = storageOf(self).find(resolved, found);
+        return found ? value : fallback;
+    });
 }
 
 Any native_map::contains(const Map_Generic& self, const Any& key) {
-    const Any resolved = result_unwrap_lazy(key);
-    if (is_error_result(resolved))
-        return resolved;
-    bool found = false;
-    storageOf(self).find(resolved, found);
-    return found;
+    return withKey(key, [&](const Any& resolved) -> Any {
+        bool found = false;
+        storageOf(self).find(resolved, found);
+        return found;
+    });
 }
 
 Any native_map::set(const Map_Generic& self, const Any& key, const Any& value) {
-    const Any resolved = result_unwrap_lazy(key);
-    if (is_error_result(resolved))
-        return resolved;
-    if (is_error_result(value))
-        return value;
-    storageOf(self).set(resolved, value);
-    return Any();
+    return withKey(key, [&](const Any& resolved) {
+        if (is_error_result(value))
+            return value;
+        storageOf(self).set(resolved, value);
+        return Any();
+    });
 }
 
 Any native_map::remove(const Map_Generic& self, const Any& key) {
-    const Any resolved = result_unwrap_lazy(key);
-    if (is_error_result(resolved))
-        return resolved;
-    bool found = false;
-    Any value = storageOf(self).remove(resolved, found);
-    return found ? value : key_not_found(key);
+    return withKey(key, [&](const Any& resolved) {
+        bool found = false;
+        Any value = storageOf(self).remove(resolved, found);
+        return found ? value : key_not_found(key);
+    });
 }
 
 List_Generic native_map::keys(const Map_Generic& self) { return List_Generic(storageOf(self).copy_keys()); }
@@ -136,18 +144,15 @@ List_Generic native_map::values(const Map_Generic& self) { return List_Generic(s
 Any native_set::iter(const Set_Generic& self) { return storageOf(self).iterate(); }
 
 Any native_set::contains(const Set_Generic& self, const Any& item) {
-    const Any resolved = result_unwrap_lazy(item);
-    return is_error_result(resolved) ? resolved : Any(storageOf(self).contains(resolved));
+    return withKey(item, [&](const Any& resolved) { return Any(storageOf(self).contains(resolved)); });
 }
 
 Any native_set::insert(const Set_Generic& self, const Any& item) {
-    const Any resolved = result_unwrap_lazy(item);
-    return is_error_result(resolved) ? resolved : Any(storageOf(self).insert(resolved));
+    return withKey(item, [&](const Any& resolved) { return Any(storageOf(self).insert(resolved)); });
 }
 
 Any native_set::remove(const Set_Generic& self, const Any& item) {
-    const Any resolved = result_unwrap_lazy(item);
-    return is_error_result(resolved) ? resolved : Any(storageOf(self).remove(resolved));
+    return withKey(item, [&](const Any& resolved) { return Any(storageOf(self).remove(resolved)); });
 }
 
 }  // namespace internal

@@ -21,7 +21,7 @@ bool hash_table::find(const Any& key, Any* value) const {
         {
             std::lock_guard hold(guard_);
             const Outcome outcome = search.advance(storage_, version_);
-            if (outcome == Outcome::Absent)
+            if (outcome == Outcome::Absent || outcome == Outcome::Failed)
                 return false;
             if (outcome == Outcome::Present) {
                 found = storage_.entryAt(search.place()).value;
@@ -54,6 +54,8 @@ bool hash_table::put(const Any& key, Any&& value) {
                 storage_.entryAt(search.place()).value.swap(value);
                 return false;
             }
+            if (outcome == Outcome::Failed)
+                return false;
             if (outcome == Outcome::Absent) {
                 if (!storage_.hasRoom() && spare.canTake(storage_.live() + 1))
                     adopt(spare);
@@ -86,7 +88,7 @@ bool hash_table::take(const Any& key, Any& value) {
                 adopt(spare);
                 outcome = search.advance(storage_, version_);
             }
-            if (outcome == Outcome::Absent)
+            if (outcome == Outcome::Absent || outcome == Outcome::Failed)
                 return false;
             if (outcome == Outcome::Present && !storage_.isShared()) {
                 storage_.kill(search.place(), takenKey, taken);

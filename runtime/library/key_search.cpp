@@ -2,6 +2,7 @@
 
 #include "library/plain_key.h"
 #include "ling/comparison.h"
+#include "ling/depth_check.h"
 
 namespace ling::internal {
 
@@ -12,8 +13,9 @@ constexpr std::size_t kSpareRounds = 64;
 
 }  // namespace
 
-key_search::key_search(const Any& key)
-    : key_(key), hash_(hash_entry::hashOf(hash_of(key))), plain_(is_plain_key(key)) {}
+key_search::key_search(const Any& key) : key_(key), hash_(hash_entry::hashOf(hash_of(key))), plain_(is_plain_key(key)) {
+    failed_ = !plain_ && depth_check::isExceeded();
+}
 
 void key_search::begin(const hash_storage& storage, std::uint64_t version) noexcept {
     if (!begun_)
@@ -24,6 +26,8 @@ void key_search::begin(const hash_storage& storage, std::uint64_t version) noexc
 }
 
 key_search::Outcome key_search::advance(const hash_storage& storage, std::uint64_t version) noexcept {
+    if (failed_)
+        return Outcome::Failed;
     if (!begun_ || version != version_)
         begin(storage, version);
     while (const hash_entry* entry = storage.skipTo(place_, hash_)) {
@@ -52,6 +56,7 @@ key_search::Verdict key_search::judge(const Any& present) const noexcept {
 
 void key_search::compare() {
     const bool equal = compare_objects(key_, open_) == 0;
+    failed_ = depth_check::isExceeded();
     compared_.emplace(std::move(open_), equal);
     --roundsLeft_;
 }

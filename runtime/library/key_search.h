@@ -16,13 +16,14 @@ namespace ling::internal {
 /// compared yet count as different.
 class key_search {
 public:
-    enum class Outcome { Absent, Present, Undecided };
+    enum class Outcome { Absent, Present, Undecided, Failed };
 
     /// Hashes the key, which can run any code. Nothing may be locked.
     explicit key_search(const Any& key);
 
     std::uint64_t hash() const noexcept { return hash_; }
-    /// Goes on as far as it can. The table is locked; `version` changes with every change of its keys.
+    /// Goes on as far as it can. The table is locked; `version` changes with every change of its keys. It has failed
+    /// when a hash or a comparison found no end, which the `depth_check` of the operation tells.
     Outcome advance(const hash_storage& storage, std::uint64_t version) noexcept;
     /// Where the key is, once it is present.
     hash_storage::slot place() const noexcept { return place_; }
@@ -44,6 +45,7 @@ private:
     const Any& key_;
     const std::uint64_t hash_;
     const bool plain_;
+    bool failed_ = false;
     bool begun_ = false;
     std::uint64_t version_ = 0;
     std::size_t roundsLeft_ = 0;

@@ -95,8 +95,8 @@ Any native_list::indexOf(const List_Generic& self, const Any& item, std::int64_t
     return find_item(snapshot.items(), item, place_of(start, snapshot.count));
 }
 
-bool native_list::contains(const List_Generic& self, const Any& item) {
-    return find_item(list_storage(self).snapshot().items(), item) >= 0;
+Result<Boolean> native_list::contains(const List_Generic& self, const Any& item) {
+    return contains_item(list_storage(self).snapshot().items(), item);
 }
 
 }  // namespace internal

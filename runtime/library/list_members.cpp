@@ -62,18 +62,21 @@ Any removeAt(const List_Generic& self, const Any& index, std::int64_t count) {
 
 /// The comparison runs while nothing is locked, so that somebody else may take away the item that it found. Then the
 /// search begins anew, unless that goes on and on.
-bool removeOne(const List_Generic& self, const Any& item) {
+Result<Boolean> removeOne(const List_Generic& self, const Any& item) {
     constexpr int kTries = 64;
     for (int i = 0; i < kTries; ++i) {
         const list_snapshot snapshot = list_storage(self).snapshot();
-        const std::int64_t found = find_item(snapshot.items(), item);
-        if (found < 0)
-            return false;
-        const Any equal = snapshot.items()[static_cast<std::size_t>(found)];
-        if (list_storage(self).removeSame(equal, static_cast<std::size_t>(found)))
-            return true;
+        const Any found = find_item(snapshot.items(), item);
+        if (is_error_result(found))
+            return Result<Boolean>::failure(found);
+        if (found.asInteger() < 0)
+            return Boolean(false);
+        const auto position = static_cast<std::size_t>(found.asInteger());
+        const Any equal = snapshot.items()[position];
+        if (list_storage(self).removeSame(equal, position))
+            return Boolean(true);
     }
-    return false;
+    return Boolean(false);
 }
 
 Any atOr(const List_Generic& self, const Any& index, const Any& fallback) {

@@ -32,7 +32,7 @@ bool isIntegerText(const String& text) {
 Any integerOfText(const String& text) {
     const std::optional<decimal_number> number = numberIn(text);
     if (!number || !isIntegerText(text))
-        return failure(String(u"Invalid integer: '{}'.").arg(text));
+        return failure(String(u"Invalid integer: '{}'.").arg(brief(text)));
     return integerOrError(integer_of_decimal(*number), text);
 }
 
@@ -70,7 +70,7 @@ Any makeFloat(const Any& given) {
     if (!text)
         return unconvertible(value, Float::getClass());
     const std::optional<decimal_number> number = numberIn(*text);
-    return number ? Any(float_of_decimal(*number)) : failure(String(u"Invalid float: '{}'.").arg(*text));
+    return number ? Any(float_of_decimal(*number)) : failure(String(u"Invalid float: '{}'.").arg(brief(*text)));
 }
 
 Any booleanOfText(const String& text) {
@@ -78,7 +78,7 @@ Any booleanOfText(const String& text) {
         return true;
     if (text.view() == u"false")
         return false;
-    return failure(String(u"Invalid boolean: '{}'.").arg(text));
+    return failure(String(u"Invalid boolean: '{}'.").arg(brief(text)));
 }
 
 Any makeBoolean(const Any& given) {

@@ -65,7 +65,9 @@ Any native_tuple::indexOf(const Tuple_Generic& self, const Any& item, std::int64
     return find_item(self.items(), item, place_of(start, self.items().size()));
 }
 
-bool native_tuple::contains(const Tuple_Generic& self, const Any& item) { return find_item(self.items(), item) >= 0; }
+Result<Boolean> native_tuple::contains(const Tuple_Generic& self, const Any& item) {
+    return contains_item(self.items(), item);
+}
 
 namespace {
 

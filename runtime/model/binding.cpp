@@ -17,7 +17,7 @@ Any missingArgument(const String& function, const String& parameter) {
 
 Any superfluousArgument(const String& function, std::size_t parameters, std::span<const Any> arguments) {
     return failure(String(u"Superfluous argument {} of '{}': it takes {}, {} were given.")
-                       .arg(display(arguments[parameters]), function, parameters, arguments.size()));
+                       .arg(arguments[parameters], function, parameters, arguments.size()));
 }
 
 bool takes_one_position(ParameterMode mode) noexcept {
@@ -99,7 +99,7 @@ private:
     Any takeOtherName(const NamedArgument& argument) {
         const bool takesOthers = !parameters_.empty() && parameters_.back().mode() == ParameterMode::VariadicNamed;
         if (!takesOthers)
-            return failure(String(u"Unknown argument '{}' of '{}'.").arg(argument.name, function_));
+            return failure(String(u"Unknown argument '{}' of '{}'.").arg(brief(argument.name), function_));
         if (!others_)
             others_.emplace();
         const std::size_t before = others_->size();

@@ -1,9 +1,10 @@
 #include "services/class_answer.h"
 
 #include "ling/decimal.h"
+#include "ling/depth_check.h"
 #include "ling/error.h"
+#include "ling/stack_room.h"
 #include "ling/string.h"
-#include "services/nested_call.h"
 
 namespace ling::internal {
 
@@ -33,9 +34,10 @@ found_member class_answer(const Any& value, const method_ident_untyped& id) {
 }
 
 Any ask_class(const found_member& method, std::initializer_list<Any> arguments) {
-    const nested_call nesting;
-    if (nesting.isTooDeep())
+    if (!has_stack_room()) {
+        depth_check::noteExceeded();
         return Any();
+    }
     const Any kept = Any::share(method.member);  // The class may be changed while its method runs.
     return result_unwrap_lazy(kept.object()->invoke({arguments.begin(), arguments.size()}));
 }

@@ -11,7 +11,8 @@ namespace ling::internal {
 /// `$__display__`). Nothing for numbers, texts and containers of native classes, whose content is known here.
 found_member class_answer(const Any& value, const method_ident_untyped& id);
 
-/// Asks it. A lazy answer is resolved. None when classes ask each other too deep. Nothing may be locked: any code runs.
+/// Asks it. A lazy answer is resolved. None when classes ask each other deeper than the stack allows, which is noted
+/// for the `depth_check` of the thread. Nothing may be locked: any code runs.
 Any ask_class(const found_member& method, std::initializer_list<Any> arguments);
 
 /// What stands for `value` where its content counts: lazy, external and weak values are resolved. Runs foreign code for
@@ -22,6 +23,8 @@ public:
     resolved_value(const resolved_value&) = delete;
     resolved_value& operator=(const resolved_value&) = delete;
     const Any& operator*() const noexcept { return *value_; }
+    /// Whether this is another value than the one given: there may be no end to what such values hold.
+    bool isResolved() const noexcept { return value_ == &made_; }
 
 private:
     Any made_;

@@ -1,7 +1,9 @@
 #include "services/comparison_run.h"
 
 #include "ling/byte_array.h"
+#include "ling/depth_check.h"
 #include "ling/hash_containers.h"
+#include "ling/stack_room.h"
 #include "ling/string.h"
 #include "services/class_answer.h"
 #include "services/number_order.h"
@@ -20,9 +22,9 @@ namespace {
 /// at each level that goes unnoticed.
 constexpr std::size_t kShallow = 16;
 
-/// Only a value that makes its items while it is walked is this deep: an external value that gives a new list around
-/// itself each time.
-constexpr std::size_t kDeepest = 250'000;
+/// How many levels may be open that came out of lazy or external values. One that gives a new list around itself each
+/// time has no end.
+constexpr std::size_t kDeepestMade = 250'000;
 
 template <class T>
 int order(T a, T b) noexcept {
@@ -34,7 +36,7 @@ std::optional<std::int64_t> answered(const found_member& method, const Any& self
     if (!method)
         return std::nullopt;
     const Any answer = ask_class(method, {self, other});
-    if (!answer.is(Kind::Integer))
+    if (!answer.is(Kind::Integer) || depth_check::isExceeded())
         return std::nullopt;
     return order<std::int64_t>(answer.asInteger(), 0);
 }
@@ -54,11 +56,11 @@ std::optional<std::int64_t> askClasses(const Any& a, const Any& b) {
         return std::nullopt;
     const bool bFirst = ofA && ofB && isDerived(b, a);
     std::optional<std::int64_t> answer = bFirst ? std::nullopt : answered(ofA, a, b);
-    if (answer)
+    if (answer || depth_check::isExceeded())
         return answer;
     if (answer = answered(ofB, b, a); answer)
         return -*answer;
-    return bFirst ? answered(ofA, a, b) : std::nullopt;
+    return bFirst && !depth_check::isExceeded() ? answered(ofA, a, b) : std::nullopt;
 }
 
 object_value_hash_map& mapOf(const Any& value) { return static_cast<object_value_hash_map&>(*value.object()); }
@@ -77,10 +79,14 @@ int compareSets(const Any& a, const Any& b) {
 }  // namespace
 
 std::int64_t comparison_run::compare(const Any& a, const Any& b) {
+    if (!has_stack_room())
+        depth_check::noteExceeded();
+    if (depth_check::isExceeded())
+        return compare_identity(a, b);
     std::int64_t found = compareResolved(a, b);
-    while (found == 0 && !levels_.empty())
+    while (found == 0 && !levels_.empty() && !depth_check::isExceeded())
         found = stepInnermost();
-    return closeAll(found);
+    return depth_check::isExceeded() ? compare_identity(a, b) : closeAll(found);
 }
 
 std::int64_t comparison_run::compareResolved(const Any& a, const Any& b) {
@@ -90,6 +96,7 @@ std::int64_t comparison_run::compareResolved(const Any& a, const Any& b) {
         return 0;
     if (std::optional<std::int64_t> answer = askClasses(*left, *right))
         return *answer;
+    made_ = left.isResolved() || right.isResolved();
     return compareContent(*left, *right);
 }
 
@@ -157,6 +164,7 @@ std::int64_t comparison_run::stepInnermost() {
         return hasLeft ? 1 : -1;
     if (levels_.size() > kShallow)
         deepPairs_.erase({innermost.a.object(), innermost.b.object()});
+    madeLevels_ -= innermost.made ? 1 : 0;
     levels_.pop_back();
     return 0;
 }
@@ -164,9 +172,9 @@ std::int64_t comparison_run::stepInnermost() {
 std::int64_t comparison_run::open(const Any& a, const Any& b, item_cursor left, item_cursor right) {
     if (isOpen(a, b))
         return 0;
-    if (levels_.size() == kDeepest)
-        return compare_identity(a, b);
-    levels_.push_back({a, b, std::move(left), std::move(right)});
+    if (made_ && ++madeLevels_ > kDeepestMade)
+        depth_check::noteExceeded();
+    levels_.push_back({a, b, std::move(left), std::move(right), made_});
     if (levels_.size() > kShallow)
         deepPairs_.insert({a.object(), b.object()});
     return 0;

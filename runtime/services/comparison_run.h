@@ -12,7 +12,8 @@ namespace ling::internal {
 ///
 /// The containers that are open are kept in a list of their own and not on the stack, which a deep value would exhaust.
 /// A pair of containers that is met again within itself is taken as equal: two values that hold themselves are equal
-/// when no difference can be found by walking them.
+/// when no difference can be found by walking them. Where the stack ends, or a value has no end, the run ends too, and
+/// notes that for the `depth_check` of the thread.
 class comparison_run {
 public:
     /// Negative, zero or positive.
@@ -24,6 +25,7 @@ private:
         Any b;
         item_cursor left;
         item_cursor right;
+        bool made;
     };
     using pair_of_places = std::pair<const object_value*, const object_value*>;
 
@@ -35,6 +37,8 @@ private:
     bool isOpen(const Any& a, const Any& b) const;
     std::int64_t closeAll(std::int64_t order);
 
+    bool made_ = false;           // The containers that are about to be opened stand for others.
+    std::size_t madeLevels_ = 0;  // Levels opened by such.
     std::vector<level> levels_;
     std::set<pair_of_places> deepPairs_;  // Those of the levels beyond the first few.
 };

@@ -10,4 +10,10 @@ String display(const Any& value) {
     return internal::display_run().text(value);
 }
 
+String internal::brief(const Any& value) {
+    if (value.is(Kind::String) && unchecked<String>(value).length() <= kLongestInMessage)
+        return unchecked<String>(value);
+    return display_run(kLongestInMessage).text(value);
+}
+
 }  // namespace ling

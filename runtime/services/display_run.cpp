@@ -7,18 +7,21 @@
 #include "ling/function.h"
 #include "ling/hash_containers.h"
 #include "ling/module.h"
+#include "ling/shown_values.h"
+#include "ling/stack_room.h"
 #include "services/class_answer.h"
 #include "services/number_order.h"
 #include "services/quoted_text.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace ling::internal {
 
 namespace {
 
-/// As for comparison: only a value that makes its items while it is walked is this deep.
-constexpr std::size_t kDeepest = 250'000;
+/// As for comparison: how many levels may be open that came out of lazy or external values.
+constexpr std::size_t kDeepestMade = 250'000;
 
 void appendInteger(string_builder& out, std::int64_t value) {
     char digits[24];
@@ -36,38 +39,53 @@ bool isText(const Any& value) {
 String display_run::text(const Any& value) {
     const resolved_value resolved(value);
     if (isText(*resolved) && !class_answer(*resolved, Any::$__display__))
-        return unchecked<String>(*resolved);
+        return cutText(unchecked<String>(*resolved));
     write(*resolved);
     while (!levels_.empty())
         writeNext();
     return out_.build();
 }
 
-/// The text that the class of the value gives for it, if any does.
+std::size_t display_run::roomFor(std::size_t wanted) const noexcept {
+    return std::min(wanted, limit_ - std::min(limit_, out_.length()));
+}
+
+String display_run::cutText(const String& text) const {
+    const std::size_t room = roomFor(text.length());
+    return room == text.length() ? text : String(text.view().substr(0, room)) + String(u"...");
+}
+
+void display_run::writeText(const String& text) { out_.append(cutText(text)); }
+
+void display_run::writeQuoted(std::u16string_view text) {
+    const std::size_t room = roomFor(text.size());
+    append_quoted(out_, text.substr(0, room));
+    out_.append(room < text.size() ? "..." : "");
+}
+
+void display_run::writeBytes(std::string_view bytes) {
+    const std::size_t room = roomFor(bytes.size());
+    out_.append("b'").append(ByteArray(bytes.substr(0, room)).toString()).append(room < bytes.size() ? "'..." : "'");
+}
+
+/// The text that the class of the value gives for it, if any does. The stack may be too short for asking.
 std::optional<String> display_run::ownText(const Any& value) {
     const found_member method = class_answer(value, Any::$__display__);
     if (!method)
         return std::nullopt;
-    shown_.insert(value.object());
+    const shown_scope shown(value.object());
+    if (!has_stack_room() || !shown.isNew())
+        return u"...";
     const Any answer = ask_class(method, {value});
-    shown_.erase(value.object());
     Result<String> given = String::cast(answer);
     return given ? std::optional(*given) : std::nullopt;
 }
 
-bool display_run::isBeingShown(const object_value* object) const {
-    for (const display_run* run = this; run != nullptr; run = run->outer_)
-        if (run->shown_.contains(object))
-            return true;
-    return false;
-}
-
 void display_run::write(const Any& value) {
     const resolved_value resolved(value);
-    if (isBeingShown((*resolved).object()) || levels_.size() == kDeepest)
-        out_.append("...");
-    else if (std::optional<String> own = ownText(*resolved))
-        out_.append(*own);
+    made_ = resolved.isResolved();
+    if (std::optional<String> own = ownText(*resolved))
+        writeText(*own);
     else
         writeContent(*resolved);
 }
@@ -91,16 +109,16 @@ void display_run::writeContent(const Any& value) {
             out_.append("undefined");
             break;
         case Kind::String:
-            append_quoted(out_, unchecked<String>(value).view());
+            writeQuoted(unchecked<String>(value).view());
             break;
         case Kind::ByteArray:
-            out_.append("b'").append(unchecked<ByteArray>(value).toString()).append("'");
+            writeBytes(unchecked<ByteArray>(value).view());
             break;
         case Kind::List:
-            open(value, "[", {value, item_cursor(value), Shape::Items, "]", "]"});
+            open(value, {"[", "]", "]"}, Shape::Items, item_cursor(value));
             break;
         case Kind::Tuple:
-            open(value, "(", {value, item_cursor(value), Shape::Items, ")", ",)"});
+            open(value, {"(", ")", ",)"}, Shape::Items, item_cursor(value));
             break;
         case Kind::Map:
             openMap(value);
@@ -124,13 +142,13 @@ void display_run::writeContent(const Any& value) {
 void display_run::writeObject(const Any& value) {
     const bool isClass = value.object()->ownClass() == nullptr && value.is(Kind::Object);
     if (isText(value))
-        append_quoted(out_, unchecked<String>(value).view());
+        writeQuoted(unchecked<String>(value).view());
     else if (is_number(value))
-        out_.append(unchecked<Decimal>(value).toString());
+        writeText(unchecked<Decimal>(value).toString());
     else if (isClass || cast_object(value, Module::getClass()) != nullptr)
         out_.append(qualname(value));
     else if (Result<Error> error = Error::cast(value))
-        out_.append(error->message());
+        writeText(error->message());
     else
         out_.append("<").append(qualname(raw_class_of(value))).append(">");
 }
@@ -143,10 +161,17 @@ void display_run::writeFunction(const Any& value) {
     out_.append(signature ? signature->toString(0) : String(u"()"));
 }
 
-void display_run::open(const Any& container, const char* opening, level opened) {
-    out_.append(opening);
-    shown_.insert(container.object());
-    levels_.push_back(std::move(opened));
+void display_run::open(const Any& container, brackets around, Shape shape, item_cursor items) {
+    shown_scope shown(container.object());
+    if (made_ && madeLevels_ == kDeepestMade)
+        isEndless_ = true;
+    if (isFull() || !shown.isNew()) {
+        out_.append("...");
+        return;
+    }
+    out_.append(around.open);
+    levels_.push_back({container, std::move(shown), std::move(items), shape, made_, around.close, around.closeSingle});
+    madeLevels_ += made_ ? 1 : 0;
 }
 
 void display_run::openMap(const Any& map) {
@@ -155,7 +180,7 @@ void display_run::openMap(const Any& map) {
         row.push_back(std::move(key));
         row.push_back(std::move(value));
     }
-    open(map, "{", {map, item_cursor(std::move(row)), Shape::Pairs, "}", "}"});
+    open(map, {"{", "}", "}"}, Shape::Pairs, item_cursor(std::move(row)));
 }
 
 /// An empty set must not look like an empty map.
@@ -164,16 +189,16 @@ void display_run::openSet(const Any& set) {
     if (items.empty())
         out_.append("Set()");
     else
-        open(set, "{", {set, item_cursor(std::move(items)), Shape::Items, "}", "}"});
+        open(set, {"{", "}", "}"}, Shape::Items, item_cursor(std::move(items)));
 }
 
 void display_run::writeNext() {
     level& innermost = levels_.back();
     Any item;
-    if (!innermost.items.next(item)) {
-        out_.append(innermost.written == 1 ? innermost.closeSingle : innermost.close);
-        shown_.erase(innermost.container.object());
-        levels_.pop_back();
+    const bool hasNext = innermost.items.next(item);
+    const bool isCut = hasNext && isFull();
+    if (!hasNext || isCut) {
+        close(isCut);
         return;
     }
     const std::size_t before = innermost.written++;
@@ -181,6 +206,17 @@ void display_run::writeNext() {
     if (before != 0)
         out_.append(isValue ? ": " : ", ");
     write(item);
+}
+
+void display_run::close(bool isCut) {
+    const level closed = std::move(levels_.back());
+    levels_.pop_back();
+    madeLevels_ -= closed.made ? 1 : 0;
+    if (isCut) {
+        const bool isValue = closed.shape == Shape::Pairs && closed.written % 2 != 0;
+        out_.append(closed.written == 0 ? "..." : isValue ? ": ..." : ", ...");
+    }
+    out_.append(!isCut && closed.written == 1 ? closed.closeSingle : closed.close);
 }
 
 }  // namespace ling::internal

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "ling/shown_values.h"
 #include "services/item_cursor.h"
 
+#include <limits>
 #include <optional>
-#include <unordered_set>
 #include <vector>
 
 namespace ling::internal {
@@ -11,14 +12,13 @@ namespace ling::internal {
 /// The making of one display text.
 ///
 /// Open containers are kept in a list, not on the stack, so that deep ones can be shown. What is being shown by this
-/// thread, here or in a run that waits for a class to give the text of its instance, shows as "..." where it comes
-/// round again.
+/// thread already, here or by anybody else (`shown_scope`), shows as "..." where it comes round again. A text may have
+/// a limit: from there on "..." stands for what is left out, and open brackets are closed.
 class display_run {
 public:
-    display_run() noexcept : outer_(innermost_) { innermost_ = this; }
+    explicit display_run(std::size_t limit = std::numeric_limits<std::size_t>::max()) noexcept : limit_(limit) {}
     display_run(const display_run&) = delete;
     display_run& operator=(const display_run&) = delete;
-    ~display_run() { innermost_ = outer_; }
 
     String text(const Any& value);
 
@@ -26,8 +26,10 @@ private:
     enum class Shape : std::uint8_t { Items, Pairs };
     struct level {
         Any container;
+        shown_scope shown;
         item_cursor items;
         Shape shape;
+        bool made;  ///< Came out of a lazy or external value.
         const char* close;
         const char* closeSingle;  ///< In place of `close` after exactly one item.
         std::size_t written = 0;
@@ -35,20 +37,33 @@ private:
 
     void write(const Any& value);
     void writeContent(const Any& value);
+    String cutText(const String& text) const;
+    void writeText(const String& text);
+    void writeQuoted(std::u16string_view text);
+    void writeBytes(std::string_view bytes);
     void writeObject(const Any& value);
     void writeFunction(const Any& value);
     void writeNext();
-    void open(const Any& container, const char* opening, level opened);
+    void close(bool isCut);
+    struct brackets {
+        const char* open;
+        const char* close;
+        const char* closeSingle;
+    };
+    void open(const Any& container, brackets around, Shape shape, item_cursor items);
     void openMap(const Any& map);
     void openSet(const Any& set);
     std::optional<String> ownText(const Any& value);
-    bool isBeingShown(const object_value* object) const;
+    bool isFull() const noexcept { return isEndless_ || out_.length() >= limit_; }
+    /// How many units there is room for, at most `wanted`.
+    std::size_t roomFor(std::size_t wanted) const noexcept;
 
-    static inline thread_local constinit display_run* innermost_ = nullptr;
-    display_run* const outer_;
+    const std::size_t limit_;
     string_builder out_;
     std::vector<level> levels_;
-    std::unordered_set<const object_value*> shown_;
+    bool made_ = false;           // The value that is being written came out of a lazy or external one.
+    std::size_t madeLevels_ = 0;  // Open levels of such values.
+    bool isEndless_ = false;
 };
 
 }  // namespace ling::internal

@@ -1,18 +1,23 @@
 #include "ling/byte_array.h"
 #include "ling/comparison.h"
+#include "ling/depth_check.h"
 #include "ling/function.h"
 #include "ling/list.h"
+#include "ling/stack_room.h"
 #include "services/class_answer.h"
 #include "services/number_order.h"
 #include "services/order_group.h"
 #include "values/content_hash.h"
 
+#include <unordered_set>
 #include <vector>
 
 namespace ling {
 
 namespace {
 
+using internal::depth_check;
+using internal::has_stack_room;
 using internal::order_group;
 using internal::content_hash::mix;
 
@@ -21,6 +26,12 @@ constexpr std::int64_t kHashOfNone = 0x6E6F6E65;
 constexpr std::int64_t kHashOfUndefined = 0x756E6465;
 constexpr std::int64_t kHashOfFalse = 0x66616C73;
 constexpr std::int64_t kHashOfTrue = 0x74727565;
+
+/// The hash of all values without an end. Two of them can be equal however differently they are made, and none equals a
+/// value with an end, so what comes before the end that is missing must not count.
+constexpr std::int64_t kHashOfEndless = 0x656E646C;
+/// As for comparison: how many levels may be open that came out of lazy or external values.
+constexpr std::size_t kDeepestMade = 250'000;
 
 constexpr std::uint64_t kTupleStart = 0x9AE16A3B2F90404FULL;
 constexpr std::uint64_t kTupleStep = 0xC949C7DEFEB1B2E9ULL;
@@ -42,6 +53,7 @@ std::int64_t hashOfFunction(const Any& value) noexcept {
 /// A tuple whose items are being hashed. Tuples in tuples are kept in a list, not on the stack.
 struct open_tuple {
     Any tuple;
+    bool made;  // Came out of a lazy or external value. Only through such can a tuple come to hold itself.
     std::size_t next = 0;
     std::uint64_t state = kTupleStart;
 
@@ -52,8 +64,12 @@ struct open_tuple {
 class hash_run {
 public:
     std::int64_t hash(const Any& value) {
-        std::int64_t hashed = enter(value);
+        if (!has_stack_room())
+            depth_check::noteExceeded();
+        std::int64_t hashed = depth_check::isExceeded() ? 0 : enter(value);
         while (!open_.empty()) {
+            if (isEndless_ || depth_check::isExceeded())
+                return kHashOfEndless;
             open_tuple& innermost = open_.back();
             if (innermost.next < innermost.items().size()) {
                 const std::size_t depth = open_.size();
@@ -63,6 +79,8 @@ public:
                 continue;
             }
             hashed = static_cast<std::int64_t>(mix(innermost.state, innermost.next + kTupleStep));
+            if (innermost.made)
+                made_.erase(innermost.tuple.object());
             open_.pop_back();
             if (!open_.empty())
                 open_.back().add(hashed);
@@ -78,10 +96,10 @@ private:
             const Any answer = internal::ask_class(method, {*resolved});
             return answer.is(Kind::Integer) ? answer.asInteger() : hashOfIdentity(*resolved);
         }
-        return enterContent(*resolved);
+        return enterContent(*resolved, resolved.isResolved());
     }
 
-    std::int64_t enterContent(const Any& value) {
+    std::int64_t enterContent(const Any& value, bool made) {
         switch (internal::order_group_of(value)) {
             case order_group::None:
                 return kHashOfNone;
@@ -98,7 +116,7 @@ private:
                 return static_cast<std::int64_t>(internal::hash_bytes(bytes.data(), bytes.size()));
             }
             case order_group::Tuple:
-                open_.push_back({value});
+                openTuple(value, made);
                 return 0;
             case order_group::Function:
                 return hashOfFunction(value);
@@ -112,7 +130,15 @@ private:
         return hashOfIdentity(value);
     }
 
+    void openTuple(const Any& tuple, bool made) {
+        if (made)
+            isEndless_ = !made_.insert(tuple.object()).second || made_.size() > kDeepestMade;
+        open_.push_back({tuple, made});
+    }
+
     std::vector<open_tuple> open_;
+    std::unordered_set<const internal::object_value*> made_;  // Those of the open tuples that are.
+    bool isEndless_ = false;
 };
 
 }  // namespace
@@ -122,7 +148,15 @@ std::int64_t hash_of(const Any& value) {
         return internal::hash_number(value);
     if (value.is(Kind::String) && value.object()->ownClass() == nullptr)
         return static_cast<std::int64_t>(unchecked<String>(value).hash());
+    const internal::depth_check check;
     return hash_run().hash(value);
+}
+
+Result<std::int64_t> try_hash(const Any& value) {
+    const internal::depth_check check;
+    const std::int64_t hash = hash_of(value);
+    Any problem = check.problem();
+    return problem.isNone() ? Result<std::int64_t>(hash) : Result<std::int64_t>::failure(std::move(problem));
 }
 
 }  // namespace ling

@@ -36,10 +36,10 @@ void addValueFunctions() {
     add("kind_of", "value", &kind_of,
         "What a value is made of: \"integer\", \"byte_array\", \"object\", ...; \"none\" for none.");
     add("display", "value", &display, "The text that shows a value to a person.");
-    add("compare_objects", "a, b", &compare_objects,
+    add("compare_objects", "a, b", &try_compare,
         "The order of two values: negative, zero for equal ones, or positive.");
     add("is_same", "a, b", &is_same, "Whether two values are one and the same object, or equal simple values.");
-    add("hash_of", "value", &hash_of, "The hash of a value. Equal values have equal hashes.");
+    add("hash_of", "value", &try_hash, "The hash of a value. Equal values have equal hashes.");
     add("object_id", "value", &object_id, "A number that no other living object has.");
 }
 

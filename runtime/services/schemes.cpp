@@ -77,7 +77,7 @@ Any load_resource(const String& uri) {
     const std::u16string_view scheme = schemeOf(uri.view());
     const Any provider = schemes().find(scheme);
     if (scheme.empty() || provider.isNone())
-        return internal::failure(String(u"Unknown URI scheme: '{}'.").arg(String(scheme)));
+        return internal::failure(String(u"Unknown URI scheme: '{}'.").arg(internal::brief(String(scheme))));
     const Any arguments[] = {String(pathOf(uri.view())), uri};
     Any bytes = internal::result_unwrap_lazy(unchecked<I_Invokable_Generic>(provider).invoke(arguments));
     if (internal::is_error_result(bytes) || ByteArray::cast(bytes))

@@ -12,7 +12,6 @@
 #include "ling/indirect_values.h"
 #include "proxies/python_proxy.h"
 
-#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -20,7 +19,7 @@ namespace ling::python {
 
 namespace {
 
-/// One rendering: the text so far, and the containers that it is inside of.
+/// One rendering: the text so far.
 class Renderer {
 public:
     /// None, or the error that ends the rendering.
@@ -33,7 +32,6 @@ private:
         const char* open;
         const char* close;
     };
-    class Visit;
     static const std::array<Step, 16> kSteps;
     static constexpr Brackets kList = {"[", "]"};
     static constexpr Brackets kMap = {"{", "}"};
@@ -71,24 +69,6 @@ private:
     }
 
     ling::string_builder text_;
-    std::vector<const ling::internal::object_value*> open_;
-};
-
-/// Notes that a container is being rendered, for as long as it lives.
-class Renderer::Visit {
-public:
-    Visit(Renderer& renderer, const ling::Any& container)
-        : open_(renderer.open_), isNew_(std::ranges::find(open_, container.object()) == open_.end()) {
-        open_.push_back(container.object());
-    }
-    ~Visit() { open_.pop_back(); }
-    Visit(const Visit&) = delete;
-    Visit& operator=(const Visit&) = delete;
-    bool isNew() const noexcept { return isNew_; }
-
-private:
-    std::vector<const ling::internal::object_value*>& open_;
-    const bool isNew_;
 };
 
 /// By kind, in the order of their numbers.
@@ -115,7 +95,7 @@ std::optional<ling::String> pythonText(const ling::Any& proxy) {
 
 bool isReachable(const ling::Class_Generic& cls) {
     const ling::Module module = cls.parentModule();
-    return !module.isNone() && !ling::property_of(module, ling::property_ident_untyped(cls.name())).isNone();
+    return !module.isNone() && !ling::property_of(module, platform::LookupName(cls.name()).property()).isNone();
 }
 
 ling::Any Renderer::render(const ling::Any& value) {
@@ -139,11 +119,11 @@ ling::Any Renderer::renderFunction(const ling::Any& value) {
 template <class Items, class RenderItem>
 ling::Any Renderer::renderItems(const ling::Any& container, Brackets brackets, const Items& items,
                                 RenderItem&& renderItem) {
-    const Visit visit(*this, container);
+    const platform::ShownScope shown(container.object());
     text_.append(brackets.open);
-    if (!visit.isNew())
+    if (!shown.isNew())
         text_.append("...");
-    for (std::size_t i = 0; visit.isNew() && i < items.size(); ++i) {
+    for (std::size_t i = 0; shown.isNew() && i < items.size(); ++i) {
         if (i > 0)
             text_.append(", ");
         if (ling::Any problem = renderItem(items[i]); !problem.isNone())

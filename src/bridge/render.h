@@ -5,7 +5,8 @@
 namespace ling::python {
 
 /// Writes a value as Python source: scalars and text as literals, containers with their items, a Python object behind a
-/// proxy as its own `repr`. What holds itself shows as "..." in its brackets where it comes round again.
+/// proxy as its own `repr`. What holds itself, directly or through Python objects that show it, shows as "..." in its
+/// brackets where it comes round again.
 ///
 /// Returns  a string, or an error result when the value, or one inside it, has no source form ("Boxed object.",
 ///          "External object.", "Non-reachable class.") or lies too deep for the stack that is left.

@@ -132,7 +132,7 @@ ling::Any Export::importFailure(const ling::String& pythonName) {
     const ling::Any error = takePythonError();
     if (!error.isNone())
         return error;
-    return platform::failure(ling::String(u"Unable to find the module: {}.").arg(pythonName));
+    return platform::failure(ling::String(u"Unable to find the module: {}.").arg(platform::brief(pythonName)));
 }
 
 ling::Any Export::putIntoTree(const ling::String& lingName, const ling::String& pythonName, PyObject* module) {

@@ -26,7 +26,7 @@ ImportPath splitPath(const ling::String& path) {
 }
 
 ling::Any notFound(const char16_t* text, const ling::String& name) {
-    return platform::failure(ling::String(text).arg(name));
+    return platform::failure(ling::String(text).arg(platform::brief(name)));
 }
 
 /// A new reference, or null. By a `str` and not by its bytes, which a NUL would cut.

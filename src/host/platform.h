@@ -1,10 +1,12 @@
 #pragma once
 
+#include "ling/depth_check.h"
 #include "ling/error.h"
 #include "ling/hash_containers.h"
 #include "ling/list.h"
 #include "ling/module.h"
 #include "ling/native_function.h"
+#include "ling/shown_values.h"
 
 #include <initializer_list>
 #include <span>
@@ -61,8 +63,15 @@ ling::FunctionCL_Generic makeFunction(std::string_view name, std::string_view na
 /// Puts a module that we made into the host's tree, under its own name. None, or an error result.
 inline ling::Any registerModule(const ling::Module& module) { return ling::internal::register_module(module); }
 
+/// A value as a message has room for it.
+using ling::internal::brief;
 /// A name to look a member up by, which leaves nothing behind when nobody declared it.
 using LookupName = ling::internal::lookup_name;
+/// What is being shown on this thread, in whatever language: it is not shown again inside itself.
+using ShownScope = ling::internal::shown_scope;
+/// Ends all comparisons and hashes that are under way on this thread: the stack is used up.
+inline void noteTooDeep() noexcept { ling::internal::depth_check::noteExceeded(); }
+
 /// One line for the host's log, about something that went wrong where nobody waits for a result.
 inline void report(const ling::String& line) { ling::internal::assertion_log(line); }
 

@@ -25,7 +25,8 @@ Helper notCompiled() { return Helper::failure(platform::failure(u"Unable to comp
 Helper raised() { return Helper::failure(pendingErrorOr(platform::failure(u"Unable to compile the function."))); }
 
 Helper notFound(const ling::String& name) {
-    return Helper::failure(platform::failure(ling::String(u"Unable to find the function: {}.").arg(name)));
+    return Helper::failure(
+        platform::failure(ling::String(u"Unable to find the function: {}.").arg(platform::brief(name))));
 }
 
 /// Takes the word and the blanks behind it off the front of `text`, if it stands there.

@@ -2,6 +2,7 @@
 
 #include "ling/error.h"
 #include "ling/members.h"
+#include "lingobject/guarded_slot.h"
 #include "lingobject/instance.h"
 #include "lingobject/slot_result.h"
 
@@ -89,7 +90,7 @@ PyGetSetDef* makePropertyTable(const ling::Class_Generic& cls) {
     for (std::size_t i = 0; i < properties.size(); ++i) {
         const char* name = keepName(properties[i].id);
         const ling::Property& property = properties[i].member;
-        table[i] = {name, getProperty, property.setter().isNone() ? nullptr : setProperty,
+        table[i] = {name, guarded<getProperty>, property.setter().isNone() ? nullptr : guarded<setProperty>,
                     keepText(property.doc().toStdString()), const_cast<char*>(name)};
     }
     return table;

@@ -8,6 +8,7 @@
 #include "ling/map_interface.h"
 #include "ling/members.h"
 #include "ling/sequence.h"
+#include "lingobject/guarded_slot.h"
 #include "lingobject/instance.h"
 #include "lingobject/slot_result.h"
 #include "lingobject/wrapper.h"
@@ -240,10 +241,10 @@ Table* makeTable() {
 PyNumberMethods* numberTable() {
     static PyNumberMethods* table = [] {
         auto* slots = makeTable<PyNumberMethods>();
-        slots->nb_subtract = binarySlot<kSubtract>;
-        slots->nb_inplace_subtract = binarySlot<kInplaceSubtract>;
-        slots->nb_true_divide = binarySlot<kDivide>;
-        slots->nb_inplace_true_divide = binarySlot<kInplaceDivide>;
+        slots->nb_subtract = guarded<binarySlot<kSubtract>>;
+        slots->nb_inplace_subtract = guarded<binarySlot<kInplaceSubtract>>;
+        slots->nb_true_divide = guarded<binarySlot<kDivide>>;
+        slots->nb_inplace_true_divide = guarded<binarySlot<kInplaceDivide>>;
         return slots;
     }();
     return table;
@@ -252,14 +253,14 @@ PyNumberMethods* numberTable() {
 PySequenceMethods* sequenceTable() {
     static PySequenceMethods* table = [] {
         auto* slots = makeTable<PySequenceMethods>();
-        slots->sq_length = length;
-        slots->sq_concat = binarySlot<kConcat>;
-        slots->sq_repeat = repeatSlot<kRepeat>;
-        slots->sq_item = item;
-        slots->sq_ass_item = assignItem;
-        slots->sq_contains = contains;
-        slots->sq_inplace_concat = binarySlot<kInplaceConcat>;
-        slots->sq_inplace_repeat = repeatSlot<kInplaceRepeat>;
+        slots->sq_length = guarded<length>;
+        slots->sq_concat = guarded<binarySlot<kConcat>>;
+        slots->sq_repeat = guarded<repeatSlot<kRepeat>>;
+        slots->sq_item = guarded<item>;
+        slots->sq_ass_item = guarded<assignItem>;
+        slots->sq_contains = guarded<contains>;
+        slots->sq_inplace_concat = guarded<binarySlot<kInplaceConcat>>;
+        slots->sq_inplace_repeat = guarded<repeatSlot<kInplaceRepeat>>;
         return slots;
     }();
     return table;
@@ -268,9 +269,9 @@ PySequenceMethods* sequenceTable() {
 PyMappingMethods* mappingTable() {
     static PyMappingMethods* table = [] {
         auto* slots = makeTable<PyMappingMethods>();
-        slots->mp_length = length;
-        slots->mp_subscript = subscript;
-        slots->mp_ass_subscript = assignSubscript;
+        slots->mp_length = guarded<length>;
+        slots->mp_subscript = guarded<subscript>;
+        slots->mp_ass_subscript = guarded<assignSubscript>;
         return slots;
     }();
     return table;

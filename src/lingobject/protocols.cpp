@@ -40,19 +40,26 @@ void deallocate(PyObject* self) {
 
 Py_hash_t hash(PyObject* self) {
     const Receiver receiver(self);  // What compares as its target does hashes as that, too.
-    const std::int64_t number = ling::internal::is_instance<ling::I_Immutable>(*receiver) ? ling::hash_of(*receiver)
-                                                                                          : ling::object_id(*receiver);
-    return number == -1 ? -2 : static_cast<Py_hash_t>(number);
+    const ling::Result<std::int64_t> number = ling::internal::is_instance<ling::I_Immutable>(*receiver)
+                                                  ? ling::try_hash(*receiver)
+                                                  : ling::object_id(*receiver);
+    if (!number) {
+        (void)raiseMessage(number.error());
+        return -1;
+    }
+    return *number == -1 ? -2 : static_cast<Py_hash_t>(*number);
 }
 
 PyObject* compare(PyObject* self, PyObject* other, int operation) {
     ling::Any right;
     if (!takeArgument(other, right))
         return nullptr;
-    const std::int64_t order = ling::compare_objects(*Receiver(self), right);
+    const ling::Result<std::int64_t> order = ling::try_compare(*Receiver(self), right);
     if (PyErr_Occurred() != nullptr)
         return nullptr;
-    Py_RETURN_RICHCOMPARE(order, 0, operation);
+    if (!order)
+        return raiseMessage(order.error());
+    Py_RETURN_RICHCOMPARE(*order, 0, operation);
 }
 
 PyObject* representation(PyObject* self) {

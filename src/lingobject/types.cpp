@@ -6,6 +6,7 @@
 #include "lingobject/attributes.h"
 #include "lingobject/call.h"
 #include "lingobject/class_tables.h"
+#include "lingobject/guarded_slot.h"
 #include "lingobject/instance.h"
 #include "lingobject/operators.h"
 #include "lingobject/protocols.h"
@@ -41,11 +42,11 @@ PyTypeObject* makeType(const char* name, const char* doc) {
     type->tp_as_mapping = mappingTable();
     type->tp_hash = hash;
     type->tp_str = text;
-    type->tp_getattro = lookUpAttribute;
-    type->tp_setattro = assignAttribute;
+    type->tp_getattro = guarded<lookUpAttribute>;
+    type->tp_setattro = guarded<assignAttribute>;
     type->tp_richcompare = compare;
-    type->tp_iter = iterate;
-    type->tp_iternext = nextItem;
+    type->tp_iter = guarded<iterate>;
+    type->tp_iternext = guarded<nextItem>;
     return type;
 }
 
@@ -65,7 +66,7 @@ PyTypeObject* makeCallableType() {
     PyTypeObject* type = makeType(kFamilyName, kFamilyDoc);
     if (type != nullptr) {
         type->tp_as_number = numberTable();
-        type->tp_call = call;
+        type->tp_call = guarded<call>;
     }
     type = makeReady(type);
     return type != nullptr && addSharedMembers(type) ? type : nullptr;
@@ -115,7 +116,7 @@ PyTypeObject* makeClassType(const ClassParts& parts) {
     if (type == nullptr)
         return nullptr;
     type->tp_base = base;
-    type->tp_call = call;
+    type->tp_call = guarded<call>;
     type->tp_methods = parts.methods;
     type->tp_getset = parts.properties;
     return makeReady(type);

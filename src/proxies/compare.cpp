@@ -93,8 +93,10 @@ ling::Any compareObjects(const ling::Any& self, const ling::Any& other) {
         return byIdentity(self, other);
     if (left == right)
         return 0;
-    if (!hasStackRoom())
+    if (!hasStackRoom()) {
+        platform::noteTooDeep();
         return byIdentity(self, other);
+    }
     PythonEntry entry;
     ComparisonScope scope;
     if (std::optional<ling::Any> known = scope.findOrOpen(left, right))

@@ -44,13 +44,16 @@ constexpr Cycle kCycles[] = {
      "[..., ..., ..., ..., ..., ..., ..., ..., ..., ...]",
      "[[...], [...], [...], [...], [...], [...], [...], [...], [...], [...]]"},
     {"MapInItself", "x = ling.Map(); x['s'] = x", "x.clear()", "{'s': ...}", "{'s': {...}}"},
-    {"ListThroughATuple", "x = ling.List(); x.append((x,))", "x.clear()", "[([(...)],)]", "[([(...)],)]"},
-    {"MapThroughAPythonList", "x = ling.Map(); x['p'] = [x]", "x.clear()", "{'p': [{'p': [...]}]}",
-     "{'p': [{'p': [...]}]}"},
-    {"ListThroughAPythonDictionary", "x = ling.List(); x.append({1: x})", "x.clear()", "[{1: [{...}]}]",
-     "[{1: [{...}]}]"},
-    {"MapThroughAListAndAPythonList", "x = ling.Map(); x['l'] = ling.List([[x]])", "x.clear()",
-     "{'l': [[{'l': [[...]]}]]}", "{'l': [[{'l': [[...]]}]]}"},
+    {"ListThroughATuple", "x = ling.List(); x.append((x,))", "x.clear()", "[([...],)]", "[([...],)]"},
+    {"MapThroughAPythonList", "x = ling.Map(); x['p'] = [x]", "x.clear()", "{'p': [{...}]}", "{'p': [{...}]}"},
+    {"ListThroughAPythonDictionary", "x = ling.List(); x.append({1: x})", "x.clear()", "[{1: [...]}]", "[{1: [...]}]"},
+    {"MapThroughAListAndAPythonList", "x = ling.Map(); x['l'] = ling.List([[x]])", "x.clear()", "{'l': [[{...}]]}",
+     "{'l': [[{...}]]}"},
+    {"ListThroughAnObject",
+     "x = ling.List(); x += [type('Holder', (), {'__repr__': lambda self: f'<{x!r}>', '__eq__': lambda *ab: True})()] "
+     "* 9",
+     "x.clear()", "[<[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>]",
+     "[<[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>]"},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, RecursiveContainers, testing::ValuesIn(kCycles),
                          [](const auto& row) { return row.param.name; });
@@ -92,6 +95,57 @@ TEST_F(DeepContainers, AnswerOrFailOnASmallStack) {
 #endif
     for (const Nesting& nesting : kNestings)
         onSmallStack([&nesting] { EXPECT_EQ(askAll(nesting.step, 5'000), "[]") << nesting.step; });
+}
+
+/// Each operation asks Python for something that asks for the operation again: through no call that is counted, and
+/// long before Python's own limit where the stack is small.
+TEST_F(DeepContainers, RecursionThroughBothEndsOnASmallStack) {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "The thread checker needs more of the stack than this leaves.";
+#endif
+    onSmallStack([] {
+        EXPECT_EQ(script(R"(
+class Equal:
+    def __eq__(self, other): return ling.bound_method([Equal()], 'indexOf')(self) == 0
+class Iterable:
+    def __iter__(self): return ling.bound_method(Iterable(), 'iter')()
+class Keys(dict):
+    def keys(self): return ling.property_value(Keys(), 'keys')
+class Attribute:
+    def __getattr__(self, name): return ling.bound_method(Attribute(), name)
+class Class:
+    __class__ = property(lambda self: ling.List([Class()]))
+class Length:
+    def __len__(self): return len(ling.List([Length()])) and ling.property_value(Length(), 'length')
+    def __getitem__(self, index): return ling.bound_method(Length(), 'at')(index)
+def listed(): return ling.List([Class()])
+probes = [probe(lambda: Equal() == Equal()), probe(iter, Iterable()), probe(lambda: Keys().keys()),
+          probe(lambda: Attribute().name), probe(listed), probe(len, Length()), probe(lambda: Length()[0])]
+return len(probes))"),
+                  "7");
+    });
+}
+
+/// A structure of both worlds is shown in a time that grows with its depth.
+TEST_F(DeepContainers, AreShownOnceForEachLevel) {
+    EXPECT_EQ(script(R"(
+shown = []
+class Counting:
+    def __init__(self, *inner): self.inner = inner
+    def __repr__(self):
+        shown.append(self)
+        return repr(self.inner)
+lists = [ling.List() for _ in range(12)]
+for each in lists: each.append(Counting(lists[0]))
+lists[0].extend([Counting(each) for each in lists])
+text = repr(lists[0])
+before = len(shown)
+text = str(lists[0])
+answer = [before, len(shown) - before]
+shown.clear()
+for each in lists: each.clear()
+return answer)"),
+              "[24, 24]");
 }
 
 /// Each level of Python containers asks its items up to three times, which took for ever from twenty levels on.

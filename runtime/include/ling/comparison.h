@@ -25,10 +25,18 @@ LING_EXPORT String display(const Any& value);
 /// holds while both live.
 ///
 /// Values that hold themselves are equal when walking them shows no difference. Nothing is locked while classes answer.
+///
+/// Native containers may be nested as deep as memory allows, objects whose classes answer as deep as the stack allows.
+/// Where that ends the two are ordered by identity.
 LING_EXPORT std::int64_t compare_objects(const Any& a, const Any& b);
+/// As `compare_objects`, or an error result ("The value is nested too deeply.") where the stack ends before the answer.
+LING_EXPORT Result<std::int64_t> try_compare(const Any& a, const Any& b);
 /// Equal values have equal hashes. What can change (lists, maps, sets) and all other objects hash by identity, unless
-/// their class gives `$__hash__`; so an equal list is another key.
+/// their class gives `$__hash__`; so an equal list is another key. Values without an end, which hold themselves or make
+/// their items while they are walked, all hash alike.
 LING_EXPORT std::int64_t hash_of(const Any& value);
+/// As `hash_of`, or an error result where the stack ends before the answer.
+LING_EXPORT Result<std::int64_t> try_hash(const Any& value);
 /// One and the same object, or equal immediates of one kind.
 LING_EXPORT bool is_same(const Any& a, const Any& b) noexcept;
 /// A number that no other living object has.

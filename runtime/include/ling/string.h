@@ -6,9 +6,21 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace ling {
+
+namespace internal {
+
+/// The longest text of a value in a message, in UTF-16 units.
+inline constexpr std::size_t kLongestInMessage = 200;
+/// The display text of a value as far as a message has room for it. What comes after the first `kLongestInMessage`
+/// units is left out: of a container the items that follow, which "..." stands for before its closing bracket; of a
+/// text its rest. So a message stays short however large the value.
+LING_EXPORT String brief(const Any& value);
+
+}  // namespace internal
 
 /// Immutable text in UTF-16.
 ///
@@ -69,9 +81,11 @@ public:
     /// Puts the display texts of `values` into the places marked "{}", in order. "{{" and "}}" stand for one brace;
     /// a place without a value stays "{}", a value without a place is left out.
     String argImplMethod(std::span<const Any> values) const;
+    /// The same for a message. What is given as a `String` is part of the text and stands whole; a value stands as
+    /// `internal::brief` shows it.
     template <class... Values>
     String arg(const Values&... values) const {
-        const Any list[] = {Any(values)...};
+        const Any list[] = {placed(values)...};
         return argImplMethod(list);
     }
 
@@ -88,9 +102,19 @@ private:
     explicit String(Any&& value) noexcept : Any(std::move(value)) {}
     friend struct string_access;
     static String uninitialised(std::size_t length);
+    template <class Value>
+    static Any placed(const Value& value);
     char16_t* writable() noexcept;
     static String concat(std::u16string_view a, std::u16string_view b);
 };
+
+template <class Value>
+Any String::placed(const Value& value) {
+    if constexpr (std::is_base_of_v<Any, Value> && !std::is_same_v<Value, String>)
+        return internal::brief(value);
+    else
+        return Any(value);
+}
 
 /// Gathers pieces of text into one string. Not shared between threads.
 class LING_EXPORT string_builder {

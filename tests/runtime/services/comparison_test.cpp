@@ -351,7 +351,7 @@ TEST_F(ComparisonOf, MapsThatHoldThemselvesEnd) {
 
 TEST_F(ComparisonOf, DeepContainersNeedNoStack) {
     onSmallStack([] {
-        constexpr int kDepth = 100'000;
+        constexpr int kDepth = 251'000;
         auto nested = [](Any item, bool tuples) {
             for (int i = 0; i < kDepth; ++i)
                 item = tuples ? Any(tupleOf(item)) : Any(listOf(item));
@@ -446,6 +446,57 @@ TEST_F(ComparisonOf, AnObjectThatComparesItselfEnds) {
         EXPECT_NE(ordered(a, b), 0);
         EXPECT_EQ(hash_of(a), hash_of(a));
     });
+}
+
+const field_ident_untyped $next("_next");
+
+/// Objects that compare and hash by what the next of them says.
+TEST_F(ComparisonOf, ChainsAreFollowedAsFarAsTheStackReaches) {
+    const Class_Generic cls =
+        internal::defclass_impl("Link", "")
+            .field($next)
+            .method(
+                Any::$__compare__, "other",
+                [](const Any& a, const Any& b) { return compare_objects(a.fieldValue($next), b.fieldValue($next)); })
+            .method(Any::$__hash__, "", [](const Any& self) { return hash_of(self.fieldValue($next)); })
+            .build();
+    const auto chain = [&](int length, Any last) {
+        for (int i = 0; i < length; ++i) {
+            const Any link = cls.allocateInstance();
+            (void)link.setFieldValue($next, last);
+            last = link;
+        }
+        return last;
+    };
+    EXPECT_EQ(ordered(chain(1000, 1), chain(1000, 1.0)), 0);
+    EXPECT_EQ(ordered(chain(1000, 1), chain(1000, 2)), -1);
+    EXPECT_EQ(hash_of(chain(1000, 1)), hash_of(1));
+    onSmallStack([&] {
+        const Any deep = chain(20'000, 1);
+        const Any same = chain(20'000, 1);
+        const Any kTooDeep = internal::failure(u"The value is nested too deeply.");
+        EXPECT_EQ(shown(try_compare(deep, same)), shown(kTooDeep));
+        EXPECT_EQ(shown(try_compare(listOf(deep), listOf(same))), shown(kTooDeep));
+        EXPECT_EQ(shown(try_hash(tupleOf(deep))), shown(kTooDeep));
+        EXPECT_EQ(shown(listOf(deep).contains(same)), shown(kTooDeep));
+        EXPECT_EQ(shown(tupleOf(deep).indexOf(same)), shown(kTooDeep));
+        Map_Generic map;
+        EXPECT_EQ(shown(map.set(deep, 1)), shown(kTooDeep));
+        EXPECT_EQ(map.size(), 0u);
+        EXPECT_EQ(shown(try_compare(1, 1)), "0") << "The next one starts afresh.";
+    });
+}
+
+TEST_F(ComparisonOf, ValuesWithoutAnEndHashAlike) {
+    Any first;
+    first = tupleOf(1, External_Generic([&] { return first; }));
+    Any second;
+    second = tupleOf(1, External_Generic([&] { return tupleOf(1, External_Generic([&] { return second; })); }));
+    Any made;
+    made = External_Generic([&] { return tupleOf(1, made); });
+    EXPECT_EQ(hash_of(first), hash_of(second));
+    EXPECT_EQ(hash_of(first), hash_of(made));
+    first = second = made = Any();
 }
 
 TEST_F(ComparisonOf, AClassMayChangeTheContainersThatAreCompared) {

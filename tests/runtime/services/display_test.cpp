@@ -156,17 +156,19 @@ TEST_F(DisplayOf, AnObjectThatShowsItsOwnContainerEnds) {
 }
 
 TEST_F(DisplayOf, AChainOfObjectsEnds) {
-    Class_Generic cls = displayClass([&](const Any&) { return String(u".") + display(cls.allocateInstance()); });
-    const String text = display(cls.allocateInstance());
-    EXPECT_TRUE(text.startsWith(u"....")) << text.toStdString();
-    EXPECT_EQ(text.view().substr(text.length() - 8), u".<Shown>");
-    EXPECT_LT(text.length(), 1000u);
+    Class_Generic cls = displayClass([&](const Any&) { return String(u"-") + display(cls.allocateInstance()); });
+    onSmallStack([&] {
+        const String text = display(cls.allocateInstance());
+        EXPECT_TRUE(text.startsWith(u"----")) << text.toStdString();
+        EXPECT_EQ(text.view().substr(text.length() - 4), u"-...");
+        EXPECT_GT(text.length(), 104u) << "The stack ends it, not a number of levels.";
+    });
     cls = Class_Generic();
 }
 
 TEST_F(DisplayOf, DeepContainersNeedNoStack) {
     onSmallStack([] {
-        constexpr std::size_t kDepth = 100'000;
+        constexpr std::size_t kDepth = 251'000;
         Any nested = tupleOf();
         for (std::size_t i = 0; i < kDepth; ++i)
             nested = listOf(std::move(nested));
@@ -179,8 +181,30 @@ TEST_F(DisplayOf, AValueThatGrowsWhileItIsShownEnds) {
     Any endless;
     endless = External_Generic([&] { return listOf(endless); });
     const String text = display(endless);
-    EXPECT_EQ(text.indexOf(u"...]"), 250'000);
+    EXPECT_EQ(text.indexOf(u"...]"), 250'001);
     endless = Any();
+}
+
+TEST_F(DisplayOf, AMessageHasRoomForTheBeginningOfAValue) {
+    const auto messageAbout = [](const Any& value) { return String(u"<{}>").arg(value).toStdString(); };
+    EXPECT_EQ(messageAbout(listOf(1, String(u"a"))), "<[1, 'a']>");
+    const String text = String(std::u16string(300, u'x'));
+    EXPECT_EQ(String(u"<{}>").arg(text).length(), 302u) << "A text that the message is made of.";
+    EXPECT_EQ(messageAbout(Any(text)), "<" + std::string(200, 'x') + "...>");
+    EXPECT_EQ(messageAbout(listOf(text)), "<['" + std::string(199, 'x') + "'...]>");
+    EXPECT_EQ(messageAbout(listOf(listOf(text, 1), 2)), "<[['" + std::string(198, 'x') + "'..., ...], ...]>");
+    const List_Generic many;
+    for (int i = 0; i < 1000; ++i)
+        many.append(i % 10);
+    EXPECT_EQ(messageAbout(many).substr(0, 8) + messageAbout(many).substr(197), "<[0, 1, 5, 6, ...]>");
+    EXPECT_EQ(display(many).length(), 3000u) << "Only messages are cut.";
+    Map_Generic map;
+    map.set(text, 1);
+    EXPECT_EQ(messageAbout(map), "<{'" + std::string(199, 'x') + "'...: ...}>");
+    Any nested = listOf();
+    for (int i = 0; i < 1000; ++i)
+        nested = listOf(std::move(nested));
+    EXPECT_EQ(messageAbout(nested), "<" + std::string(200, '[') + "..." + std::string(200, ']') + ">");
 }
 
 }  // namespace

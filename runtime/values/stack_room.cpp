@@ -1,4 +1,4 @@
-#include "host/stack_room.h"
+#include "ling/stack_room.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,11 +6,11 @@
 
 #include <pthread.h>
 
-namespace ling::python {
+namespace ling::internal {
 
 namespace {
 
-/// What one round may need at most: compiling deeply nested source takes the most.
+/// What one round may need at most: a guest that compiles deeply nested source takes the most.
 constexpr std::size_t kRoom = 256 * 1024;
 
 struct Stack {
@@ -36,10 +36,10 @@ Stack findStack() noexcept {
 
 }  // namespace
 
-bool hasStackRoom() noexcept {
+bool has_stack_room() noexcept {
     thread_local const Stack stack = findStack();
     const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
     return here < stack.bottom || here >= stack.top || here >= stack.limit;
 }
 
-}  // namespace ling::python
+}  // namespace ling::internal
