@@ -140,8 +140,7 @@ std::int64_t hash_decimal(const decimal_number& number) noexcept {
     const auto period = static_cast<std::int64_t>(kHashPrime - 1);
     const std::int64_t exponent = (number.exponent % period + period) % period;
     remainder = hash_product(remainder, hash_power(10, static_cast<std::uint64_t>(exponent)));
-    const auto hash = static_cast<std::int64_t>(remainder);
-    return number.negative ? -hash : hash;
+    return hash_of_remainder(remainder, number.negative);
 }
 
 }  // namespace ling::internal

@@ -2,6 +2,7 @@
 
 #include "library/counted_buffer.h"
 #include "ling/any.h"
+#include "values/content_hash.h"
 
 #include <memory>
 #include <span>
@@ -69,8 +70,8 @@ private:
     static constexpr std::uint32_t kRemoved = 0xFFFFFFFE;
     static constexpr std::size_t kSparse = 32;
 
-    // The hash of a small integer is the integer: its bits are spread before some of them are taken.
-    static std::uint64_t mixed(std::uint64_t hash) noexcept { return hash * 0x9E3779B97F4A7C15ULL; }
+    // A class may hash its instances to numbers that differ in a few bits, high or low: all of them must count.
+    static std::uint64_t mixed(std::uint64_t hash) noexcept { return content_hash::mix(hash, content_hash::kSecond); }
     static std::size_t home(std::uint64_t hash) noexcept { return mixed(hash) >> 32; }
     static std::uint32_t tagOf(std::uint64_t hash) noexcept { return static_cast<std::uint32_t>(mixed(hash)); }
     void enter(std::uint64_t hash, std::size_t entry) noexcept;

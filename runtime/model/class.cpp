@@ -12,8 +12,8 @@
 #include "model/class_tables.h"
 #include "model/define.h"
 
-#include <algorithm>
 #include <array>
+#include <unordered_set>
 
 namespace ling {
 
@@ -84,16 +84,14 @@ namespace {
 template <class Identifier, class Member>
 std::vector<Declared<Identifier, Member>> listMembers(
     const object_value_class* record, Inherited inherited,
-    std::vector<internal::declared_member<Identifier>> class_declarations::*list) {
+    internal::declared_members<Identifier> class_declarations::*list) {
     std::vector<Declared<Identifier, Member>> all;
-    auto isListed = [&](const Identifier& id) {
-        return std::any_of(all.begin(), all.end(), [&](const auto& member) { return member.id == id; });
-    };
+    std::unordered_set<const internal::identifier_data*> listed;
     for (const object_value_class* declarer : record->ancestry()) {
         (void)declarer->ensureMembers();
         for (const auto& declared :
-             read_declarations(*declarer, [list](const class_declarations& own) { return own.*list; }))
-            if (!isListed(declared.id))
+             read_declarations(*declarer, [list](const class_declarations& own) { return (own.*list).all(); }))
+            if (listed.insert(declared.id.data()).second)
                 all.push_back({declared.id, unchecked<Member>(declared.member)});
         if (inherited == Inherited::No)
             break;

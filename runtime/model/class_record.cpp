@@ -6,9 +6,11 @@
 #include "model/argument_frame.h"
 #include "model/class_tables.h"
 #include "model/define.h"
+#include "values/content_hash.h"
 
 #include <algorithm>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -46,7 +48,7 @@ struct class_structure {
     static const class_tables* buildLocked(const object_value_class* klass) {
         std::unique_ptr<class_tables> built = build_tables(const_cast<object_value_class*>(klass), &tablesLocked);
         const class_tables* tables = built.get();
-        klass->declarations_->retired.push_back(std::move(built));
+        klass->declarations_->tables.push_back(std::move(built));
         klass->outline_.store(tables, std::memory_order_release);
         return tables;
     }
@@ -137,25 +139,55 @@ struct class_structure {
         return agree ? nullptr : u"The instances of the class '{}' would be of two makes.";
     }
 
-    static void removeChild(object_value_class* parent, object_value_class* child) {
-        std::vector<object_value_class*>& children = parent->declarations_->children;
-        children.erase(std::remove(children.begin(), children.end(), child), children.end());
+    /// The same for what no table shows.
+    template <class Change>
+    static void note(object_value_class* klass, Change&& change) {
+        [[maybe_unused]] Any replaced;
+        std::lock_guard hold(guard());
+        replaced = change(*klass->declarations_);
+    }
+
+    /// Declares one member. Tables in use take it in where they stand: a class that grows while it is used would leave
+    /// one set of tables behind for each member otherwise.
+    template <class Identifier>
+    static void declare(object_value_class* klass, declared_members<Identifier> class_declarations::*list,
+                        const Identifier& id, object_value_class* definer, const Any& member) {
+        [[maybe_unused]] Any replaced;
+        std::lock_guard hold(guard());
+        replaced = (klass->declarations_.get()->*list).put(id, definer, member);
+        static std::uint64_t changes = 0;
+        follow(klass, id, ++changes);
+    }
+
+    static void forgetChild(object_value_class* parent, object_value_class* child) {
+        parent->declarations_->children.erase(child);
+    }
+
+    /// A class may be reached through several parents: it follows each change once.
+    static void follow(object_value_class* klass, const identifier& id, std::uint64_t change) {
+        class_declarations& own = *klass->declarations_;
+        if (klass->outline_.load(std::memory_order_relaxed) == nullptr || own.lastChange == change)
+            return;
+        own.lastChange = change;
+        if (!updated(*own.tables.back(), id)) {
+            invalidate(klass);
+            return;
+        }
+        for (object_value_class* child : own.children)
+            follow(child, id, change);
+    }
+
+    /// Memory that ends is no reason to fail: what cannot be changed in its place is built anew when somebody looks.
+    static bool updated(class_tables& tables, const identifier& id) noexcept {
+        try {
+            return update_tables(tables, id);
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
     }
 };
 
 namespace {
-
-template <class Identifier>
-Any addMember(std::vector<declared_member<Identifier>>& members, const Identifier& id, object_value_class* definer,
-              const Any& member) {
-    for (declared_member<Identifier>& present : members)
-        if (present.id == id) {
-            present.definer = definer;
-            return std::exchange(present.member, member);
-        }
-    members.push_back({id, member, definer});
-    return Any();
-}
 
 Any nativeValuesError(const String& name) { return failure(String(kNativeValues).arg(name)); }
 
@@ -176,7 +208,7 @@ object_value_class::object_value_class(const String& name)
 object_value_class::~object_value_class() {
     std::lock_guard hold(class_structure::guard());
     for (const Class_Generic& parent : declarations_->parents)
-        class_structure::removeChild(parent.record(), this);
+        class_structure::forgetChild(parent.record(), this);
 }
 
 const class_tables& object_value_class::tables() const {
@@ -247,7 +279,7 @@ Any object_value_class::add_parent_unsafe(const Class_Generic& parent) {
     class_structure::changeUnless(this, refuses, [&](class_declarations& own) {
         if (std::find(own.parents.begin(), own.parents.end(), parent) == own.parents.end()) {
             own.parents.push_back(parent);
-            above->declarations_->children.push_back(this);
+            above->declarations_->children.insert(this);
         }
     });
     return problem == nullptr ? Any() : failure(String(problem).arg(name_));
@@ -264,39 +296,36 @@ Any object_value_class::add_field_unsafe(const field_ident_untyped& id, const Ty
 
 void object_value_class::add_method_unsafe(const method_ident_untyped& id, object_value_class* definer,
                                            const I_Invokable_Generic& method) {
-    class_structure::change(this, [&](class_declarations& own) { return addMember(own.methods, id, definer, method); });
+    class_structure::declare(this, &class_declarations::methods, id, definer, method);
 }
 
 void object_value_class::add_property_unsafe(const property_ident_untyped& id, object_value_class* definer,
                                              const Property& property) {
-    class_structure::change(this,
-                            [&](class_declarations& own) { return addMember(own.properties, id, definer, property); });
+    class_structure::declare(this, &class_declarations::properties, id, definer, property);
 }
 
 void object_value_class::add_class_method_unsafe(const method_ident_untyped& id, object_value_class* definer,
                                                  const I_Invokable_Generic& method) {
-    class_structure::change(this,
-                            [&](class_declarations& own) { return addMember(own.classMethods, id, definer, method); });
+    class_structure::declare(this, &class_declarations::classMethods, id, definer, method);
 }
 
 void object_value_class::add_class_property_unsafe(const property_ident_untyped& id, object_value_class* definer,
                                                    const Property& property) {
-    class_structure::change(
-        this, [&](class_declarations& own) { return addMember(own.classProperties, id, definer, property); });
+    class_structure::declare(this, &class_declarations::classProperties, id, definer, property);
 }
 
 void object_value_class::set_doc_unsafe(const String& doc) {
-    class_structure::change(this, [&](class_declarations& own) { return std::exchange(own.doc, doc); });
+    class_structure::note(this, [&](class_declarations& own) { return std::exchange(own.doc, doc); });
 }
 
 void object_value_class::set_example_unsafe(Language language, const String& example) {
-    class_structure::change(this, [&](class_declarations& own) {
+    class_structure::note(this, [&](class_declarations& own) {
         return std::exchange(own.examples[static_cast<std::size_t>(language)], example);
     });
 }
 
 void object_value_class::set_module_unsafe(const Module& module) {
-    class_structure::change(this, [&](class_declarations& own) { return std::exchange(own.module, module); });
+    class_structure::note(this, [&](class_declarations& own) { return std::exchange(own.module, module); });
 }
 
 void object_value_class::set_interface_unsafe() {
@@ -331,7 +360,7 @@ void object_value_class::set_generic_unsafe(const Class_Generic& generic, std::v
 }
 
 void object_value_class::set_generic_parents_unsafe(void (*addParents)(object_value_class*, std::span<const Type>)) {
-    class_structure::change(this, [&](class_declarations& own) {
+    class_structure::note(this, [&](class_declarations& own) {
         own.addGenericParents = addParents;
         return Any();
     });
@@ -339,10 +368,18 @@ void object_value_class::set_generic_parents_unsafe(void (*addParents)(object_va
 
 namespace {
 
+std::size_t hashOf(std::span<const Type> parameters) noexcept {
+    std::uint64_t hash = parameters.size();
+    for (const Type& parameter : parameters)
+        hash = content_hash::mix(hash ^ parameter.hash(), content_hash::kFirst);
+    return hash;
+}
+
 Class_Generic findInstance(const class_declarations& generic, std::span<const Type> parameters) {
-    for (const Class_Generic& instance : generic.instances)
-        if (std::ranges::equal(instance.record()->declarations().parameters, parameters))
-            return instance;
+    const auto [first, end] = generic.instances.equal_range(hashOf(parameters));
+    for (auto instance = first; instance != end; ++instance)
+        if (std::ranges::equal(instance->second.record()->declarations().parameters, parameters))
+            return instance->second;
     return Class_Generic();
 }
 
@@ -380,7 +417,7 @@ Class_Generic object_value_class::genericInstance(std::span<const Type> paramete
     present = findInstance(*declarations_, parameters);  // Another thread may have been faster.
     if (!present.isNone())
         return present;
-    declarations_->instances.push_back(instance);
+    declarations_->instances.emplace(hashOf(parameters), instance);
     return instance;
 }
 

@@ -104,14 +104,18 @@ void addMembers(member_table& table, const Ancestry& ancestry, Members class_dec
             table.addUnlessPresent(declared.id, {declared.member.object(), declared.definer, classLevel});
 }
 
-void fillMembers(class_tables& tables) {
+/// A class that is changed while it is in use is changed again: room for as many names once more keeps the number of
+/// tables that were once in use small. `factor` is one or two.
+void fillMembers(class_tables& tables, std::size_t factor) {
     const Ancestry& ancestry = tables.ancestry;
     const std::size_t classMethods = countMembers(ancestry, &class_declarations::classMethods);
     const std::size_t classProperties = countMembers(ancestry, &class_declarations::classProperties);
-    tables.classMethods = member_table(classMethods);
-    tables.classProperties = member_table(classProperties);
-    tables.methods = member_table(classMethods + countMembers(ancestry, &class_declarations::methods));
-    tables.properties = member_table(classProperties + countMembers(ancestry, &class_declarations::properties));
+    const std::size_t methods = classMethods + countMembers(ancestry, &class_declarations::methods);
+    const std::size_t properties = classProperties + countMembers(ancestry, &class_declarations::properties);
+    tables.classMethods = member_table(classMethods * factor);
+    tables.classProperties = member_table(classProperties * factor);
+    tables.methods = member_table(methods * factor);
+    tables.properties = member_table(properties * factor);
     addMembers(tables.classMethods, ancestry, &class_declarations::classMethods, true);
     addMembers(tables.classProperties, ancestry, &class_declarations::classProperties, true);
     addMembers(tables.methods, ancestry, &class_declarations::methods, false);
@@ -124,7 +128,35 @@ void fillMembers(class_tables& tables) {
     tables.propertyProtocol = tables.methods.find(Any::$__property__);
 }
 
+/// What the nearest ancestor declares under a name.
+template <class Members>
+found_member nearest(const Ancestry& ancestry, Members class_declarations::*list, const identifier& id,
+                     bool classLevel) {
+    for (object_value_class* ancestor : ancestry)
+        if (const auto* declared = (ancestor->declarations().*list).find(id))
+            return {declared->member.object(), declared->definer, classLevel};
+    return {};
+}
+
+bool update(member_table& table, const identifier& id, const found_member& member) {
+    return !member || table.change(id, member);
+}
+
 }  // namespace
+
+bool update_tables(class_tables& tables, const identifier& id) {
+    // These two are kept apart as well.
+    if (id == Any::$__method__ || id == Any::$__property__)
+        return false;
+    const Ancestry& ancestry = tables.ancestry;
+    const found_member classMethod = nearest(ancestry, &class_declarations::classMethods, id, true);
+    const found_member classProperty = nearest(ancestry, &class_declarations::classProperties, id, true);
+    const found_member method = nearest(ancestry, &class_declarations::methods, id, false);
+    const found_member property = nearest(ancestry, &class_declarations::properties, id, false);
+    return update(tables.classMethods, id, classMethod) && update(tables.classProperties, id, classProperty) &&
+           update(tables.methods, id, method ? method : classMethod) &&
+           update(tables.properties, id, property ? property : classProperty);
+}
 
 std::unique_ptr<class_tables> build_tables(object_value_class* klass,
                                            const class_tables& (*tablesOf)(const object_value_class*)) {
@@ -144,7 +176,7 @@ std::unique_ptr<class_tables> build_tables(object_value_class* klass,
     tables->isInterface = own.isInterface;
     tables->generic = own.generic;
     tables->parameters = own.parameters;
-    fillMembers(*tables);
+    fillMembers(*tables, own.tables.empty() ? 1 : 2);
     return tables;
 }
 

@@ -6,6 +6,9 @@
 
 #include <memory>
 #include <mutex>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace ling::internal {
@@ -22,19 +25,52 @@ struct declared_field {
     Field field;
 };
 
+/// The members of one kind that a class declares, in order of declaration.
+template <class Identifier>
+class declared_members {
+public:
+    using value_type = declared_member<Identifier>;
+    auto begin() const noexcept { return members_.begin(); }
+    auto end() const noexcept { return members_.end(); }
+    std::size_t size() const noexcept { return members_.size(); }
+    const std::vector<value_type>& all() const noexcept { return members_; }
+
+    const value_type* find(const identifier& id) const noexcept {
+        const auto found = positions_.find(id.data());
+        return found == positions_.end() ? nullptr : &members_[found->second];
+    }
+    /// Adds a member, or puts it in the place of the one that has the name, which is handed out.
+    Any put(const Identifier& id, object_value_class* definer, const Any& member) {
+        if (const auto found = positions_.find(id.data()); found != positions_.end()) {
+            value_type& present = members_[found->second];
+            present.definer = definer;
+            return std::exchange(present.member, member);
+        }
+        if (members_.size() == members_.capacity())
+            members_.reserve(2 * members_.size() + 1);  // What can fail comes first.
+        positions_.emplace(id.data(), members_.size());
+        members_.push_back({id, member, definer});
+        return Any();
+    }
+
+private:
+    std::vector<value_type> members_;
+    std::unordered_map<const identifier_data*, std::size_t> positions_;
+};
+
 /// What a class says about itself. Everything else is derived from this and the parents'. Guarded by the lock of the
 /// class structure: whoever reads it outside of that goes through `read_declarations`.
 struct class_declarations {
     std::vector<Class_Generic> parents;
-    std::vector<object_value_class*> children;  ///< Borrowed: a dying child takes itself out.
+    std::unordered_set<object_value_class*> children;  ///< Borrowed: a dying child takes itself out.
     std::vector<declared_field> fields;
     /// All fields that tables of this class ever had, by their places in an instance. It only grows: instances that are
     /// there keep their fields where they are when an ancestor gains one.
     std::vector<field_ident_untyped> layout;
-    std::vector<declared_member<method_ident_untyped>> methods;
-    std::vector<declared_member<property_ident_untyped>> properties;
-    std::vector<declared_member<method_ident_untyped>> classMethods;
-    std::vector<declared_member<property_ident_untyped>> classProperties;
+    declared_members<method_ident_untyped> methods;
+    declared_members<property_ident_untyped> properties;
+    declared_members<method_ident_untyped> classMethods;
+    declared_members<property_ident_untyped> classProperties;
     String doc;
     String examples[3];
     Module module;
@@ -42,9 +78,10 @@ struct class_declarations {
     bool isInterface = false;
     Class_Generic generic;
     std::vector<Type> parameters;
-    std::vector<Class_Generic> instances;  ///< Of this generic.
+    std::unordered_multimap<std::size_t, Class_Generic> instances;  ///< Of this generic, by the hash of the parameters.
     void (*addGenericParents)(object_value_class*, std::span<const Type>) = nullptr;
-    std::vector<std::unique_ptr<const class_tables>> retired;  ///< A reader may still hold one of these.
+    std::vector<std::unique_ptr<class_tables>> tables;  ///< The last may be in use; a reader may still hold the others.
+    std::uint64_t lastChange = 0;                       ///< The number of the last change that this class has followed.
 };
 
 /// The flattened view of a class and its ancestry.
@@ -71,8 +108,13 @@ auto read_declarations(const object_value_class& cls, Read&& read) {
     return read(cls.declarations());
 }
 
-/// Builds the tables of a class; `tablesOf` gives those of its parents. The lock of the class structure is held.
+/// Builds the tables of a class; `tablesOf` gives those of its parents. The lock of the class structure is held, here
+/// and below. A class that had tables before gets some with room for as many names again.
 std::unique_ptr<class_tables> build_tables(object_value_class* klass,
                                            const class_tables& (*tablesOf)(const object_value_class*));
+
+/// Lets tables that are in use answer what is declared under a name now. False when they have no room for it, or need
+/// more changes than the name shows: they are to be built anew.
+bool update_tables(class_tables& tables, const identifier& id);
 
 }  // namespace ling::internal

@@ -121,27 +121,35 @@ Any object_value_native_function::argumentError(std::size_t index, const Any& fo
 namespace {
 
 /// A function with its leading arguments already supplied.
+///
+/// One that binds further arguments of another shares it, and goes straight to what both call: bound functions can be
+/// bound again and again, and each binding takes as much memory as its own arguments.
 class object_value_bound_function final : public object_value_function {
 public:
-    object_value_bound_function(I_Invokable_Generic target, std::span<const Any> leading)
-        : target_(std::move(target)), leading_(leading.begin(), leading.end()) {}
+    object_value_bound_function(const I_Invokable_Generic& target, std::span<const Any> leading)
+        : before_(dynamic_cast<const object_value_bound_function*>(target.object()) == nullptr ? Any() : Any(target)),
+          target_(before_.isNone() ? target : before()->target_),
+          leading_(leading.begin(), leading.end()),
+          count_(leading.size() + (before_.isNone() ? 0 : before()->count_)) {}
 
     Any invoke(std::span<const Any> arguments) override {
-        argument_frame frame(leading_.size() + arguments.size());
-        frame.addAll(leading_);
+        argument_frame frame(count_ + arguments.size());
+        addLeading(frame);
         frame.addAll(arguments);
         return target_.invoke(frame);
     }
     Any invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) override {
-        argument_frame frame(leading_.size() + positional.size());
-        frame.addAll(leading_);
+        argument_frame frame(count_ + positional.size());
+        addLeading(frame);
         frame.addAll(positional);
         return target_.invokeWith(frame, named);
     }
     String name() const override { return nameOf(target_); }
     String doc() const override { return docOf(target_); }
     bool isIndependent() const noexcept override { return true; }
-    function_identity identity() const noexcept override { return {target_.object(), leading_}; }
+    function_identity identity() const noexcept override {
+        return {before_.isNone() ? target_.object() : before_.object(), leading_};
+    }
 
     Result<Signature> signature() const override {
         Result<Signature> whole = target_.signature();
@@ -150,14 +158,32 @@ public:
         const std::vector<Parameter>& all = whole->parameters();
         std::vector<Parameter> open;
         for (std::size_t i = 0; i < all.size(); ++i)
-            if (i >= leading_.size() || !takes_one_position(all[i].mode()))
+            if (i >= count_ || !takes_one_position(all[i].mode()))
                 open.push_back(all[i]);
         return Signature(std::move(open), whole->resultType());
     }
 
 private:
-    const I_Invokable_Generic target_;
+    void addLeading(argument_frame& frame) const {
+        if (before_.isNone()) {
+            frame.addAll(leading_);
+            return;
+        }
+        std::vector<const object_value_bound_function*> chain;
+        for (const object_value_bound_function* bound = this; bound != nullptr; bound = bound->before())
+            chain.push_back(bound);
+        for (auto bound = chain.rbegin(); bound != chain.rend(); ++bound)
+            frame.addAll((*bound)->leading_);
+    }
+    /// Null for the first of a chain.
+    const object_value_bound_function* before() const noexcept {
+        return static_cast<const object_value_bound_function*>(before_.object());
+    }
+
+    const Any before_;                  // The bound function whose arguments come first.
+    const I_Invokable_Generic target_;  // What all of the chain call: never a bound function.
     const std::vector<Any> leading_;
+    const std::size_t count_;  // With those of the functions before.
 };
 
 object_value_function* functionRecord(const Any& value) noexcept {

@@ -4,45 +4,46 @@ namespace ling::internal {
 
 Any own_member_list::find(const identifier_data* name) const {
     std::lock_guard hold(guard_);
-    auto position = positions_.find(name);
-    return position == positions_.end() ? Any() : members_[position->second].second;
+    auto found = places_.find(name);
+    return found == places_.end() ? Any() : found->second->second;
 }
 
 Any own_member_list::put(const identifier_data* name, const Any& member) {
     std::lock_guard hold(guard_);
-    auto [position, isNew] = positions_.try_emplace(name, members_.size());
-    if (!isNew)
-        return std::exchange(members_[position->second].second, member);
-    members_.emplace_back(name, member);
+    if (auto found = places_.find(name); found != places_.end())
+        return std::exchange(found->second->second, member);
+    add(name, member);
     return Any();
 }
 
 Any own_member_list::putUnlessPresent(const identifier_data* name, const Any& member) {
     std::lock_guard hold(guard_);
-    auto [position, isNew] = positions_.try_emplace(name, members_.size());
-    if (!isNew)
-        return members_[position->second].second;
-    members_.emplace_back(name, member);
+    if (auto found = places_.find(name); found != places_.end())
+        return found->second->second;
+    add(name, member);
     return Any();
+}
+
+void own_member_list::add(const identifier_data* name, const Any& member) {
+    std::list<named_member> added{{name, member}};  // Joins the others once nothing can fail any more.
+    places_.emplace(name, added.begin());
+    members_.splice(members_.end(), added);
 }
 
 Any own_member_list::remove(const identifier_data* name) {
     std::lock_guard hold(guard_);
-    auto found = positions_.find(name);
-    if (found == positions_.end())
+    auto found = places_.find(name);
+    if (found == places_.end())
         return Any();
-    const std::size_t position = found->second;
-    Any removed = std::move(members_[position].second);
-    members_.erase(members_.begin() + static_cast<std::ptrdiff_t>(position));
-    positions_.erase(found);
-    for (auto& [key, index] : positions_)
-        index -= index > position ? 1 : 0;
+    Any removed = std::move(found->second->second);
+    members_.erase(found->second);
+    places_.erase(found);
     return removed;
 }
 
-std::vector<std::pair<const identifier_data*, Any>> own_member_list::copy() const {
+std::vector<own_member_list::named_member> own_member_list::copy() const {
     std::lock_guard hold(guard_);
-    return members_;
+    return {members_.begin(), members_.end()};
 }
 
 own_members* find_own_members(const Any& value) noexcept {

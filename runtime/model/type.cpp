@@ -6,6 +6,7 @@
 #include "ling/error.h"
 #include "ling/interfaces.h"
 #include "model/canonical_text.h"
+#include "values/content_hash.h"
 
 #include <algorithm>
 
@@ -178,6 +179,17 @@ bool operator==(const Type& a, const Type& b) noexcept {
            std::all_of(left.parts.begin(), left.parts.end(), [&](const Type& part) {
                return std::find(right.parts.begin(), right.parts.end(), part) != right.parts.end();
            });
+}
+
+std::size_t Type::hash() const noexcept {
+    const object_value_type& own = record(*this);
+    // The parts are added up, since those of a union come in any order.
+    std::uint64_t parts = 0;
+    for (const Type& part : own.parts)
+        parts += part.hash();
+    const auto content = own.cls.rawBits() ^ own.name.hash() ^ internal::content_hash::kSecond;
+    return internal::content_hash::mix(content + static_cast<std::uint64_t>(own.form),
+                                       parts ^ internal::content_hash::kFirst);
 }
 
 Result<Type> Type::cast(const Any& value) { return internal::cast_handle<Type>(value); }

@@ -1,5 +1,7 @@
 #include "values/number_hash.h"
 
+#include "values/content_hash.h"
+
 #include <cmath>
 
 namespace ling::internal {
@@ -13,12 +15,12 @@ std::uint64_t turned(std::uint64_t remainder, int by) noexcept {
     return by == 0 ? remainder : ((remainder << by) & kHashPrime) | (remainder >> (kBits - by));
 }
 
-std::int64_t signedHash(std::uint64_t remainder, bool negative) noexcept {
-    const auto value = static_cast<std::int64_t>(remainder);
-    return negative ? -value : value;
-}
-
 }  // namespace
+
+std::int64_t hash_of_remainder(std::uint64_t remainder, bool negative) noexcept {
+    const std::uint64_t hash = content_hash::mix(remainder, content_hash::kSecond);
+    return static_cast<std::int64_t>(negative ? 0 - hash : hash);
+}
 
 std::uint64_t hash_product(std::uint64_t a, std::uint64_t b) noexcept {
     __extension__ using wide = unsigned __int128;
@@ -41,7 +43,7 @@ std::uint64_t hash_power(std::uint64_t base, std::uint64_t exponent) noexcept {
 std::int64_t hash_integer(std::int64_t value) noexcept {
     const auto bits = static_cast<std::uint64_t>(value);
     const std::uint64_t magnitude = value < 0 ? 0 - bits : bits;
-    return signedHash(magnitude % kHashPrime, value < 0);
+    return hash_of_remainder(magnitude % kHashPrime, value < 0);
 }
 
 std::int64_t hash_float(double value) noexcept {
@@ -53,7 +55,7 @@ std::int64_t hash_float(double value) noexcept {
     const double fraction = std::frexp(std::fabs(value), &exponent);
     const auto mantissa = static_cast<std::uint64_t>(std::ldexp(fraction, 53));  // Exact: a double has 53 bits.
     const int by = ((exponent - 53) % kBits + kBits) % kBits;
-    return signedHash(turned(mantissa, by), value < 0);
+    return hash_of_remainder(turned(mantissa, by), value < 0);
 }
 
 }  // namespace ling::internal

@@ -3,6 +3,7 @@
 #include "ling/any.h"
 #include "ling/identifier.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -16,10 +17,14 @@ struct found_member {
     object_value_class* definer = nullptr;  ///< The class that declares it.
     bool classLevel = false;                ///< Takes no receiver.
     explicit operator bool() const noexcept { return member != nullptr; }
+    friend bool operator==(const found_member&, const found_member&) = default;
 };
 
-/// A hash table from names to members: open addressing, at most half full, never changed once built. It is defined
-/// here so that a look-up that succeeds at once needs no call.
+/// A hash table from names to members: open addressing, at most half full. It is defined here so that a look-up that
+/// succeeds at once needs no call.
+///
+/// Anybody may look while one thread changes it, and what was found stays in its place as long as the table lives: a
+/// name that changes its member gets another slot, and its old one is passed over from then on.
 class LING_EXPORT member_table {
 public:
     /// Room for `count` names.
@@ -27,17 +32,20 @@ public:
     /// The member, or one that is empty. It stays in its place as long as the table lives.
     const found_member& find(const identifier& id) const noexcept {
         const slot& first = slots_[home(id.data())];
-        return first.key == id.data() ? first.value : findFurther(id.data());
+        return first.key.load(std::memory_order_acquire) == id.data() ? first.value : findFurther(id.data());
     }
 
     /// Adds a name unless it is there already. The table keeps the member.
     void addUnlessPresent(const identifier& id, const found_member& member);
-    /// Arranges the names once all are there, so that more of them are found at the first look.
+    /// Arranges the names once all are there, so that more of them are found at the first look. Nobody looks as yet.
     void arrange();
+    /// Lets a name answer `member` from now on, while others look. False, with nothing changed, when there is no room
+    /// left: the table has to be built anew.
+    bool change(const identifier& id, const found_member& member);
 
 private:
     struct slot {
-        const identifier_data* key = nullptr;
+        std::atomic<const identifier_data*> key{nullptr};  // Written last, and never without a member.
         found_member value;
     };
 
@@ -46,12 +54,13 @@ private:
         return (reinterpret_cast<std::uintptr_t>(key) * multiplier_) >> shift_;
     }
     const found_member& findFurther(const identifier_data* key) const noexcept;
-    void place(const slot& entry) noexcept;
+    void place(const identifier_data* key, const found_member& member) noexcept;
     std::size_t countDisplaced() const;
 
     std::uint64_t multiplier_ = 0x9E3779B97F4A7C15ULL;
     std::size_t mask_;
     unsigned shift_;
+    std::size_t used_ = 0;  // Slots that no name can have any more, those passed over included.
     std::unique_ptr<slot[]> slots_;
     std::vector<Any> kept_;
 };

@@ -33,6 +33,7 @@ public:
     String toString() const;  ///< "Integer", "Option<String>", "Integer|String", "List<Any>".
 
     friend LING_EXPORT bool operator==(const Type& a, const Type& b) noexcept;
+    std::size_t hash() const noexcept;  ///< Equal for equal types.
 
     static Result<Type> cast(const Any& value);
     static const Class_Generic& getClass();

@@ -39,6 +39,31 @@ TEST_P(MemberTable, FindsEachNameAndNoOther) {
 
 INSTANTIATE_TEST_SUITE_P(Sizes, MemberTable, ::testing::Values(0, 1, 2, 3, 17, 1000));
 
+TEST(MemberTableChange, AddsAndReplacesWhileThereIsRoom) {
+    member_table table(4);
+    std::vector<Any> members;
+    std::vector<const found_member*> answers;
+    const auto change = [&](std::size_t name) {
+        members.push_back(make_function("f", "", [] {}));
+        if (!table.change(nameOf(name), {members.back().object(), nullptr, false}))
+            return false;
+        answers.push_back(&table.find(nameOf(name)));
+        EXPECT_EQ(answers.back()->member, members.back().object());
+        return true;
+    };
+    for (std::size_t i = 0; i < 4; ++i)
+        ASSERT_TRUE(change(i % 3));
+    int more = 0;
+    while (change(0))
+        ++more;
+    EXPECT_LT(more, 16);
+    for (std::size_t i = 0; i < answers.size(); ++i)
+        EXPECT_EQ(answers[i]->member, members[i].object()) << "What was found stays as it was.";
+    EXPECT_EQ(table.find(nameOf(0)).member, members[answers.size() - 1].object());
+    EXPECT_EQ(table.find(nameOf(1)).member, members[1].object());
+    EXPECT_FALSE(table.find(nameOf(3)));
+}
+
 TEST(MemberTableLifetime, KeepsItsMembersAlive) {
     const method_ident_untyped name = nameOf(0);
     const std::size_t before = live_object_count();
