@@ -5,6 +5,7 @@
 #include "ling/comparison.h"
 #include "ling/error.h"
 #include "ling/list.h"
+#include "ling/module.h"
 #include "model/argument_frame.h"
 #include "model/own_members.h"
 
@@ -59,11 +60,11 @@ found_method find_method(const Any& value, const method_ident_untyped& id) {
 namespace helpers {
 
 Any error_method_not_found(const String& name, const Any& value) {
-    return failure(String(u"Method '{}' not found in: {}.").arg(name, display(value)));
+    return failure(String(u"Method '{}' not found in: {}.").arg(brief(name), value));
 }
 
 Any error_property_not_found(const String& name, const Any& value) {
-    return failure(String(u"Property '{}' not found in: {}.").arg(name, display(value)));
+    return failure(String(u"Property '{}' not found in: {}.").arg(brief(name), value));
 }
 
 }  // namespace helpers
@@ -155,6 +156,8 @@ Any raw_insert_property(const Any& value, const property_ident_untyped& id, cons
     if (object == nullptr)
         return internal::cannotCarryMembers(value);
     internal::ensure_own_members(*object).properties.put(id.data(), property);
+    if (id == Module::$$bindMembers)
+        internal::note_binding(value);
     return Any();
 }
 
@@ -243,7 +246,7 @@ field_place findField(const Any& value, const field_ident_untyped& id) {
 }
 
 Any fieldNotFound(const field_ident_untyped& id, const Any& value) {
-    return internal::failure(String(u"Field '{}' not found in: {}.").arg(id.name(), display(value)));
+    return internal::failure(String(u"Field '{}' not found in: {}.").arg(internal::brief(id.name()), value));
 }
 
 }  // namespace

@@ -5,8 +5,7 @@
 #include "ling/interfaces.h"
 #include "ling/list.h"
 #include "services/define.h"
-
-#include <algorithm>
+#include "services/module_tree.h"
 
 namespace ling {
 
@@ -117,7 +116,10 @@ void define_module_members() {
         .property(Module::$$bindMembers,
                   property_builder()
                       .getter([](const Module& self) { return record(self).bindsMembers(); })
-                      .setter([](const Module& self, bool binds) { record(self).setBindsMembers(binds); })
+                      .setter([](const Module& self, bool binds) {
+                          record(self).setBindsMembers(binds);
+                          note_binding(self);
+                      })
                       .doc("Whether a language also binds the module's classes and functions by bare name where it "
                            "evaluates code."))
         .build();

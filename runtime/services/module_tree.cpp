@@ -6,6 +6,9 @@
 #include "model/own_members.h"
 #include "services/module_name.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace ling::internal {
 
 module_tree& module_tree::instance() {
@@ -36,9 +39,20 @@ std::vector<Module> module_tree::all() const {
     return modules;
 }
 
+std::vector<Module> module_tree::at(const std::vector<std::size_t>& positions) const {
+    std::lock_guard hold(guard_);
+    std::vector<Module> modules;
+    for (const std::size_t position : positions)
+        modules.push_back(entries_[position].module);
+    return modules;
+}
+
+std::vector<Module> module_tree::topLevel() const { return at(topLevel_); }
+std::vector<Module> module_tree::binding() const { return at(binding_); }
+
 Any module_tree::ensure(const String& name) {
     if (!is_module_name(name))
-        return failure(String(u"Invalid module name: '{}'.").arg(name));
+        return failure(String(u"Invalid module name: '{}'.").arg(brief(name)));
     if (Module present = find(name); !present.isNone())
         return present;
     Any parent = ensureAbove(name);
@@ -53,7 +67,7 @@ Any module_tree::ensure(const String& name) {
 Any module_tree::add(const Module& module) {
     const String name = module.name();
     if (!is_module_name(name))
-        return failure(String(u"Invalid module name: '{}'.").arg(name));
+        return failure(String(u"Invalid module name: '{}'.").arg(brief(name)));
     Any parent = ensureAbove(name);
     if (is_error_result(parent))
         return parent;
@@ -107,6 +121,19 @@ Any module_tree::place(const Module& parent, const Module& module) {
     return winner;
 }
 
+namespace {
+
+/// Whether a class of modules gives an answer of its own to `Module::$$bindMembers`. One that has left its members for
+/// later does not: nobody asks for all that is in a module for the sake of this.
+bool answers_for_binding(const object_value_class& cls) {
+    if (cls.expectsMembers())
+        return false;
+    const found_member& answer = cls.findProperty(Module::$$bindMembers);
+    return answer && answer.definer != Module::getClass().record();
+}
+
+}  // namespace
+
 Module module_tree::publish(const Module& module) {
     const auto& record = static_cast<const object_value_module&>(*module.object());
     std::lock_guard hold(guard_);
@@ -117,12 +144,38 @@ Module module_tree::publish(const Module& module) {
 }
 
 void module_tree::markLinked(const Module& module) {
-    const auto& record = static_cast<const object_value_module&>(*module.object());
+    auto& record = static_cast<object_value_module&>(*module.object());
+    const bool asksClass = answers_for_binding(*record.ownClass());
     std::lock_guard hold(guard_);
-    entries_[positions_.at(record.name().view())].linked = true;
+    const std::size_t position = positions_.at(record.name().view());
+    if (std::exchange(entries_[position].linked, true))
+        return;
+    if (record.name().view().find(u'.') == std::u16string_view::npos) {
+        topLevel_.push_back(position);
+        version_.fetch_add(1, std::memory_order_release);
+    }
+    record.mayBindMembers |= asksClass;
+    if (record.mayBindMembers)
+        noteBindingLocked(position);
 }
 
-Any name_is_taken(const String& name) { return failure(String(u"The name '{}' is taken.").arg(name)); }
+void module_tree::noteBinding(const Module& module) {
+    auto& record = static_cast<object_value_module&>(*module.object());
+    std::lock_guard hold(guard_);
+    if (std::exchange(record.mayBindMembers, true))
+        return;
+    // One that is not in the tree as yet is noted when it is linked.
+    const auto found = positions_.find(record.name().view());
+    if (found != positions_.end() && entries_[found->second].linked && entries_[found->second].module.isSameAs(module))
+        noteBindingLocked(found->second);
+}
+
+void module_tree::noteBindingLocked(std::size_t position) {
+    binding_.insert(std::lower_bound(binding_.begin(), binding_.end(), position), position);
+    version_.fetch_add(1, std::memory_order_release);
+}
+
+Any name_is_taken(const String& name) { return failure(String(u"The name '{}' is taken.").arg(brief(name))); }
 
 namespace {
 
@@ -157,7 +210,10 @@ std::optional<Any> claim_name(const Module& module, const property_ident_untyped
     const Any declared = declared_property(*raw_class_record(module), id);
     if (!declared.isNone())
         return occupant_behind(declared);
-    return occupant_behind(ensure_own_members(*module.object()).properties.putUnlessPresent(id.data(), property));
+    const Any present = ensure_own_members(*module.object()).properties.putUnlessPresent(id.data(), property);
+    if (present.isNone() && id == Module::$$bindMembers)
+        note_binding(module);
+    return occupant_behind(present);
 }
 
 }  // namespace ling::internal
@@ -169,6 +225,15 @@ using internal::module_tree;
 Module find_module(const String& name) { return module_tree::instance().find(name); }
 
 Any find_or_create_module(const String& name) { return module_tree::instance().ensure(name); }
+
+std::vector<Module> top_level_modules() { return module_tree::instance().topLevel(); }
+std::vector<Module> binding_modules() { return module_tree::instance().binding(); }
+std::uint64_t module_tree_version() noexcept { return module_tree::instance().version(); }
+
+void internal::note_binding(const Any& module) {
+    if (cast_object(module, Module::getClass()) != nullptr)
+        module_tree::instance().noteBinding(unchecked<Module>(module));
+}
 
 List_Generic modules() {
     const std::vector<Module> all = module_tree::instance().all();

@@ -2,6 +2,7 @@
 
 #include "ling/module.h"
 
+#include <atomic>
 #include <mutex>
 #include <optional>
 #include <unordered_map>
@@ -21,6 +22,11 @@ public:
     Any ensure(const String& name);         ///< The module, or an error result.
     Any add(const Module& module);          ///< None, or an error result.
     std::vector<Module> all() const;        ///< Parents before children.
+    /// Some of these, gathered as they come: nobody has to look at all for them.
+    std::vector<Module> topLevel() const;
+    std::vector<Module> binding() const;
+    std::uint64_t version() const noexcept { return version_.load(std::memory_order_acquire); }
+    void noteBinding(const Module& module);
 
 private:
     struct entry {
@@ -32,11 +38,16 @@ private:
     Any place(const Module& parent, const Module& module);
     Module publish(const Module& module);
     void markLinked(const Module& module);
+    void noteBindingLocked(std::size_t position);
+    std::vector<Module> at(const std::vector<std::size_t>& positions) const;
     Module findListed(const String& name) const;
 
     mutable std::mutex guard_;
     std::vector<entry> entries_;                                      // In order of publication.
     std::unordered_map<std::u16string_view, std::size_t> positions_;  // By the name that the module itself keeps.
+    std::vector<std::size_t> topLevel_;
+    std::vector<std::size_t> binding_;  // Sorted.
+    std::atomic<std::uint64_t> version_{0};
 };
 
 /// The error result for a name that something else has.

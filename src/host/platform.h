@@ -60,6 +60,11 @@ ling::FunctionCL_Generic makeFunction(std::string_view name, std::string_view na
     return ling::make_function(name, names, std::forward<Code>(code), doc);
 }
 
+/// The host's modules without a dot in their names, and those that have to be asked whether their members are bound by
+/// bare name. Neither takes longer for the modules below.
+inline std::vector<ling::Module> topLevelModules() { return ling::top_level_modules(); }
+inline std::vector<ling::Module> bindingModules() { return ling::binding_modules(); }
+
 /// Puts a module that we made into the host's tree, under its own name. None, or an error result.
 inline ling::Any registerModule(const ling::Module& module) { return ling::internal::register_module(module); }
 

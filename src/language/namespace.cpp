@@ -5,13 +5,9 @@
 #include "host/platform.h"
 #include "language/variables.h"
 
-#include <algorithm>
-
 namespace ling::python {
 
 namespace {
-
-bool isTopLevel(const ling::Module& module) { return module.name().view().find(u'.') == std::u16string_view::npos; }
 
 /// Asks for the property first: reading one that is not there would make an error each time. A Python module has
 /// nothing registered in it to be bound, and asking it would import it.
@@ -37,36 +33,27 @@ ling::Any bindMembers(PyObject* target, const ling::Module& module) {
     return {};
 }
 
-/// Calls `bind` with each module of the host until one has a problem.
-template <class Bind>
-ling::Any forEachModule(Bind&& bind) {
-    for (const ling::Any& item : platform::itemsOf(ling::modules())) {
-        const ling::Result<ling::Module> module = ling::Module::cast(item);
-        if (!module)
-            continue;
-        if (ling::Any problem = bind(*module); !problem.isNone())
-            return problem;
-    }
-    return {};
-}
-
 }  // namespace
 
 ling::Any bindModules(PyObject* target) {
-    return forEachModule([target](const ling::Module& module) {
-        return isTopLevel(module) ? bindVariable(target, module.name(), module) : ling::Any();
-    });
+    for (const ling::Module& module : platform::topLevelModules()) {
+        if (ling::Any problem = bindVariable(target, module.name(), module); !problem.isNone())
+            return problem;
+    }
+    return {};
 }
 
 ling::Any mergeNamespace(PyObject* target) {
     PyRef fresh = PyRef::steal(PyDict_New());
     if (!fresh)
         return takePythonError();
-    ling::Any problem = forEachModule([&fresh](const ling::Module& module) {
-        return bindsMembers(module) ? bindMembers(fresh.get(), module) : ling::Any();
-    });
-    if (problem.isNone())
-        problem = bindModules(fresh.get());
+    for (const ling::Module& module : platform::bindingModules()) {
+        if (!bindsMembers(module))
+            continue;
+        if (ling::Any problem = bindMembers(fresh.get(), module); !problem.isNone())
+            return problem;
+    }
+    ling::Any problem = bindModules(fresh.get());
     if (problem.isNone() && PyDict_Merge(target, fresh.get(), 1) != 0)
         problem = takePythonError();
     return problem;

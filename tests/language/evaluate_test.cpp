@@ -12,8 +12,11 @@
 #include "support/python_test.h"
 #include "support/small_stack.h"
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
+
+#include <time.h>
 
 using ling::Any;
 using ling::Map_Generic;
@@ -190,6 +193,27 @@ TEST_F(EvaluateTest, SeesTheHostsModules) {
     (void)ling::find_or_create_module("evaluate_test_later.inner");
     EXPECT_EQ(textOf(expression("type(evaluate_test_later).__name__[:5]")), "ling~");
     EXPECT_EQ(messageOf(expression("inner")), "name 'inner' is not defined");
+}
+
+TEST_F(EvaluateTest, TakesNoLongerForModulesBelowTheTop) {
+    const auto cost = [] {
+        double best = 1;
+        for (int i = 0; i < 100; ++i) {
+            timespec before{};
+            timespec after{};
+            clock_gettime(CLOCK_THREAD_CPUTIME_ID, &before);
+            (void)expression("1+1");
+            clock_gettime(CLOCK_THREAD_CPUTIME_ID, &after);
+            best = std::min(best, static_cast<double>(after.tv_sec - before.tv_sec) +
+                                      static_cast<double>(after.tv_nsec - before.tv_nsec) * 1e-9);
+        }
+        return best;
+    };
+    (void)ling::find_or_create_module("evaluate_test_many.first");
+    const double alone = cost();
+    for (int i = 0; i < 2000; ++i)
+        (void)ling::find_or_create_module(String("evaluate_test_many.m" + std::to_string(i)));
+    EXPECT_LT(cost() / alone, 3);
 }
 
 TEST_F(EvaluateTest, BindsTheMembersOfModulesThatAskForIt) {

@@ -42,6 +42,11 @@ constexpr Row kAttributes[] = {
      "AttributeError: 'ling~things`Thing' object has no attribute 'colour'"},
     {"GetterFails", "t.broken", "RuntimeError: Cannot be read."},
     {"Unknown", "t.nothing", "AttributeError: 'ling~things`Thing' object has no attribute 'nothing'"},
+    {"MessageAboutALargeValue",
+     "return [len(probe(each)) < 300 for each in (lambda: read(ling.List(range(10**5)), 'nothing'),"
+     " lambda: t.greet('you', ling.List(range(10**5))), lambda: ling.List([1]) - 1, lambda: ling.Integer('x' * 10**5),"
+     " lambda: ling.List(range(10**5)) - 1, lambda: ling.Map()['x' * 10**4])]",
+     "[True, True, True, True, True, False]"},
     {"PrivateMemberNeverReached", "t._hidden", "AttributeError: 'ling~things`Thing' object has no attribute '_hidden'"},
     {"PrivateStoreGoesToLing", "t._own = 3\nreturn probe(lambda: t._own)",
      "AttributeError: 'ling~things`Thing' object has no attribute '_own'"},
@@ -239,6 +244,15 @@ TEST_F(WrapperIdentity, AnErrorThatCrossesAndComesBackIsTheSame) {
     EXPECT_TRUE(back.isSameAs(error));
     PyDict_Clear(space);
     Py_DECREF(space);
+}
+
+TEST_F(WrapperIdentity, LookUpsLeaveNothingBehindOfNamesThatNobodyDeclared) {
+    EXPECT_EQ(script("t = things.Thing('box')\nnames = ['undeclared%d' % n for n in range(4)]\n"
+                     "return [hasattr(t, names[0]), hasattr(ling, names[1]), probe(delattr, t, names[2])[:14],"
+                     " probe(ling.bound_method, {}, names[3])[:5]]"),
+              "[False, False, AttributeError, Runti]");
+    for (const char* name : {"undeclared0", "undeclared1", "undeclared2", "undeclared3"})
+        EXPECT_EQ(ling::internal::find_interned(std::string_view(name)), nullptr) << name;
 }
 
 TEST_F(WrapperIdentity, WrappersDroppedOnAnyThreadReleaseTheirValueOnce) {

@@ -44,11 +44,21 @@ LING_EXPORT Module find_module(const String& name);
 LING_EXPORT Any find_or_create_module(const String& name);
 /// All modules, parents before children, as they are now: a list.
 LING_EXPORT List_Generic modules();
+/// The modules without a dot in their names, in the same order.
+LING_EXPORT std::vector<Module> top_level_modules();
+/// Those whose `Module::$$bindMembers` has to be asked, in the same order: it was set once, or their class answers for
+/// it. All others answer false.
+LING_EXPORT std::vector<Module> binding_modules();
+/// A number that grows whenever one of the two gets longer; neither ever gets shorter.
+LING_EXPORT std::uint64_t module_tree_version() noexcept;
 /// Finds a class by its dotted name: the longest leading part that names a module, then member by member, through
 /// modules and classes. A none handle when there is no such class.
 LING_EXPORT Class_Generic find_class(const String& qualifiedName);
 
 namespace internal {
+
+/// Says that a module may answer true to `Module::$$bindMembers` from now on. Needed of nobody who sets that property.
+void note_binding(const Any& module);
 
 /// A module's own record. Languages may derive from it.
 class LING_EXPORT object_value_module : public object_value_object {
@@ -72,6 +82,9 @@ public:
     /// What `Module::$$bindMembers` reads and writes.
     bool bindsMembers() const noexcept { return bindsMembers_.load(std::memory_order_relaxed); }
     void setBindsMembers(bool binds) noexcept { bindsMembers_.store(binds, std::memory_order_relaxed); }
+
+    /// Whether the property of that name has to be asked: for the module tree, under its lock.
+    bool mayBindMembers = false;
 
 private:
     const String name_;
