@@ -9,6 +9,8 @@
 #include "model/argument_frame.h"
 #include "model/own_members.h"
 
+#include <optional>
+
 namespace ling {
 
 namespace internal {
@@ -35,6 +37,14 @@ Any askProtocol(const found_member& protocol, const Any& self, const identifier&
     return is_error_result(answer) ? Any() : answer;
 }
 
+/// A name that was no identifier when the look-up began may be one that the class has declared for its sake: classes
+/// declare members late.
+template <class Identifier>
+std::optional<Identifier> declaredMeanwhile(const Identifier& id) {
+    const identifier_data* now = id.data()->hash == 0 ? find_interned(id.utf8()) : nullptr;
+    return now == nullptr || now == id.data() ? std::nullopt : std::optional(Identifier(*now));
+}
+
 }  // namespace
 
 found_method find_raw_method(const Any& value, const method_ident_untyped& id) {
@@ -46,7 +56,8 @@ found_method find_raw_method(const Any& value, const method_ident_untyped& id) {
             return ofClassMember(found);
     if (found_member found = raw_class_record(value)->findMethod(id))
         return ofClassMember(found);
-    return {};
+    const auto now = declaredMeanwhile(id);
+    return now ? find_raw_method(value, *now) : found_method{};
 }
 
 found_method find_method(const Any& value, const method_ident_untyped& id) {
@@ -132,7 +143,10 @@ Property raw_property_of(const Any& value, const property_ident_untyped& id) {
     if (internal::object_value_class* record = internal::asClassRecord(value))
         if (found_member found = record->findClassProperty(id))
             return unchecked<Property>(Any::share(found.member));
-    return unchecked<Property>(Any::share(raw_class_record(value)->findProperty(id).member));
+    if (found_member found = raw_class_record(value)->findProperty(id))
+        return unchecked<Property>(Any::share(found.member));
+    const auto now = internal::declaredMeanwhile(id);
+    return now ? raw_property_of(value, *now) : Property();
 }
 
 Property property_of(const Any& value, const property_ident_untyped& id) {

@@ -65,7 +65,8 @@ const identifier_data& intern(std::string_view utf8) { return identifiers().find
 const identifier_data* find_interned(std::string_view utf8) noexcept { return identifiers().find(utf8); }
 
 struct lookup_name::unknown_name {
-    unknown_name(std::string_view given, const String& text) : utf8(given), name(text), record(describe(utf8, name)) {}
+    unknown_name(std::string_view given, const String& text)
+        : utf8(given), name(text), record{utf8, 0, &name, utf8.starts_with('_')} {}
     const std::string utf8;
     const String name;
     const identifier_data record;

@@ -359,7 +359,9 @@ TEST_F(EvaluateTest, EvaluationsNestThroughTheHost) {
 TEST_F(EvaluateTest, NestingBeyondASmallStackEndsInAnError) {
     onSmallStack([] {
         const ling::FunctionCL_Generic again = againAndAgain();
-        EXPECT_EQ(messageOf(again(again, std::int64_t{1'000'000})), "The evaluation is nested too deeply.");
+        // The evaluation or the call of the callback, whichever comes where the room ends.
+        const std::string message = messageOf(again(again, std::int64_t{1'000'000}));
+        EXPECT_TRUE(message.ends_with(" is nested too deeply.")) << message;
     });
 }
 

@@ -250,7 +250,7 @@ TEST_F(WrapperIdentity, LookUpsLeaveNothingBehindOfNamesThatNobodyDeclared) {
     EXPECT_EQ(script("t = things.Thing('box')\nnames = ['undeclared%d' % n for n in range(4)]\n"
                      "return [hasattr(t, names[0]), hasattr(ling, names[1]), probe(delattr, t, names[2])[:14],"
                      " probe(ling.bound_method, {}, names[3])[:5]]"),
-              "[False, False, AttributeError, Runti]");
+              "[False, False, 'AttributeError', 'Runti']");
     for (const char* name : {"undeclared0", "undeclared1", "undeclared2", "undeclared3"})
         EXPECT_EQ(ling::internal::find_interned(std::string_view(name)), nullptr) << name;
 }

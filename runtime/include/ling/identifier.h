@@ -16,9 +16,9 @@ namespace internal {
 /// identifiers are the same name exactly when their records are the same object.
 struct LING_EXPORT identifier_data {
     std::string_view utf8;  ///< NUL-terminated.
-    std::size_t hash;
-    const String* name;  ///< The same name as a string value.
-    bool isPrivate;      ///< Begins with "_": never shown to a guest language.
+    std::size_t hash;       ///< Zero where somebody looks for a name that is no identifier.
+    const String* name;     ///< The same name as a string value.
+    bool isPrivate;         ///< Begins with "_": never shown to a guest language.
 };
 
 /// Finds or makes the record of a name. Takes a lock of the runtime for the look-up alone.
