@@ -69,12 +69,12 @@ PyObject* readDocumentation(PyObject* self, void*) {
     return name != nullptr && answerSpecialName(*Receiver(self), name, text) ? text : nullptr;
 }
 
-PyGetSetDef kSignature{"__signature__", readSignature, nullptr,
-                       "The parameters and the result, for the module inspect.", nullptr};
-PyGetSetDef kDocumentation{"__doc__", readDocumentation, nullptr, "The text of the value.", nullptr};
 PyObject* copy(PyObject* self, PyObject*) { return copyWrapper(self); }
 PyObject* reduce(PyObject* self, PyObject*) { return reduceWrapper(self); }
 
+PyGetSetDef kSignature{"__signature__", readSignature, nullptr,
+                       "The parameters and the result, for the module inspect.", nullptr};
+PyGetSetDef kDocumentation{"__doc__", readDocumentation, nullptr, "The text of the value.", nullptr};
 PyMethodDef kCopying{"__copy__", copy, METH_NOARGS, "A copy of the value, with the same contents."};
 PyMethodDef kReducing{"__reduce_ex__", reduce, METH_O, "How deep copies and pickles take the value apart."};
 PyMethodDef kListing{"__dir__", listMembers, METH_NOARGS, "The names of all members."};

@@ -73,12 +73,14 @@ PyObject* lookUp(PyObject* self, PyObject* name) {
     return readThrough(self, name);
 }
 
-/// -1 with the Python error set for a name that cannot be one.
+/// -1 with the Python error set.
 int isSettable(PyObject* self, PyObject* name) {
     const LookupName id(name);
     if (id.get() == nullptr)
         return -1;
     const ling::Property property = ling::property_of(moduleOf(self), ling::property_ident_untyped(*id.get()));
+    if (PyErr_Occurred() != nullptr)
+        return -1;
     return !property.isNone() && !property.setter().isNone();
 }
 

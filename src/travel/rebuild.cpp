@@ -11,7 +11,6 @@
 #include "travel/exceptions.h"
 #include "travel/traveller.h"
 
-#include <array>
 #include <cstring>
 
 namespace ling::python {
@@ -34,10 +33,13 @@ ling::Any makeNamed(PyObject* argument) {
     return found;
 }
 
+/// A pickle may name any class; only what could have been pickled is made.
 ling::Any makeNew(PyObject* argument) {
     const ling::Any named = makeNamed(argument);
     const ling::Result<ling::Class_Generic> cls = ling::Class_Generic::cast(named);
-    return cls ? cls->allocateInstance() : wrongArgument();
+    const ling::Any made = cls ? cls->allocateInstance() : ling::Any();
+    const Form form = formOf(made);
+    return form == Form::Container || form == Form::Object ? made : wrongArgument();
 }
 
 ling::Any makeFloat(PyObject* argument) {

@@ -108,10 +108,12 @@ PyRef stateTuple(const ling::Any& value, Form form) {
     return PyRef::steal(told ? PyTuple_Pack(2, own.get(), told.get()) : nullptr);
 }
 
-bool takeOwnProperties(const ling::Any& value, PyObject* properties) {
+/// Walks a copy: converting a value can run code that changes the dictionary.
+bool takeOwnProperties(const ling::Any& value, PyObject* dictionary) {
+    PyRef properties = PyRef::steal(PyDict_Copy(dictionary));
     PyObject* key = nullptr;
     PyObject* item = nullptr;
-    for (Py_ssize_t position = 0; PyDict_Next(properties, &position, &key, &item) != 0;) {
+    for (Py_ssize_t position = 0; properties && PyDict_Next(properties.get(), &position, &key, &item) != 0;) {
         ling::Any name;
         ling::Any property;
         if (!takeArgument(key, name) || !valueOfTraveller(item, property))
@@ -120,7 +122,7 @@ bool takeOwnProperties(const ling::Any& value, PyObject* properties) {
         if (giveOutcome(text ? writeOwnProperty(value, *text, property) : text.error()) != 0)
             return false;
     }
-    return true;
+    return static_cast<bool>(properties);
 }
 
 bool takeToldState(const ling::Any& value, PyObject* state) {

@@ -86,6 +86,7 @@ constexpr ScriptRow kQuiet[] = {
     {"MutableBytes", "told(bytearray(b'x'))", "[b'x']"},
     {"IntegersOfOtherTypes", "[told(Level.LOW), told(ipaddress.IPv4Address(7)), type(things.same(Level.LOW))]",
      "[[1], [7], <class 'int'>]"},
+    {"TimesOfTheHost", "list(things.rarities())[2:4]", "[datetime.time(1, 2, 3), datetime.time(1, 2, 3)]"},
     {"LongerArray", "things.same(Array())", "TypeError: only length-1 arrays can be converted to Python scalars"},
     {"LongerArrayInAList", "a = Array()\nreturn things.same([a])[0] is a", "true"},
     {"TruthWithoutALength", "bool(things.Thing('x'))", "RuntimeError: Property 'length' not found in: <things.Thing>."},
