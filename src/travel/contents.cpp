@@ -35,6 +35,8 @@ ling::Any setItem(const ling::Any& container, const ling::Any& key, const ling::
 }
 
 ling::Any readOwnProperties(const ling::Any& object, std::vector<std::pair<ling::String, ling::Any>>& properties) {
+    if (object.object()->ownClass() == nullptr && object.object()->findExtras() == nullptr)
+        return {};  // As nearly every container.
     if (!platform::itemsOf(ling::own_methods_of(object)).empty())
         return platform::failure(ling::String(u"The object carries methods of its own: {}.").arg(object));
     for (const ling::Any& item : platform::itemsOf(ling::own_properties_of(object))) {

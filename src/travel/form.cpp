@@ -82,8 +82,7 @@ Form formOf(const ling::Any& value) {
         case ling::Kind::List:
         case ling::Kind::Map:
         case ling::Kind::Set:
-            return value.object()->ownClass() == nullptr || isNamed(ling::raw_class_of(value)) ? Form::Container
-                                                                                               : Form::None;
+            return isOfNativeClass(value) || isNamed(ling::raw_class_of(value)) ? Form::Container : Form::None;
         case ling::Kind::Function:
             return isNamed(value) ? Form::Name : Form::None;
         case ling::Kind::Object:

@@ -21,6 +21,9 @@ enum class Form {
 /// `value` stands for nothing else: lazy values and weak references are resolved. Leaves no error pending.
 Form formOf(const ling::Any& value);
 
+/// Whether a container is of the runtime's own class for its kind: no name has to tell which.
+inline bool isOfNativeClass(const ling::Any& container) noexcept { return container.object()->ownClass() == nullptr; }
+
 /// A new value of the class of `value` without items or state, or an error result.
 ling::Any makeEmptyLike(const ling::Any& value);
 

@@ -91,6 +91,18 @@ ling::Any makeTuple(PyObject* argument) {
     return ling::Tuple_Generic(std::move(items));
 }
 
+/// Native containers are many: they are made without a search for their class.
+template <class Container>
+ling::Any makeNative(PyObject*) {
+    return Container();
+}
+
+struct NativeKind {
+    ling::Kind kind;
+    const char* name;
+    Maker make;
+};
+
 struct Kind {
     Form form;
     const char* name;
@@ -104,7 +116,16 @@ constexpr Kind kKinds[] = {
     {Form::Object, "new", makeNew},
 };
 
+constexpr NativeKind kNativeKinds[] = {
+    {ling::Kind::List, "list", makeNative<ling::List_Generic>},
+    {ling::Kind::Map, "map", makeNative<ling::Map_Generic>},
+    {ling::Kind::Set, "set", makeNative<ling::Set_Generic>},
+};
+
 ling::Any make(const char* kind, PyObject* argument) {
+    for (const NativeKind& row : kNativeKinds)
+        if (std::strcmp(row.name, kind) == 0)
+            return row.make(argument);
     for (const Kind& row : kKinds)
         if (std::strcmp(row.name, kind) == 0)
             return row.make(argument);
@@ -166,7 +187,11 @@ PyObject* exceptionFunction() {
     return functionFor(kException, function);
 }
 
-const char* kindNameOf(Form form) noexcept {
+const char* kindNameOf(const ling::Any& value, Form form) noexcept {
+    if (form == Form::Container && isOfNativeClass(value))
+        for (const NativeKind& row : kNativeKinds)
+            if (value.is(row.kind))
+                return row.name;
     for (const Kind& row : kKinds)
         if (row.form == form)
             return row.name;

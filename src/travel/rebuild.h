@@ -17,8 +17,8 @@ PyObject* openFunction();
 /// `_exception(name, message)`: an exception that stands for an error.
 PyObject* exceptionFunction();
 
-/// The word for a form in pickles, or null for one that is not rebuilt.
-const char* kindNameOf(Form form) noexcept;
+/// The word in pickles for how a value of this form is rebuilt.
+const char* kindNameOf(const ling::Any& value, Form form) noexcept;
 
 /// Puts them all into the dictionary of a module. False with the Python error set.
 bool addRebuilding(PyObject* dictionary);

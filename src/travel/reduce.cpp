@@ -56,6 +56,10 @@ PyRef reduceTuple(const ling::Any& tuple) {
     return PyRef::steal(items ? PyList_AsTuple(items.get()) : nullptr);
 }
 
+PyRef classNameOf(const ling::Any& value) {
+    return PyRef::steal(textToPython(ling::qualname(ling::raw_class_of(value))));
+}
+
 /// The argument from which a value of this form is made again.
 PyRef argumentOf(const ling::Any& value, Form form) {
     switch (form) {
@@ -70,7 +74,7 @@ PyRef argumentOf(const ling::Any& value, Form form) {
         case Form::Name:
             return PyRef::steal(textToPython(dottedNameOf(value)));
         default:
-            return PyRef::steal(textToPython(ling::qualname(ling::raw_class_of(value))));
+            return form == Form::Container && isOfNativeClass(value) ? none() : classNameOf(value);
     }
 }
 
@@ -170,7 +174,7 @@ bool hasRoom() {
 PyObject* reduceValue(const ling::Any& value) {
     const Form form = formOf(value);
     PyRef argument = hasRoom() ? argumentOf(value, form) : PyRef();
-    PyRef call = PyRef::steal(argument ? Py_BuildValue("(sO)", kindNameOf(form), argument.get()) : nullptr);
+    PyRef call = PyRef::steal(argument ? Py_BuildValue("(sO)", kindNameOf(value, form), argument.get()) : nullptr);
     PyRef state = call ? stateTuple(value, form) : PyRef();
     PyRef items = state ? itemsOf(value, form) : PyRef();
     PyRef pairs = items ? pairsOf(value, form) : PyRef();

@@ -114,13 +114,13 @@ constexpr ScriptRow kCopies[] = {
      "TypeError: cannot copy or pickle append(item): no name leads to it"},
     {"ANameThatIsGone", "pickle.loads(pickle.dumps(things.Thing, 0).replace(b'Thing', b'Thong'))",
      "AttributeError: the host has nothing called 'things.Thong'"},
-    {"NoPickleOfOurs", "__import__('ling.python').python._rebuild('list', 1)",
+    {"NoPickleOfOurs", "__import__('ling.python').python._rebuild('tree', 1)",
      "RuntimeError: This is no pickle of a value of the host."},
     {"AClassThatIsNotPickled", "__import__('ling.python').python._rebuild('new', 'ling.Class')",
      "RuntimeError: This is no pickle of a value of the host."},
     {"AnItemThatTakesTheStateApart",
      "class Hostile:\n    def __int__(self):\n        state.clear()\n        return 1\n"
-     "state = {'a': Hostile(), 'b': 2}\nx = __import__('ling.python').python._rebuild('new', 'ling.List')\n"
+     "state = {'a': Hostile(), 'b': 2}\nx = __import__('ling.python').python._rebuild('list', None)\n"
      "x.__setstate__((state,))\nreturn [state, l.__class__ is type(l)]",
      "[{}, True]"},
     {"Json", "__import__('json').dumps(l)", "TypeError: Object of type ling~ling`List is not JSON serializable"},
