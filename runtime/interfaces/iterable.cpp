@@ -9,6 +9,7 @@
 #include "ling/class_builder.h"
 #include "ling/comparison.h"
 #include "ling/error.h"
+#include "ling/failure_beside.h"
 #include "ling/list.h"
 
 namespace ling {
@@ -57,7 +58,8 @@ Any I_Iterable_Generic::iter() const {
         return internal::native_map::iter(unchecked<Map_Generic>(*this));
     if (is_native(*this, Kind::Set))
         return internal::native_set::iter(unchecked<Set_Generic>(*this));
-    Any iterator = internal::result_unwrap_lazy(callMethod($iter));
+    // The items may have been fetched already, and one of them be none: there is nothing to iterate then.
+    Any iterator = internal::answer_or_failure([this] { return internal::result_unwrap_lazy(callMethod($iter)); });
     return iterator.isNone() ? internal::cast_error(iterator, I_Iterator_Generic::getClass()) : iterator;
 }
 

@@ -1,5 +1,6 @@
 #include "interfaces/native_iterator.h"
 #include "ling/error.h"
+#include "ling/failure_beside.h"
 #include "ling/iterable.h"
 
 #include <utility>
@@ -8,12 +9,23 @@ namespace ling {
 
 namespace {
 
+/// The next item of somebody else's iterator, or the error result that came in its place or was beside it.
+Any askForNext(const Any& iterator) {
+    if (internal::is_error_result(iterator))
+        return iterator;
+    return internal::answer_or_failure([&iterator] {
+        internal::native_iterator* native = internal::plain_native_iterator(iterator);
+        return native != nullptr ? native->next() : iterator.callMethod(I_Iterator_Generic::$next);
+    });
+}
+
 /// Puts the next item, or the error result that came in its place, into `item`. False at the end. A native iterator is
 /// stepped directly: no look-up, and no error value to say that the end is reached.
 bool step(const Any& iterator, Any& item) {
-    if (internal::native_iterator* native = internal::plain_native_iterator(iterator))
+    internal::native_iterator* native = internal::plain_native_iterator(iterator);
+    if (native != nullptr && !native->asksOthers())
         return native->step(item);
-    item = internal::is_error_result(iterator) ? iterator : iterator.callMethod(I_Iterator_Generic::$next);
+    item = askForNext(iterator);
     return !internal::is_error_result(item) || internal::cast_object(item, StopIteration::getClass()) == nullptr;
 }
 

@@ -17,6 +17,8 @@ public:
     /// Puts the next item, or the error result that came in its place, into `item`. False, with `item` untouched, once
     /// the end was reached, and ever after. Threads that step one iterator at the same time get different items.
     virtual bool step(Any& item) = 0;
+    /// Whether a step asks somebody else for the item, who may answer one beside a failure.
+    virtual bool asksOthers() const noexcept { return false; }
     Any next();
 };
 

@@ -13,6 +13,7 @@ class sequence_iterator final : public native_iterator {
 public:
     explicit sequence_iterator(const I_Sequence_Generic& sequence) : sequence_(sequence) {}
     bool step(Any& item) override;
+    bool asksOthers() const noexcept override { return true; }
 
 private:
     /// The end for this step and all later ones.

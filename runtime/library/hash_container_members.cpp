@@ -5,6 +5,7 @@
 #include "interfaces/results.h"
 #include "library/define.h"
 #include "ling/class_builder.h"
+#include "ling/failure_beside.h"
 
 namespace ling::internal {
 
@@ -18,22 +19,36 @@ object_value* allocateSet(object_value_class* klass) {
     return new object_value_hash_set(klass == Set_Generic::getClass().record() ? nullptr : klass);
 }
 
+using Pairs = std::vector<std::pair<Any, Any>>;
+
+/// What another map holds, lazy values resolved. An error result when a key or a value cannot be had.
+Result<Pairs> pairsOf(const I_Map_Generic& map) {
+    const Result<std::vector<Any>> keys = collect_items(answer_or_failure([&map] { return map.keys(); }));
+    if (!keys)
+        return Result<Pairs>::failure(keys.error());
+    Pairs pairs;
+    for (const Any& key : *keys) {
+        Any value = answer_or_failure([&] { return result_unwrap_lazy(map.get(key)); });
+        if (is_error_result(value))
+            return Result<Pairs>::failure(std::move(value));
+        pairs.emplace_back(key, std::move(value));
+    }
+    return pairs;
+}
+
+/// All or nothing: what cannot be had is met before the first pair is set.
 Any copyPairs(const Map_Generic& self, const Any& source) {
     if (source.isNone())
         return Any();
     const Result<I_Map_Generic> map = read_result<I_Map_Generic>(source);
     if (!map)
         return map.error();
-    const Result<std::vector<Any>> keys = collect_items(map->keys());
-    if (!keys)
-        return keys.error();
-    for (const Any& key : *keys) {
-        const Any value = result_unwrap_lazy(map->get(key));
-        if (is_error_result(value))
-            return value;
-        if (Any outcome = native_map::set(self, key, value); is_error_result(outcome))
-            return outcome;
-    }
+    const Result<Pairs> pairs = pairsOf(*map);
+    if (!pairs)
+        return pairs.error();
+    for (const auto& [key, value] : *pairs)
+        if (Any problem = native_map::set(self, key, value); !problem.isNone())
+            return problem;
     return Any();
 }
 

@@ -8,6 +8,7 @@
 #include "library/table_iterator.h"
 #include "ling/depth_check.h"
 #include "ling/error.h"
+#include "ling/failure_beside.h"
 #include "ling/list.h"
 
 namespace ling {
@@ -87,13 +88,16 @@ object_value_hash_set& storageOf(const Set_Generic& set) noexcept {
 }
 
 /// Runs an operation with the key that stands behind `key`. An error result when that is one, or when hashing or
-/// comparing it found no end; the table is then as it was.
+/// comparing it found no end or was interrupted; the table is then as it was.
 template <class Operation>
 Any withKey(const Any& key, Operation&& operation) {
     const Any resolved = result_unwrap_lazy(key);
     if (is_error_result(resolved))
         return resolved;
-    return is_plain_key(resolved) ? operation(resolved) : checking_depth([&] { return operation(resolved); });
+    if (is_plain_key(resolved))
+        return operation(resolved);
+    const Any answer = checking_depth([&] { return operation(resolved); });
+    return is_interrupted() ? current_failure_source()->take() : answer;
 }
 
 }  // namespace

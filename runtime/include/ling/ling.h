@@ -13,6 +13,7 @@
 #include "ling/decimal.h"
 #include "ling/error.h"
 #include "ling/extension.h"
+#include "ling/failure_beside.h"
 #include "ling/function.h"
 #include "ling/hash_containers.h"
 #include "ling/identifier.h"
