@@ -24,7 +24,7 @@ Any evaluateExpression(const String& code) {
     return internal::result_unwrap_lazy(language.callMethod(I_Language::$evaluateExpression, {code}));
 }
 
-/// An exception that ends programs is not among the errors that cross into the runtime: the driver watches for it.
+/// An exception that ends programs crosses into the runtime without what it carries: the driver watches for it.
 int runExpression(const String& code, const PythonDriver& driver) {
     const int watching = driver.callForNumber("driver.watch_expression");
     if (watching != 0)

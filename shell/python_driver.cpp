@@ -41,6 +41,12 @@ I_Invokable_Generic findFunction(const Module& module, std::string_view name) {
     return {};
 }
 
+/// By its text: to the host an interruption is an error like any other.
+bool wasInterrupted(const Any& answer) {
+    const Result<Error> error = Error::cast(answer);
+    return error && error->message() == u"The call was interrupted.";
+}
+
 String requestFor(std::string_view function, PythonDriver::Arguments arguments) {
     const std::size_t dot = function.find('.');
     const std::string part = "_lingsh_" + std::string(function.substr(0, dot));
@@ -91,7 +97,7 @@ int PythonDriver::callForNumber(std::string_view function, Arguments arguments) 
     const Any answer = call(function, arguments);
     if (answer.is(Kind::Integer))
         return static_cast<int>(answer.asInteger());
-    if (!internal::is_error_result(answer))
+    if (!internal::is_error_result(answer) || wasInterrupted(answer))
         return kInterrupted;
     tellError(answer);
     return 1;

@@ -22,8 +22,10 @@ namespace ling::python {
 /// Returns  always a value. An exception object gives an error result, as do some others whose conversion fails.
 /// Owns     `object` is borrowed and may be null, which gives none. The result keeps what it needs alive.
 /// Fails    by leaving a Python error pending beside a value that says nothing (an integer beyond 64 bits: -1; text
-///          with lone surrogates: empty). Whoever was called by Python has to look for it, since Python must never see
-///          a result together with an error; at the outermost entry it is forgotten.
+///          with lone surrogates: empty), towards its direct caller alone. A slot raises it (`mustRaise`). An operation
+///          on many values ends with it (`takeConversionError`). Who wants the value all the same forgets it
+///          (`forgetError`), or answers the value with the error still pending and nothing done in between that can run
+///          Python code (`ErrorSteps` keeps it where something is).
 /// Expects  that no Python error is pending. Look at one first: `takePythonError`.
 ling::Any toLing(PyObject* object);
 
@@ -42,12 +44,22 @@ PyObject* toPythonLocked(const ling::Any& value);
 
 /// The pending Python exception as an error result. No exception is pending afterwards.
 ///
-/// Returns  no value when nothing is pending, and when what is pending is no `Exception` (`KeyboardInterrupt`,
-///          `SystemExit`) or stands for a `ling` value that is no error.
+/// Returns  no value when nothing is pending, and when what is pending stands for a `ling` value that is no error.
+///          An interruption is none either:
+///          it is held (`host/interruption.h`).
 /// Lock     must be held.
 std::optional<ling::Error> fetchPythonError();
 
-/// `fetchPythonError` for functions that answer a value: the error result, or none.
+/// `fetchPythonError` for functions that answer a value: an error result for whatever is pending, or none when nothing
+/// is. For an interruption the error "The call was interrupted.".
 ling::Any takePythonError();
+
+/// What a conversion left pending, as an error result, or none when nothing is pending. The error stands for that very
+/// exception: given to Python, whatever it went through before, it is raised as it was. Needs the interpreter lock.
+ling::Any takeConversionError();
+
+/// The converted result of a call, or the pending exception as an error result. Takes `result` over; null is a failure.
+/// What a conversion leaves pending stays pending, unless it is an interruption. Needs the interpreter lock.
+ling::Any takeResult(PyObject* result);
 
 }  // namespace ling::python

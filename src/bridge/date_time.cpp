@@ -4,6 +4,7 @@
 #include "bridge/loss.h"
 #include "bridge/text.h"
 #include "host/cached_import.h"
+#include "host/error_scope.h"
 #include "host/names.h"
 #include "host/py_ref.h"
 
@@ -83,9 +84,6 @@ ling::String readZoneName(PyObject* object) {
 unsigned char narrow(long field) { return static_cast<unsigned char>(field); }
 unsigned microseconds(const ling::Time& time) { return time.nanoSeconds() / kNanosecondsPerMicrosecond; }
 
-/// A null type is for `PyObject_CallFunction` to refuse.
-PyObject* asCallable(PyTypeObject* type) { return reinterpret_cast<PyObject*>(type); }
-
 }  // namespace
 
 PyTypeObject* decimalType() { return asType(decimalImport.get()); }
@@ -110,7 +108,10 @@ std::optional<ling::Time> readTime(PyObject* object) {
     const std::optional<std::int64_t> offset = readOffset(object);
     if (!offset)
         return ling::Time(narrow(hour), narrow(minute), narrow(second), nanoseconds);
-    const unsigned char fold = readFold(object);  // Before the name: that may leave an error pending.
+    ErrorSteps steps;
+    steps.endStep();
+    const unsigned char fold = readFold(object);
+    steps.endStep();
     return ling::Time(narrow(hour), narrow(minute), narrow(second), nanoseconds, *offset, readZoneName(object), fold);
 }
 
@@ -130,24 +131,30 @@ ling::Any readDecimal(PyObject* object) {
 }
 
 PyObject* makeDate(const ling::Date& date) {
-    return PyObject_CallFunction(asCallable(dateType()), "iii", date.year(), date.month(), date.day());
+    PyObject* type = dateImport.require();
+    return type != nullptr ? PyObject_CallFunction(type, "iii", date.year(), date.month(), date.day()) : nullptr;
 }
 
 PyObject* makeTime(const ling::Time& time) {
-    return PyObject_CallFunction(asCallable(timeType()), "iiii", time.hour(), time.minute(), time.second(),
-                                 microseconds(time));
+    PyObject* type = timeImport.require();
+    return type != nullptr
+               ? PyObject_CallFunction(type, "iiii", time.hour(), time.minute(), time.second(), microseconds(time))
+               : nullptr;
 }
 
 PyObject* makeDateTime(const ling::DateTime& dateTime) {
     const ling::Date date = dateTime.date();
     const ling::Time time = dateTime.time();
-    return PyObject_CallFunction(asCallable(dateTimeType()), "iiiiiii", date.year(), date.month(), date.day(),
-                                 time.hour(), time.minute(), time.second(), microseconds(time));
+    PyObject* type = dateTimeImport.require();
+    return type != nullptr ? PyObject_CallFunction(type, "iiiiiii", date.year(), date.month(), date.day(), time.hour(),
+                                                   time.minute(), time.second(), microseconds(time))
+                           : nullptr;
 }
 
 PyObject* makeDecimal(const ling::Decimal& decimal) {
-    PyRef text = PyRef::steal(textToPython(decimal.toString()));
-    return text ? PyObject_CallOneArg(asCallable(decimalType()), text.get()) : nullptr;
+    PyObject* type = decimalImport.require();
+    PyRef text = PyRef::steal(type != nullptr ? textToPython(decimal.toString()) : nullptr);
+    return text ? PyObject_CallOneArg(type, text.get()) : nullptr;
 }
 
 }  // namespace ling::python

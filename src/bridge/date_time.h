@@ -32,7 +32,8 @@ std::optional<ling::DateTime> readDateTime(PyObject* object);
 /// a string.
 ling::Any readDecimal(PyObject* object);
 
-/// New references, or null with Python's exception set. No zone goes along; nanoseconds are cut to microseconds.
+/// New references, or null with Python's exception set: an `ImportError` where the type cannot be had. No zone goes
+/// along; nanoseconds are cut to microseconds.
 PyObject* makeDate(const ling::Date& date);
 PyObject* makeTime(const ling::Time& time);
 PyObject* makeDateTime(const ling::DateTime& dateTime);

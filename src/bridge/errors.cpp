@@ -5,10 +5,12 @@
 #include "bridge/travel.h"
 #include "host/cached_import.h"
 #include "host/error_scope.h"
+#include "host/gil_guard.h"
 #include "host/names.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
 #include "ling/comparison.h"
+#include "ling/failure_beside.h"
 #include "lingobject/wrapper.h"
 #include "proxies/python_exception.h"
 #include "proxies/python_proxy.h"
@@ -51,7 +53,9 @@ ling::String messageOf(PyObject* exception) {
     if (!message.isEmpty())
         return message;
     PyRef shown = PyRef::steal(PyObject_Str(exception));
-    return textOrEmpty(shown.get());
+    message = textOrEmpty(shown.get());
+    forgetError();
+    return message;
 }
 
 /// What only calls itself an exception, through its `__class__`, can be neither the cause of one nor shown as one.
@@ -59,6 +63,96 @@ void rememberException(const ling::Error& error, PyObject* exception) {
     if (PyExceptionInstance_Check(exception))
         platform::rememberOrigin(error, PythonProxy::create(PythonException::getClass(), exception));
 }
+
+/// An error that stands for the exception it came from.
+class StandingError final : public ling::internal::object_value_error {
+public:
+    explicit StandingError(const ling::String& message)
+        : object_value_error(ling::Error::getClass().record(), message, true) {}
+};
+
+ling::Any standFor(PyObject* exception, const ling::String& message) {
+    ling::Any error = ling::Any::adopt(new StandingError(message));
+    rememberException(ling::unchecked<ling::Error>(error), exception);
+    return error;
+}
+
+/// The error "The call was interrupted.". The interruption is held as well: whoever passes over the error must not
+/// lose it.
+ling::Any interruptedCall(PyRef interruption) {
+    holdInterruption(Py_NewRef(interruption.get()));
+    return standFor(interruption.get(), u"The call was interrupted.");
+}
+
+/// The error that the exception converts to, if that is one.
+ling::Result<ling::Error> errorOf(PyObject* exception) {
+    const ling::Any value = toLing(exception);
+    forgetError();
+    return ling::Error::cast(value);
+}
+
+/// What is said of an exception that stands for a value which is no error.
+ling::String plainMessage(PyObject* exception) {
+    const ErrorScope scope;
+    const ling::String message = messageOf(exception);
+    return message.isEmpty() ? ling::String(Py_TYPE(exception)->tp_name) : message;
+}
+
+/// An error that says what the exception says.
+ling::Any describingError(PyRef exception) {
+    const ling::Result<ling::Error> error = errorOf(exception.get());
+    return error ? ling::Any(*error) : platform::failure(plainMessage(exception.get()));
+}
+
+/// An error that stands for the exception. One of a class of its own is raised as what it was in any case; but the end
+/// of an iteration is not what a conversion means.
+ling::Any standingError(PyRef exception) {
+    const ling::Result<ling::Error> error = errorOf(exception.get());
+    const ling::Class_Generic cls = error ? ling::raw_class_of(*error) : ling::Error::getClass();
+    if (cls != ling::Error::getClass() && cls != ling::StopIteration::getClass())
+        return *error;
+    return standFor(exception.get(), error ? error->message() : plainMessage(exception.get()));
+}
+
+/// The pending exception as an error result, or none when nothing is pending.
+ling::Any takePending(ling::Any (*toError)(PyRef exception)) {
+    PyRef exception = PyRef::steal(PyErr_GetRaisedException());
+    if (!exception)
+        return {};
+    return isInterruption(exception.get()) ? interruptedCall(std::move(exception)) : toError(std::move(exception));
+}
+
+// Failures beside values, for the operations of the runtime on many items.
+
+/// The state of this thread if an error is pending there, whether or not the lock is held; else null.
+PyThreadState* stateWithError() noexcept {
+    PyThreadState* state = PyGILState_GetThisThreadState();
+    return state != nullptr && state->current_exception != nullptr ? state : nullptr;
+}
+
+/// With Python code below, a slot will raise what is pending. Elsewhere it is left over from another call.
+void forgetLeftError() {
+    const PyThreadState* state = stateWithError();
+    if (state == nullptr || state->current_frame != nullptr)
+        return;
+    const GilGuard gil;
+    PyErr_Clear();
+}
+
+ling::Any takeErrorBeside() {
+    if (stateWithError() == nullptr)
+        return {};
+    const GilGuard gil;
+    return takeConversionError();
+}
+
+bool isInterruptionBeside() {
+    const PyThreadState* state = stateWithError();
+    return state != nullptr && isInterruption(state->current_exception);
+}
+
+constexpr ling::internal::failure_source kFailures{forgetLeftError, takeErrorBeside, isInterruptionBeside};
+const bool failuresAreTold = (ling::internal::set_failure_source(&kFailures), true);
 
 // From errors to exceptions.
 
@@ -96,14 +190,14 @@ void addNote(PyObject* exception, const ling::Error& error) {
     const bool isAdded = list && key != nullptr && PyList_Append(list.get(), text.get()) == 0 &&
                          PyObject_SetAttr(exception, key, list.get()) == 0;
     if (!isAdded)
-        PyErr_Clear();
+        forgetError();
 }
 
 void attachError(PyObject* exception, const ling::Error& error) {
     PyRef wrapper = PyRef::steal(wrapValue(error));
     PyObject* key = kLing.object();
     if (!wrapper || key == nullptr || PyObject_SetAttr(exception, key, wrapper.get()) != 0)
-        PyErr_Clear();
+        forgetError();
 }
 
 using ExceptionClasses = std::unordered_map<ling::internal::object_value_class*, PyObject*>;
@@ -133,7 +227,7 @@ ling::Any errorFromException(PyObject* exception) {
     const ExceptionDepth depth;
     if (PyRef carried = carriedValue(exception))
         return toLing(carried.get());
-    PyErr_Clear();
+    forgetError();
     const ling::String message = messageOf(exception);
     if (Py_IS_TYPE(exception, reinterpret_cast<PyTypeObject*>(PyExc_StopIteration)))
         return ling::StopIteration::getClass()(message);
@@ -151,7 +245,7 @@ ling::String formattedException(PyObject* exception) {
     PyRef separator = PyRef::steal(lines ? PyUnicode_New(0, 0) : nullptr);
     PyRef joined = PyRef::steal(separator ? PyUnicode_Join(separator.get(), lines.get()) : nullptr);
     ling::String text = textOrEmpty(joined.get());
-    PyErr_Clear();
+    forgetError();
     return text;
 }
 
@@ -171,7 +265,7 @@ PyObject* exceptionClassFor(const ling::Class_Generic& cls) {
         return known->second;
     PyRef made = makeExceptionClass(cls);
     if (!made) {
-        PyErr_Clear();
+        forgetError();
         return nullptr;
     }
     // Making it may have given the lock up, and another thread may have been first.
@@ -191,7 +285,22 @@ PyObject* exceptionClassRaisedFor(const ling::Class_Generic& cls) {
     return cls == ling::Error::getClass() ? PyExc_RuntimeError : exceptionClassFor(cls);
 }
 
+bool raiseCarried(const ling::Any& error) {
+    if (mustRaiseInterruption())
+        return true;
+    if (dynamic_cast<const StandingError*>(error.object()) == nullptr)
+        return false;
+    const ling::Any origin = platform::originOf(ling::unchecked<ling::Error>(error));
+    PyObject* exception = PythonProxy::pythonObject(origin);
+    if (exception == nullptr)
+        return false;
+    PyErr_SetRaisedException(Py_NewRef(exception));
+    return true;
+}
+
 PyObject* raiseError(const ling::Error& error) {
+    if (raiseCarried(error))
+        return nullptr;
     PyErr_Clear();
     const ling::Class_Generic cls = ling::raw_class_of(error);
     if (cls == ling::Error::getClass() && error.exception().isNone())
@@ -201,7 +310,7 @@ PyObject* raiseError(const ling::Error& error) {
         return raiseText(PyExc_RuntimeError, error);
     PyRef exception = PyRef::steal(PyObject_CallNoArgs(exceptionClass));
     if (!exception) {
-        PyErr_Clear();
+        forgetError();
         return raiseText(exceptionClass, error);
     }
     attachError(exception.get(), error);
@@ -216,16 +325,24 @@ std::optional<ling::Error> fetchPythonError() {
     PyRef exception = PyRef::steal(PyErr_GetRaisedException());
     if (!exception)
         return std::nullopt;
-    const ling::Any value = toLing(exception.get());
-    PyErr_Clear();
-    if (ling::Result<ling::Error> error = ling::Error::cast(value))
-        return *std::move(error);
-    return std::nullopt;
+    if (isInterruption(exception.get())) {
+        holdInterruption(exception.release());
+        return std::nullopt;
+    }
+    ling::Result<ling::Error> error = errorOf(exception.get());
+    return error ? std::optional(*std::move(error)) : std::nullopt;
 }
 
-ling::Any takePythonError() {
-    std::optional<ling::Error> error = fetchPythonError();
-    return error ? ling::Any(*std::move(error)) : ling::Any();
+ling::Any takePythonError() { return takePending(describingError); }
+
+ling::Any takeConversionError() { return takePending(standingError); }
+
+ling::Any takeResult(PyObject* result) {
+    PyRef owned = PyRef::steal(result);
+    if (!owned)
+        return takePythonError();
+    ling::Any value = toLingLocked(owned.get());
+    return mustRaiseInterruption() ? takePythonError() : value;
 }
 
 }  // namespace ling::python

@@ -35,10 +35,15 @@ PyObject* exceptionClassFor(const ling::Class_Generic& cls);
 /// `RuntimeError` for those that mean the same, else the one that was made for the class. Borrowed, or null.
 PyObject* exceptionClassRaisedFor(const ling::Class_Generic& cls);
 
+/// Raises the very exception that an error stands for (`takeConversionError`), or an interruption that goes before any
+/// error. False, with the pending error as it was, when the error stands for none: then it is for the caller to raise.
+bool raiseCarried(const ling::Any& error);
+
 /// Makes `error` the pending Python exception, in place of one that is pending already. Always answers null, for
-/// callers that pass it on. A plain `Error` becomes a `RuntimeError` with its message; any other an instance, made
-/// without arguments, of the class that stands for its own, with the error in the attribute "ling" and its message as a
-/// note. Where the error came from an exception, that one is the cause (`__cause__`).
+/// callers that pass it on. An error that stands for a very exception is raised as that. A plain `Error` becomes a
+/// `RuntimeError` with its message; any other an instance, made without arguments, of the class that stands for its own,
+/// with the error in the attribute "ling" and its message as a note. Where the error came from an exception, that one is
+/// the cause (`__cause__`).
 PyObject* raiseError(const ling::Error& error);
 
 }  // namespace ling::python

@@ -1,8 +1,7 @@
 #include "bridge/render.h"
 
 #include "bridge/convert.h"
-#include "host/error_scope.h"
-#include "host/gil_guard.h"
+#include "host/entry.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
 #include "host/stack_room.h"
@@ -84,13 +83,12 @@ std::optional<ling::String> pythonText(const ling::Any& proxy) {
     PyObject* object = PythonProxy::pythonObject(proxy);
     if (object == nullptr)
         return std::nullopt;
-    const GilGuard gil;
-    const ErrorScope scope;
-    PyRef shown = PyRef::steal(PyObject_Repr(object));
-    const ling::Result<ling::String> text = ling::String::cast(toLing(shown.get()));
-    if (!text || PyErr_Occurred() != nullptr)
-        return std::nullopt;
-    return *text;
+    const PythonEntry entry;
+    PyRef shown = PyRef::steal(isInterruptionHeld() ? nullptr : PyObject_Repr(object));
+    const ling::Result<ling::String> text = ling::String::cast(shown ? toLing(shown.get()) : ling::Any());
+    const bool isShown = text && PyErr_Occurred() == nullptr;
+    forgetError();
+    return isShown ? std::optional(*text) : std::nullopt;
 }
 
 bool isReachable(const ling::Class_Generic& cls) {

@@ -7,6 +7,7 @@
 #include "bridge/text.h"
 #include "functions/function_python.h"
 #include "host/gil_guard.h"
+#include "host/interruption.h"
 #include "host/py_ref.h"
 #include "ling/basic_values.h"
 #include "ling/byte_array.h"
@@ -108,7 +109,7 @@ void tellLostFraction(PyObject* number, PyObject* whole) {
         return;
     const int isEqual = PyObject_RichCompareBool(whole, number, Py_EQ);
     if (isEqual < 0)
-        PyErr_Clear();  // What cannot be compared is not known to be the same.
+        forgetError();  // What cannot be compared is not known to be the same.
     if (isEqual <= 0)
         tellLoss(Loss::Fraction);
 }
@@ -132,7 +133,7 @@ Answer exception(const Subject& it) {
     if (answer > 0)
         return errorFromException(it.object);
     if (answer < 0)
-        PyErr_Clear();
+        forgetError();
     return kNotMine;
 }
 

@@ -33,7 +33,7 @@ void flushAll() {
         if (!stream || stream.get() == Py_None)
             continue;
         PyRef done = PyRef::steal(PyObject_CallMethodNoArgs(stream.get(), names::flush.object()));
-        PyErr_Clear();
+        forgetError();
     }
     (void)std::fflush(stdout);
     (void)std::fflush(stderr);
@@ -42,7 +42,7 @@ void flushAll() {
 /// A stream on a descriptor that stays open whatever becomes of the stream. None where there is no such descriptor.
 PyRef writerOn(int descriptor, const char* name) {
     PyRef stream = PyRef::steal(PyFile_FromFd(descriptor, name, "w", 1, "utf-8", "backslashreplace", nullptr, 0));
-    PyErr_Clear();
+    forgetError();
     return stream ? stream : PyRef::borrow(Py_None);
 }
 
@@ -50,7 +50,7 @@ PyRef emptyReader() {
     const int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
     PyRef stream = PyRef::steal(
         descriptor < 0 ? nullptr : PyFile_FromFd(descriptor, "<stdin>", "r", -1, "utf-8", nullptr, nullptr, 1));
-    PyErr_Clear();
+    forgetError();
     return stream ? stream : PyRef::borrow(Py_None);
 }
 
@@ -64,13 +64,13 @@ bool isOpen(PyObject* stream) {
     if (stream == nullptr || stream == Py_None)
         return stream != nullptr;
     PyRef closed = PyRef::steal(attribute(stream, names::closed));
-    PyErr_Clear();
+    forgetError();
     return closed.get() == Py_False;
 }
 
 void setStream(const char* name, PyObject* stream) {
     (void)PySys_SetObject(name, stream);
-    PyErr_Clear();
+    forgetError();
 }
 
 }  // namespace

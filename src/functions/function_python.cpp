@@ -3,6 +3,7 @@
 #include "bridge/convert.h"
 #include "functions/signature.h"
 #include "host/entry.h"
+#include "host/error_scope.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
 #include "ling/class_builder.h"
@@ -50,8 +51,9 @@ ling::String textOf(const ling::Any& self, const Name& name) {
     PythonEntry entry;
     PyObject* callable = PythonProxy::pythonObject(self);
     PyRef value = callable == nullptr ? PyRef() : PyRef::steal(attribute(callable, name));
+    forgetError();
     const ling::Any text = toLing(value.get());
-    PyErr_Clear();
+    forgetError();
     return ling::String::cast(text).valueOr(ling::String());
 }
 
@@ -63,11 +65,12 @@ ling::Any defaultsOf(const ling::Any& self) {
     ling::List_Generic defaults = ling::List_Generic::empty();
     PyObject* callable = PythonProxy::pythonObject(self);
     PyRef tuple = callable == nullptr ? PyRef() : PyRef::steal(attribute(callable, names::defaults));
-    if (tuple && PyTuple_Check(tuple.get())) {
-        for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(tuple.get()); ++i)
-            defaults.append(toLing(PyTuple_GET_ITEM(tuple.get(), i)));
+    forgetError();
+    ErrorSteps steps;
+    for (Py_ssize_t i = 0; tuple && PyTuple_Check(tuple.get()) && i < PyTuple_GET_SIZE(tuple.get()); ++i) {
+        defaults.append(toLing(PyTuple_GET_ITEM(tuple.get(), i)));
+        steps.endStep();
     }
-    PyErr_Clear();
     return defaults;
 }
 
@@ -122,13 +125,13 @@ ling::Any definingClassOf(const ling::Any& self) {
     PyObject* callable = PythonProxy::pythonObject(self);
     if (callable == nullptr)
         return {};
-    ling::Any cls;
-    if (PyRef owner = PyRef::steal(attribute(callable, names::objclass)); owner && PyType_Check(owner.get()))
-        cls = toLing(owner.get());
-    else if (PyObject* receiver = PyMethod_Check(callable) != 0 ? PyMethod_GET_SELF(callable) : nullptr)
-        cls = toLing(PyType_Check(receiver) ? receiver : reinterpret_cast<PyObject*>(Py_TYPE(receiver)));
-    PyErr_Clear();
-    return cls;
+    PyRef owner = PyRef::steal(attribute(callable, names::objclass));
+    forgetError();
+    if (owner && PyType_Check(owner.get()))
+        return toLing(owner.get());
+    if (PyObject* receiver = PyMethod_Check(callable) != 0 ? PyMethod_GET_SELF(callable) : nullptr)
+        return toLing(PyType_Check(receiver) ? receiver : reinterpret_cast<PyObject*>(Py_TYPE(receiver)));
+    return {};
 }
 
 /// A Python callable has its receiver in it, or takes it as an ordinary argument.

@@ -24,7 +24,7 @@ std::string_view className(PyObject* exception) {
 ling::String shownText(PyObject* exception) {
     PyRef text = PyRef::steal(PyObject_Str(exception));
     const ling::Any converted = toLing(text.get());
-    PyErr_Clear();
+    forgetError();
     return ling::String::cast(converted).valueOr(ling::String());
 }
 

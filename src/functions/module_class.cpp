@@ -25,7 +25,7 @@ ling::Any exportedMember(PyObject* value) {
     if (!PyType_Check(value) && PyCallable_Check(value) == 0)
         return {};
     ling::Any member = toLing(value);
-    PyErr_Clear();
+    forgetError();
     return ling::internal::is_error_result(member) ? ling::Any() : member;
 }
 
@@ -39,7 +39,7 @@ std::optional<Member> memberFrom(PyObject* key, PyObject* value) {
     if (!PyUnicode_Check(key))
         return std::nullopt;
     const ling::Result<ling::String> name = ling::String::cast(toLing(key));
-    PyErr_Clear();
+    forgetError();
     if (!name || !isPublicName(*name))
         return std::nullopt;
     const ling::Any member = exportedMember(value);
@@ -67,7 +67,7 @@ std::vector<Member> membersOf(PyObject* module) {
 ling::String docOf(PyObject* module) {
     PyRef doc = PyRef::steal(attribute(module, names::doc));
     const ling::Any text = doc && PyUnicode_Check(doc.get()) ? toLing(doc.get()) : ling::Any();
-    PyErr_Clear();
+    forgetError();
     return ling::String::cast(text).valueOr(ling::String());
 }
 

@@ -65,9 +65,9 @@ std::vector<std::string> placesIn(PyObject* path) {
             text == nullptr ? std::filesystem::path() : std::filesystem::canonical(text, unresolved);
         if (text != nullptr)
             places.push_back(unresolved ? text : resolved.string());
-        PyErr_Clear();
+        forgetError();
     }
-    PyErr_Clear();
+    forgetError();
     return places;
 }
 
@@ -93,7 +93,7 @@ ling::String nameIn(const ling::Any& entry) {
     PyRef object = PyRef::steal(toPython(entry));
     PyRef name = PyRef::steal(object ? attribute(object.get(), names::entryName) : nullptr);
     const ling::Any text = toLing(name.get());
-    PyErr_Clear();
+    forgetError();
     return ling::String::cast(text).valueOr(ling::String());
 }
 
@@ -102,7 +102,7 @@ std::vector<ling::String> submodulesOf(PyObject* module) {
     const ling::Any listing =
         evaluateMethod(ling::Any(), kSubmodules, locals, platform::makeMap(), platform::makeMap());
     std::vector<ling::String> names = publicNamesIn(listing);
-    PyErr_Clear();
+    forgetError();
     return names;
 }
 
@@ -127,11 +127,10 @@ private:
 };
 
 ling::Any Export::importFailure(const ling::String& pythonName) {
-    if (log_ != nullptr)
-        log_->failed(pythonName, pendingExceptionText());
-    const ling::Any error = takePythonError();
-    if (!error.isNone())
-        return error;
+    if (log_ == nullptr)
+        return takePythonError();
+    log_->failed(pythonName, pendingExceptionText());
+    PyErr_Clear();  // An interruption too: the module raises it at every import, and ends its own alone.
     return platform::failure(ling::String(u"Unable to find the module: {}.").arg(platform::brief(pythonName)));
 }
 
@@ -173,7 +172,7 @@ ling::Any Export::run(const ling::String& lingName, const ling::String& pythonNa
 void Export::exportSubmodules(const ling::String& lingName, const ling::String& pythonName, PyObject* module,
                               const PackagePath& above) {
     PyRef path = PyRef::steal(attribute(module, names::modulePath));
-    PyErr_Clear();
+    forgetError();
     if (!path)
         return;
     const PackagePath own{placesIn(path.get()), &above};

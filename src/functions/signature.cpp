@@ -1,6 +1,7 @@
 #include "functions/signature.h"
 
 #include "bridge/convert.h"
+#include "host/interruption.h"
 #include "host/names.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
@@ -44,14 +45,14 @@ PyObject* inspectSignature() {
 PyRef read(PyObject* object, const Name& name) {
     PyRef value = PyRef::steal(attribute(object, name));
     if (!value)
-        PyErr_Clear();
+        forgetError();
     return value;
 }
 
 /// The type that an annotation names, or the untyped type. `_empty` is `inspect`'s word for no annotation.
 ling::Type annotatedType(PyObject* annotation, bool anyIsUntyped) {
     const ling::Any converted = toLing(annotation);
-    PyErr_Clear();
+    forgetError();
     const ling::Result<ling::Class_Generic> cls = ling::Class_Generic::cast(converted);
     if (!cls || cls->name() == u"_empty" || (anyIsUntyped && cls->name() == u"Any"))
         return ling::Untyped::getType();
@@ -65,7 +66,7 @@ ling::ParameterMode modeOf(PyObject* parameter) {
                                               ling::ParameterMode::VariadicNamed};
     PyRef kind = read(parameter, names::kind);
     const long number = kind ? PyLong_AsLong(kind.get()) : -1;
-    PyErr_Clear();
+    forgetError();
     return number >= 0 && number < std::ssize(kModes) ? kModes[number] : ling::ParameterMode::Ordinary;
 }
 
@@ -79,7 +80,7 @@ ling::Parameter makeParameter(PyObject* parameter) {
     if (!value || value.get() == empty.get())
         return ling::Parameter(text, type, modeOf(parameter));
     const ling::Any defaultValue = toLing(value.get());
-    PyErr_Clear();
+    forgetError();
     return ling::Parameter(text, type, modeOf(parameter), defaultValue);
 }
 
@@ -91,7 +92,7 @@ std::vector<ling::Parameter> makeParameters(PyObject* signature) {
     PyRef iterator = values ? PyRef::steal(PyObject_GetIter(values.get())) : PyRef();
     while (PyRef parameter = iterator ? PyRef::steal(PyIter_Next(iterator.get())) : PyRef())
         all.push_back(makeParameter(parameter.get()));
-    PyErr_Clear();
+    forgetError();
     return all;
 }
 
@@ -100,12 +101,12 @@ std::vector<ling::Parameter> makeParameters(PyObject* signature) {
 ling::Any deriveSignature(PyObject* callable) {
     PyObject* inspect = inspectSignature();
     if (inspect == nullptr) {
-        PyErr_Clear();
+        forgetError();
         return platform::failure(u"Unable to access 'inspect.signature' function.");
     }
     PyRef signature = PyRef::steal(PyObject_CallOneArg(inspect, callable));
     if (!signature) {
-        PyErr_Clear();
+        forgetError();
         return platform::failure(u"Unable to fetch signature.");
     }
     PyRef result = read(signature.get(), names::returnAnnotation);

@@ -7,7 +7,8 @@
 namespace ling::python {
 
 /// An attribute of a Python module, imported when it is first asked for and kept for the process, the failure to import
-/// it included. For namespace-scope constants; needs no initialisation at run time.
+/// it included, unless an interruption ended the import. For namespace-scope constants; needs no initialisation at run
+/// time.
 ///
 /// Nobody waits for anybody: two threads may import at the same time, and the first one to finish decides for all.
 class CachedImport {
@@ -20,6 +21,10 @@ public:
     /// The attribute, borrowed, or null when it cannot be had. A pending error stays as it is, and none is added. May
     /// run any Python code the first time. Needs the interpreter lock.
     PyObject* get() noexcept { return settled_.load(std::memory_order_acquire) ? object_ : find(); }
+
+    /// The same for those who cannot go on without it: null comes with an `ImportError` that names module and
+    /// attribute.
+    PyObject* require() noexcept;
 
 private:
     PyObject* find() noexcept;

@@ -1,18 +1,36 @@
 #pragma once
 
 #include "host/gil_guard.h"
+#include "host/interruption.h"
 
 namespace ling::python {
 
-/// The guard of an entry from `ling`. When no Python code of this thread is below it, it starts with a clean error
-/// indicator: a conversion may leave an error pending on purpose (an integer beyond 64 bits), and such an error must
-/// not surface in the next, unrelated call. Below Python code the indicator is the business of the slot that was
-/// called, and is left alone.
-struct PythonEntry : GilGuard {
+/// The guard of an entry from `ling`: it starts with a clean error indicator, since Python code never runs with an
+/// error pending.
+///
+/// A conversion may have left one beside a value that says nothing (an integer beyond 64 bits). With Python code of
+/// this thread below, the slot that it called will raise it: it is put aside, and back in the end, where it goes before
+/// one that came meanwhile. An interruption goes before all others. With no Python code below, an error from an earlier
+/// call is forgotten, so that it does not surface in this one.
+class PythonEntry {
+public:
     PythonEntry() {
-        if (PyErr_Occurred() != nullptr && PyEval_GetFrame() == nullptr)
-            PyErr_Clear();
+        if (PyErr_Occurred() != nullptr)
+            putAside();
     }
+    ~PythonEntry() {
+        if (aside_ != nullptr || isInterruptionHeld())
+            putBack();
+    }
+    PythonEntry(const PythonEntry&) = delete;
+    PythonEntry& operator=(const PythonEntry&) = delete;
+
+private:
+    void putAside() noexcept;
+    void putBack() noexcept;
+
+    const GilGuard gil_;
+    PyObject* aside_ = nullptr;  // Owned.
 };
 
 }  // namespace ling::python

@@ -35,8 +35,7 @@ PyRef importModule(const ling::String& name) {
     return text ? PyRef::steal(PyImport_Import(text.get())) : PyRef();
 }
 
-/// The error of an import that gave nothing. An exception that `ling` does not take for an error (`SystemExit`) leaves
-/// none behind; the module is not there all the same.
+/// The error of an import that gave nothing.
 ling::Any importFailure(const ling::String& name) {
     const ling::Any error = takePythonError();
     return error.isNone() ? notFound(u"Unable to find the module: {}.", name) : error;
@@ -49,11 +48,10 @@ ling::Any entryOf(PyObject* module, const ImportPath& parts, const ling::String&
     PyRef name = PyRef::steal(toPython(parts.object));
     PyObject* object = name ? PyDict_GetItemWithError(dictionary, name.get()) : nullptr;
     if (object == nullptr) {
-        PyErr_Clear();
+        forgetError();
         return notFound(u"Unable to find the object: {}.", path);
     }
-    PyRef kept = PyRef::borrow(object);  // Conversion can run code that takes it out of the dictionary.
-    return toLing(kept.get());
+    return takeResult(Py_NewRef(object));  // Conversion can run code that takes it out of the dictionary.
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ void addPath(const std::string& path) { (void)addSysPathOnce(ling::String(path))
 void appendOnce(PyObject* list, const ling::String& path) {
     PyRef text = PyRef::steal(toPython(path));
     if (!text || PySequence_Contains(list, text.get()) != 0 || PyList_Append(list, text.get()) != 0)
-        PyErr_Clear();
+        forgetError();
 }
 
 }  // namespace
@@ -72,7 +72,7 @@ ling::Any addSysPathOnce(const ling::String& path) {
     if (list && PyList_Check(list.get()))
         appendOnce(list.get(), path);
     else
-        PyErr_Clear();
+        forgetError();
     return {};
 }
 

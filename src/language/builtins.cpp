@@ -1,6 +1,7 @@
 #include "language/builtins.h"
 
 #include "bridge/text.h"
+#include "host/interruption.h"
 
 namespace ling::python {
 
@@ -24,6 +25,8 @@ PyRef callBuiltin(const Name& function, const ling::String& source, PyObject* gl
     // The text as a whole: Python refuses a NUL in it, where a C string would end silently.
     PyRef text = PyRef::steal(callee ? textToPython(source) : nullptr);
     if (!text)
+        return {};
+    if (isInterruptionHeld() && raiseHeldInterruption())
         return {};
     PyObject* const arguments[] = {text.get(), globals, locals};
     return PyRef::steal(PyObject_Vectorcall(callee.get(), arguments, std::size(arguments), nullptr));

@@ -1,6 +1,7 @@
 #include "language/call_state.h"
 
 #include "bridge/convert.h"
+#include "host/interruption.h"
 #include "language/code_wrap.h"
 
 #include <memory>
@@ -26,7 +27,7 @@ bool checkOpen(PyObject* capsule) {
 /// No value, with the Python error set, for what cannot be converted.
 std::optional<ling::Any> convertArgument(PyObject* argument) {
     ling::Any value = toLing(argument);
-    if (PyErr_Occurred() != nullptr)
+    if (mustRaise())
         return std::nullopt;
     return value;
 }
@@ -55,7 +56,7 @@ PyObject* storeLocal(PyObject* capsule, PyObject* const* arguments, Py_ssize_t c
     const ling::Any outcome = stateOf(capsule).setLocal(*name, *value);
     if (ling::internal::is_error_result(outcome))
         return toPython(outcome);
-    if (PyErr_Occurred() != nullptr)  // The map is a Python object that could not convert what it answered.
+    if (mustRaise())  // The map is a Python object that could not convert what it answered.
         return nullptr;
     Py_RETURN_NONE;
 }

@@ -22,14 +22,13 @@ ling::Any prepare() {
     return ensureStarted();
 }
 
-/// The first problem that reading maps met. A map that is a Python object may have met one while it converted a value,
-/// and left it pending.
+/// The first problem that reading maps met.
 ling::Any problemOf(std::initializer_list<const ling::Result<Variables>*> maps) {
     for (const ling::Result<Variables>* map : maps) {
         if (!*map)
             return map->error();
     }
-    return takePythonError();
+    return {};
 }
 
 /// The dictionaries that code runs in. The variables of the caller are among the globals: functions that the code
@@ -102,7 +101,7 @@ ling::Any evaluateExpression(const ling::String& code, const ling::I_Map_Generic
     if (ling::Any problem = fill(dictionaries, {&*global, &*local}); !problem.isNone())
         return problem;
     PyRef result = callBuiltin(names::eval, code, dictionaries.globals.get(), dictionaries.locals.get());
-    return result ? toLing(result.get()) : takePythonError();
+    return takeResult(result.release());
 }
 
 }  // namespace ling::python

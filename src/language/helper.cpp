@@ -1,6 +1,7 @@
 #include "bridge/compile_helper.h"
 #include "bridge/convert.h"
 #include "bridge/text.h"
+#include "host/interruption.h"
 #include "host/platform.h"
 #include "language/builtins.h"
 #include "language/code_wrap.h"
@@ -22,7 +23,7 @@ constexpr std::u16string_view kEndOfName = u" \t\f\r\n\\(:[#";
 
 Helper notCompiled() { return Helper::failure(platform::failure(u"Unable to compile the function.")); }
 
-Helper raised() { return Helper::failure(pendingErrorOr(platform::failure(u"Unable to compile the function."))); }
+Helper raised() { return Helper::failure(takePythonError()); }
 
 Helper notFound(const ling::String& name) {
     return Helper::failure(
@@ -79,7 +80,7 @@ Helper fromDefinition(const ling::String& source, const ling::String& name, PyOb
 
 Helper fromBody(const ling::String& body, PyObject* globals) {
     if (!callBuiltin(names::exec, wrapFunctionBody(body), globals, globals)) {
-        PyErr_Clear();
+        forgetError();
         return notCompiled();
     }
     return lookUp(names::kBodyFunction, globals);

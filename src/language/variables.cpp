@@ -4,6 +4,7 @@
 #include "bridge/text.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
+#include "ling/failure_beside.h"
 
 namespace ling::python {
 
@@ -13,7 +14,7 @@ ling::Any readInto(Variables& variables, const ling::I_Map_Generic& map, const l
     const ling::Result<ling::String> name = ling::String::cast(key);
     if (!name)
         return platform::failure(ling::String(u"Invalid variable name: {}.").arg(key));
-    ling::Any value = map.get(key);
+    ling::Any value = ling::internal::answer_or_failure([&] { return map.get(key); });
     if (ling::internal::is_error_result(value))
         return value;
     variables.names.push_back(*name);
@@ -22,7 +23,7 @@ ling::Any readInto(Variables& variables, const ling::I_Map_Generic& map, const l
 }
 
 ling::Any readAll(Variables& variables, const ling::I_Map_Generic& map) {
-    const ling::Any keys = map.keys();
+    const ling::Any keys = ling::internal::answer_or_failure([&map] { return map.keys(); });
     if (ling::internal::is_error_result(keys))
         return keys;
     const ling::Result<ling::I_Iterable_Generic> iterable = ling::I_Iterable_Generic::cast(keys);
@@ -50,7 +51,8 @@ ling::Any bindVariable(PyObject* target, const ling::String& name, const ling::A
     PyRef key = PyRef::steal(object ? textToPython(name) : nullptr);
     if (key && PyDict_SetItem(target, key.get(), object.get()) == 0)
         return {};
-    return pendingErrorOr(platform::failure(ling::String(u"Unable to convert a value: {}.").arg(value)));
+    const ling::Any error = takePythonError();
+    return error.isNone() ? platform::failure(ling::String(u"Unable to convert a value: {}.").arg(value)) : error;
 }
 
 ling::Any bindVariables(PyObject* target, const Variables& variables) {
@@ -59,11 +61,6 @@ ling::Any bindVariables(PyObject* target, const Variables& variables) {
             return problem;
     }
     return {};
-}
-
-ling::Any pendingErrorOr(const ling::Any& fallback) {
-    const ling::Any error = takePythonError();
-    return error.isNone() ? fallback : error;
 }
 
 }  // namespace ling::python

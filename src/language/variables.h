@@ -28,8 +28,4 @@ ling::Any bindVariable(PyObject* target, const ling::String& name, const ling::A
 /// `bindVariable` for each. Stops at the first error.
 ling::Any bindVariables(PyObject* target, const Variables& variables);
 
-/// The pending Python error as an error result; an exception that `ling` does not take for an error (`SystemExit`)
-/// gives `fallback` instead. Needs the interpreter lock.
-ling::Any pendingErrorOr(const ling::Any& fallback);
-
 }  // namespace ling::python

@@ -21,7 +21,7 @@ PyObject* lookUpMember(const ling::Any& value, const identifier_data& name) {
     if (raisesItself(value))
         return nullptr;
     const ling::Property property = ling::property_of(value, ling::property_ident_untyped(name));
-    if (PyErr_Occurred() != nullptr)
+    if (mustRaise())
         return nullptr;
     if (!property.isNone())
         return giveResult(property.get(value));
@@ -54,6 +54,8 @@ enum class MessageEnd : bool { Bare, FullStop };
 
 /// "name: message", with or without a full stop: the texts differ by the kind of store that failed.
 int refuse(PyObject* name, const ling::Any& error, MessageEnd end) {
+    if (mustRaiseInterruption())
+        return -1;
     const std::string message = messageOf(error).toStdString();
     PyErr_Format(PyExc_RuntimeError, end == MessageEnd::FullStop ? "%U: %s." : "%U: %s", name, message.c_str());
     return -1;
@@ -63,13 +65,15 @@ int finish(PyObject* name, const ling::Any& outcome, MessageEnd end) {
     const ling::Any value = ling::internal::result_unwrap_lazy(outcome);
     if (ling::internal::is_error_result(value))
         return refuse(name, value, end);
-    return PyErr_Occurred() == nullptr ? 0 : -1;
+    return mustRaise() ? -1 : 0;
 }
 
 int assignMember(const ling::Any& self, PyObject* name, const identifier_data& id, const ling::Any& value) {
     const ling::property_ident_untyped propertyId(id);
     const ling::Class_Generic cls = ling::class_of(self);
     const ling::Property property = ling::property_of(self, propertyId);
+    if (mustRaise())
+        return -1;
     if (!property.isNone()) {
         if (!property.setter().isNone())
             return finish(name, property.set(self, value), MessageEnd::FullStop);
@@ -86,10 +90,12 @@ int assignMember(const ling::Any& self, PyObject* name, const identifier_data& i
 
 /// Takes a property off the object itself; what the class declares stays.
 int deleteMember(const ling::Any& self, PyObject* name, const identifier_data& id) {
-    if (ling::remove_property(self, ling::property_ident_untyped(id)))
+    const bool removed = ling::remove_property(self, ling::property_ident_untyped(id));
+    if (mustRaise())
+        return -1;
+    if (removed)
         return 0;
-    if (PyErr_Occurred() == nullptr)
-        PyErr_SetObject(PyExc_AttributeError, name);
+    PyErr_SetObject(PyExc_AttributeError, name);
     return -1;
 }
 
@@ -99,13 +105,18 @@ PyObject* lookUpAttribute(PyObject* self, PyObject* name) {
     const Receiver receiver(self);
     if (isPrivateName(name)) {
         PyObject* special = nullptr;
-        return answerSpecialName(*receiver, name, special) ? special : PyObject_GenericGetAttr(self, name);
+        const bool isAnswered = answerSpecialName(*receiver, name, special);
+        if (mustRaise()) {
+            Py_XDECREF(special);
+            return nullptr;
+        }
+        return isAnswered ? special : PyObject_GenericGetAttr(self, name);
     }
     const LookupName id(name);
     if (id.get() == nullptr)
         return nullptr;
     PyObject* found = lookUpMember(*receiver, *id.get());
-    if (found == nullptr && PyErr_Occurred() == nullptr)
+    if (found == nullptr && !mustRaise())
         found = lookUpException(*receiver, *id.get());
     if (found != nullptr || PyErr_Occurred() != nullptr)
         return found;

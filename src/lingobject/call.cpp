@@ -64,8 +64,8 @@ PyObject* call(PyObject* self, PyObject* arguments, PyObject* keywords) {
     if (raisesItself(value))
         return nullptr;
     if (!value.is(ling::Kind::Function) && !ling::internal::is_instance<ling::I_Invokable_Generic>(value)) {
-        PyErr_Format(PyExc_RuntimeError, "Non-callable object: %s", ling::display(value).toStdString().c_str());
-        return nullptr;
+        const ling::String shown = ling::display(value);
+        return raise(PyExc_RuntimeError, ling::String(u"Non-callable object: ") + shown);
     }
     const auto& invokable = ling::unchecked<ling::I_Invokable_Generic>(value);
     NamedArguments named;

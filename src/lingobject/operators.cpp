@@ -110,7 +110,7 @@ Py_ssize_t length(PyObject* self) {
     if (failsLate(receiver))
         return -1;
     const ling::Any value = ling::internal::result_unwrap_lazy(receiver->propertyValue(I_Sequence_Generic::$$length));
-    if (PyErr_Occurred() != nullptr)
+    if (mustRaise())
         return -1;
     const ling::Result<ling::Integer> number = ling::Integer::cast(value);
     if (number)
@@ -147,7 +147,7 @@ int contains(PyObject* self, PyObject* searched) {
         return -1;
     const ling::Any value =
         ling::internal::result_unwrap_lazy(receiver->callMethod(ling::I_Iterable_Generic::$contains, {operand}));
-    if (PyErr_Occurred() != nullptr)
+    if (mustRaise())
         return -1;
     const ling::Result<ling::Boolean> answer = ling::Boolean::cast(value);
     if (answer)

@@ -1,6 +1,7 @@
 #include "lingobject/protocols.h"
 
 #include "bridge/render.h"
+#include "host/error_scope.h"
 #include "host/gil_guard.h"
 #include "ling/comparison.h"
 #include "ling/error.h"
@@ -22,7 +23,8 @@ PyObject* takeNext(const ling::Any& iterator) {
         ling::internal::result_unwrap_lazy(ling::unchecked<ling::I_Iterator_Generic>(iterator).next());
     if (!ling::internal::is_error_result(item))
         return giveResult(item);
-    PyErr_Clear();  // Any failure ends the loop quietly.
+    forgetError();  // Any failure ends the loop quietly, an interruption apart.
+    (void)raiseHeldInterruption();
     return nullptr;
 }
 
@@ -31,10 +33,10 @@ PyObject* takeNext(const ling::Any& iterator) {
 void deallocate(PyObject* self) {
     GilGuard gil;
     ling::Any* cell = std::exchange(reinterpret_cast<Instance*>(self)->value, nullptr);
-    // The value's end may run any code, Python code included; an error pending around us is not its business.
-    PyObject* pending = PyErr_GetRaisedException();
-    delete cell;
-    PyErr_SetRaisedException(pending);
+    {
+        const ErrorScope scope;  // The value's end may run any code; an error pending around us is not its business.
+        delete cell;
+    }
     PyObject_Free(self);
 }
 
@@ -43,6 +45,8 @@ Py_hash_t hash(PyObject* self) {
     const ling::Result<std::int64_t> number = ling::internal::is_instance<ling::I_Immutable>(*receiver)
                                                   ? ling::try_hash(*receiver)
                                                   : ling::object_id(*receiver);
+    if (mustRaise())
+        return -1;
     if (!number) {
         (void)raiseMessage(number.error());
         return -1;
@@ -55,7 +59,7 @@ PyObject* compare(PyObject* self, PyObject* other, int operation) {
     if (!takeArgument(other, right))
         return nullptr;
     const ling::Result<std::int64_t> order = ling::try_compare(*Receiver(self), right);
-    if (PyErr_Occurred() != nullptr)
+    if (mustRaise())
         return nullptr;
     if (!order)
         return raiseMessage(order.error());

@@ -44,10 +44,8 @@ bool addAnnotation(PyObject* keywords, const char* name, const ling::Type& type)
 
 /// Calls what `inspect` has for making one of these.
 PyObject* make(CachedImport& maker, const PyRef& arguments, const PyRef& keywords) {
-    if (PyObject* type = maker.get())
-        return PyObject_Call(type, arguments.get(), keywords.get());
-    PyErr_SetString(PyExc_ImportError, "The module inspect cannot be imported.");
-    return nullptr;
+    PyObject* type = maker.require();
+    return type != nullptr ? PyObject_Call(type, arguments.get(), keywords.get()) : nullptr;
 }
 
 PyRef makeParameter(const ling::Parameter& parameter) {
@@ -85,7 +83,10 @@ std::optional<ling::Signature> signatureOf(const ling::Any& value) {
 }
 
 PyObject* readSignature(PyObject* self, void*) {
-    if (const std::optional<ling::Signature> signature = signatureOf(*Receiver(self)))
+    const std::optional<ling::Signature> signature = signatureOf(*Receiver(self));
+    if (mustRaise())
+        return nullptr;
+    if (signature)
         return makeSignature(*signature);
     PyErr_SetObject(PyExc_AttributeError, kSignature.object());
     return nullptr;

@@ -4,6 +4,7 @@
 
 #include "bridge/convert.h"
 #include "bridge/small_integer.h"
+#include "host/interruption.h"
 #include "ling/error.h"
 #include "lingobject/instance.h"
 
@@ -11,7 +12,8 @@
 ///
 /// A conversion may leave an error pending beside a value that says nothing (an integer beyond 64 bits). Python must
 /// never see a result together with an error, so an argument that did that is raised before anything is called, and a
-/// result that did it is raised in the place of the value.
+/// result that did it is raised in the place of the value. So is an interruption that was held on the way, whatever the
+/// operation answered.
 namespace ling::python {
 
 /// Converts an argument. False with the Python error set when the conversion left one pending.
@@ -19,27 +21,28 @@ inline bool takeArgument(PyObject* object, ling::Any& converted) {
     if (readSmallInteger(object, converted))
         return true;
     converted = toLingLocked(object);
-    return PyErr_Occurred() == nullptr;
+    return !mustRaise();
 }
 
 /// A converted result: a new reference, or null with the Python error set. An error result raises the exception that
 /// stands for it.
 inline PyObject* giveResult(const ling::Any& result) {
-    if (PyErr_Occurred() != nullptr)
+    if (mustRaise())
         return nullptr;
     PyObject* converted =
         toPythonLocked(result.is(ling::Kind::Lazy) ? ling::internal::result_unwrap_lazy(result) : result);
     // Only what lies behind an object can leave an error beside its value.
-    if (result.isHeap() && converted != nullptr && PyErr_Occurred() != nullptr) {
+    if (result.isHeap() && converted != nullptr && mustRaise()) {
         Py_DECREF(converted);
         return nullptr;
     }
     return converted;
 }
 
-/// Raises `type` with a text of ours. Always null, for slots that end with it.
+/// Raises `type` with a text of ours, unless an interruption goes before it. Always null, for slots that end with it.
 PyObject* raise(PyObject* type, const ling::String& text);
-/// Raises `RuntimeError` with the message of an error result, and nothing else.
+/// Raises `RuntimeError` with the message of an error result, and nothing else; the very exception that the error
+/// stands for, if it stands for one.
 PyObject* raiseMessage(const ling::Any& error);
 /// The message of an error result, or an empty text.
 ling::String messageOf(const ling::Any& error);
@@ -56,7 +59,7 @@ inline int giveOutcome(const ling::Any& outcome) {
     const ling::Any value = ling::internal::result_unwrap_lazy(outcome);
     if (ling::internal::is_error_result(value))
         (void)raiseMessage(value);
-    return PyErr_Occurred() == nullptr ? 0 : -1;
+    return mustRaise() ? -1 : 0;
 }
 
 /// When the value is an error, raises the exception that stands for it and answers true.

@@ -1,6 +1,7 @@
 #include "proxies/argument_array.h"
 
 #include "bridge/convert.h"
+#include "host/interruption.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
 #include "host/stack_room.h"
@@ -25,6 +26,8 @@ bool ArgumentArray::add(const ling::Any& value) {
 }
 
 PyObject* ArgumentArray::call(PyObject* callable, PyObject* keywords) const {
+    if (isInterruptionHeld() && raiseHeldInterruption())
+        return nullptr;
     if (!hasStackRoom()) {
         PyErr_SetString(PyExc_RecursionError, "The call is nested too deeply.");
         return nullptr;
@@ -86,17 +89,8 @@ ling::Any callPython(PyObject* callable, std::span<const ling::Any> positional,
     return problem.isNone() ? takeResult(converted.call(callable, keywords.get())) : problem;
 }
 
-ling::Any takeResult(PyObject* result) {
-    PyRef owned = PyRef::steal(result);
-    if (owned)
-        return toLingLocked(owned.get());
-    const ling::Any error = takePythonError();
-    // What is no `Exception` (an interrupt, an exit) leaves no error behind; the call gave nothing all the same.
-    return error.isNone() ? platform::failure(u"The call was interrupted.") : error;
-}
-
 ling::Any cannotConvert(const ling::Any& argument) {
-    PyErr_Clear();
+    forgetError();
     return platform::failure(ling::String(u"Unable to convert an argument: {}.").arg(argument));
 }
 

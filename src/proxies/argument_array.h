@@ -24,7 +24,7 @@ public:
     bool add(const ling::Any& value);
     /// Calls with all that was added, by position, and with the names of a dictionary, where there is one. A new
     /// reference, or null with the Python error set, which is a `RecursionError` where mutual calls have used the stack
-    /// of this thread up.
+    /// of this thread up, and an interruption that is held.
     PyObject* call(PyObject* callable, PyObject* keywords = nullptr) const;
 
 private:
@@ -43,9 +43,6 @@ private:
 ling::Any callPython(PyObject* callable, std::span<const ling::Any> positional,
                      std::span<const ling::NamedArgument> named = {});
 
-/// The converted result of a call, or the pending exception as an error result. Takes `result` over; null is a failure.
-/// What a conversion leaves pending stays pending.
-ling::Any takeResult(PyObject* result);
 /// The error result for an argument without a Python form; nothing stays pending.
 ling::Any cannotConvert(const ling::Any& argument);
 

@@ -35,7 +35,7 @@ ling::Any compareByType(PyObject* left, PyObject* right) {
     for (const Attempt& attempt : kAttempts) {
         PyRef result = PyRef::steal(compare(left, right, attempt.operation));
         if (!result)
-            PyErr_Clear();
+            forgetError();
         if (result.get() == Py_True)
             return attempt.answer;
     }
@@ -64,7 +64,7 @@ ling::Any compareByHelper(PyObject* left, PyObject* right) {
         return platform::failure(u"Unable to call helper function.");
     PyRef result = PyRef::steal(PyObject_CallFunctionObjArgs(function, left, right, nullptr));
     const ling::Any order = result ? ling::internal::result_unwrap_lazy(toLing(result.get())) : ling::Any();
-    PyErr_Clear();
+    forgetError();
     return order.is(ling::Kind::Integer) ? order : ling::Any();
 }
 
@@ -82,7 +82,7 @@ std::int64_t hashObject(const ling::Any& self) {
     const Py_hash_t hash = PyObject_Hash(object);
     if (hash != -1)
         return hash;
-    PyErr_Clear();
+    forgetError();
     return Py_HashPointer(object);
 }
 
@@ -98,6 +98,8 @@ ling::Any compareObjects(const ling::Any& self, const ling::Any& other) {
         return byIdentity(self, other);
     }
     PythonEntry entry;
+    if (isInterruptionHeld())
+        return byIdentity(self, other);
     ComparisonScope scope;
     if (std::optional<ling::Any> known = scope.findOrOpen(left, right))
         return *std::move(known);

@@ -1,6 +1,7 @@
 #include "proxies/iteration.h"
 #include "bridge/convert.h"
 #include "host/entry.h"
+#include "host/error_scope.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
 #include "ling/class_builder.h"
@@ -24,9 +25,10 @@ ling::Any nextItem(const ling::Any& self) {
         return ling::StopIteration();
     if (PyIter_Check(iterator) == 0)
         return platform::failure(u"The object is not an iterator.");
-    if (PyRef item = PyRef::steal(PyIter_Next(iterator)))
-        return toLingLocked(item.get());
-    return PyErr_Occurred() == nullptr ? ling::Any(ling::StopIteration()) : takeResult(nullptr);
+    if (isInterruptionHeld() && raiseHeldInterruption())
+        return takeResult(nullptr);
+    PyObject* item = PyIter_Next(iterator);
+    return item != nullptr || PyErr_Occurred() != nullptr ? takeResult(item) : ling::Any(ling::StopIteration());
 }
 
 /// What `__iter__()` of the held object gives, or null with `problem` set.
@@ -34,23 +36,25 @@ PyRef newIterator(const ling::Any& self, ling::Any& problem) {
     PyObject* object = PythonProxy::pythonObject(self);
     PyRef method = object != nullptr ? PyRef::steal(attribute(object, names::dunderIter)) : PyRef();
     if (!method || PyCallable_Check(method.get()) == 0) {
-        PyErr_Clear();
+        forgetError();
         problem = platform::failure(object == nullptr ? u"Invalid object." : u"Missing '__iter__' method.");
         return {};
     }
-    PyRef iterator = PyRef::steal(PyObject_CallNoArgs(method.get()));
+    PyRef iterator = PyRef::steal(ArgumentArray(0).call(method.get()));
     if (!iterator)
-        problem = takeResult(nullptr);
+        problem = takePythonError();
     return iterator;
 }
 
 ling::Any collect(const ling::Any& self) { return collectItems(self, PythonProxyIterable::getClass()); }
+ling::Any collectRest(const ling::Any& self) { return collectItems(self, PythonProxyIterator::getClass()); }
 
 ling::Class_Generic makeIteratorClass() {
     return ling::internal::defclass_impl("PythonProxyIterator", "ling.python")
         .parent(PythonProxy::getClass())
         .parent(ling::I_Iterator_Generic::genericInstance(ling::Untyped::getType()))
         .method(ling::I_Iterator_Generic::$next, "", &nextItem)
+        .method(ling::I_Iterable_Generic::$collect, "", &collectRest)
         .build();
 }
 
@@ -94,7 +98,7 @@ ling::Any collectItems(const ling::Any& self, const ling::Class_Generic& cls) {
     PythonEntry entry;
     ling::Any problem;
     PyRef iterator = newIterator(self, problem);
-    return iterator ? listOfItems(iterator.get()) : problem;
+    return iterator ? listOfItems(iterator.get(), Items::Whole) : problem;
 }
 
 ling::Any asBoolean(const ling::Any& result) {
@@ -113,15 +117,18 @@ ling::Any containsValue(const ling::Any& self, const ling::Any& value) {
 
 ling::Any lengthOf(const ling::Any& self) { return asInteger(PythonProxy::callPythonMethod(self, names::dunderLen)); }
 
-ling::Any listOfItems(PyObject* iterator) {
+ling::Any listOfItems(PyObject* iterator, Items wanted) {
     if (PyIter_Check(iterator) == 0)
         return platform::failure(u"The object is not an iterator.");
     ling::list_builder items;
+    ErrorSteps steps;
     while (PyRef item = PyRef::steal(PyIter_Next(iterator))) {
         items.add(toLingLocked(item.get()));
-        PyErr_Clear();  // What a conversion leaves pending must not stand in the way of the next step.
+        if (wanted == Items::Whole && PyErr_Occurred() != nullptr)
+            return takeConversionError();
+        steps.endStep();
     }
-    return PyErr_Occurred() == nullptr ? ling::Any(items.take()) : takeResult(nullptr);
+    return PyErr_Occurred() == nullptr ? ling::Any(items.take()) : takePythonError();
 }
 
 bool isStock(const ling::Any& self, const ling::Class_Generic& cls) noexcept {

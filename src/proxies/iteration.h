@@ -19,9 +19,15 @@ ling::Any iterate(const ling::Any& self);
 ling::Any containsValue(const ling::Any& self, const ling::Any& value);
 ling::Any lengthOf(const ling::Any& self);
 
+/// What becomes of a list when an item has no form in `ling`.
+enum class Items : bool {
+    AsTheyCome,  ///< The value that says so stands in its place, and the first error stays pending.
+    Whole,       ///< There is no list, but the error of the conversion.
+};
+
 /// All that a Python iterator still gives, in a native list, or the error that it ended with. The interpreter lock must
 /// be held.
-ling::Any listOfItems(PyObject* iterator);
+ling::Any listOfItems(PyObject* iterator, Items wanted);
 /// All that `__iter__()` gives, under one acquisition of the lock, for a proxy of the class `cls` that nobody put
 /// members on; any other is collected by its own members.
 ling::Any collectItems(const ling::Any& self, const ling::Class_Generic& cls);

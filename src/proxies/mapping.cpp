@@ -37,10 +37,10 @@ std::optional<ling::Any> get(const ling::Any& self, const ling::Any& key, const 
     PyRef plain = plainKey(object, key);
     if (!plain)
         return std::nullopt;
-    PyRef value = PyRef::borrow(PyDict_GetItemWithError(object, plain.get()));
-    if (value)
-        return toLing(value.get());
-    return PyErr_Occurred() == nullptr ? fallback : takeResult(nullptr);
+    PyObject* value = PyDict_GetItemWithError(object, plain.get());
+    if (value != nullptr || PyErr_Occurred() != nullptr)
+        return takeResult(Py_XNewRef(value));
+    return fallback;
 }
 
 std::optional<ling::Any> set(const ling::Any& self, const ling::Any& key, const ling::Any& value) {
@@ -95,22 +95,29 @@ ling::Any length(const ling::Any& self) {
 }
 
 /// A list of all that the view under `name` gives now.
-ling::Any listOf(const ling::Any& self, const Name& name) {
+ling::Any listOf(const ling::Any& self, const Name& name, Items wanted) {
     PythonEntry entry;
     PyObject* object = PythonProxy::pythonObject(self);
     if (object == nullptr)
         return ling::List_Generic::empty();
     PyRef method = PyRef::steal(attribute(object, name));
-    PyRef view = method ? PyRef::steal(PyObject_CallNoArgs(method.get())) : PyRef();
+    PyRef view = method ? PyRef::steal(ArgumentArray(0).call(method.get())) : PyRef();
     PyRef iterator = view ? PyRef::steal(PyObject_GetIter(view.get())) : PyRef();
     if (iterator)
-        return listOfItems(iterator.get());
+        return listOfItems(iterator.get(), wanted);
     const ling::Any error = takePythonError();
     return error.isNone() ? platform::failure(u"Unknown error.") : error;
 }
 
-ling::Any keys(const ling::Any& self) { return listOf(self, names::keys); }
-ling::Any values(const ling::Any& self) { return listOf(self, names::values); }
+ling::Any keys(const ling::Any& self) { return listOf(self, names::keys, Items::AsTheyCome); }
+ling::Any values(const ling::Any& self) { return listOf(self, names::values, Items::AsTheyCome); }
+
+/// What iterating the mapping gives: its keys.
+ling::Any collect(const ling::Any& self) {
+    return isStock(self, PythonProxyMapping::getClass()) ? listOf(self, names::keys, Items::Whole)
+                                                         : collectByDefault(self);
+}
+
 ling::Type itemType(const ling::Any&) { return ling::Untyped::getType(); }
 
 ling::FunctionCL_Generic getMethod() {
@@ -132,6 +139,7 @@ ling::Class_Generic makeClass() {
         .method(Map::$get, getMethod())
         .method(Map::$contains, "key", &containsValue)
         .method(Mutable::$clear, "", &clear)
+        .method(ling::I_Iterable_Generic::$collect, "", &collect)
         .property(Map::$$valuesType, property_builder().getter(&itemType).doc("The type of the values: any."))
         .property(Map::$$values, property_builder().getter(&values).doc("All values, in the order of their keys."))
         .property(Map::$$length, property_builder().getter(&length).doc("How many keys there are."))

@@ -25,7 +25,7 @@ ling::Any invokableFrom(PyObject* object) {
     if (object == nullptr || PyCallable_Check(object) == 0)
         return {};
     ling::Any converted = toLing(object);
-    PyErr_Clear();
+    forgetError();
     return ling::I_Invokable_Generic::cast(converted) ? converted : ling::Any();
 }
 
@@ -38,7 +38,7 @@ ling::Any findMethod(const ling::Any& self, const ling::String& name) {
     PyRef key = pythonName(name);
     PyRef attribute = key ? PyRef::steal(PyObject_GetAttr(object, key.get())) : PyRef();
     if (!attribute)
-        PyErr_Clear();
+        forgetError();
     return invokableFrom(attribute.get());
 }
 
@@ -52,14 +52,14 @@ PyRef findPythonProperty(PyObject* object, PyObject* name) {
         return isProperty(onType.get()) ? onType : PyRef();
     PyRef ownAttribute = PyRef::steal(PyObject_GetAttr(object, name));
     if (!ownAttribute)
-        PyErr_Clear();
+        forgetError();
     return isProperty(ownAttribute.get()) ? ownAttribute : PyRef();
 }
 
 ling::Any accessor(PyObject* property, const Name& name) {
     PyRef function = PyRef::steal(attribute(property, name));
     if (!function)
-        PyErr_Clear();
+        forgetError();
     return invokableFrom(function.get());
 }
 
@@ -84,7 +84,7 @@ ling::Any findProperty(const ling::Any& self, const ling::String& name) {
     PythonEntry entry;
     PyRef key = pythonName(name);
     if (!key) {
-        PyErr_Clear();
+        forgetError();
         return {};
     }
     PyRef property = findPythonProperty(object, key.get());

@@ -1,6 +1,7 @@
 #include "proxies/proxy_record.h"
 
 #include "host/boxed_object.h"
+#include "host/error_scope.h"
 #include "host/gil_guard.h"
 #include "proxies/python_proxy.h"
 
@@ -10,9 +11,8 @@ void dropOnAnyThread(PyObject* owned) {
     if (owned == nullptr)
         return;
     if (GilGuard gil = GilGuard::ifAlive()) {
-        PyObject* pending = PyErr_GetRaisedException();
+        const ErrorScope scope;
         Py_DECREF(owned);
-        PyErr_SetRaisedException(pending);
     }
 }
 
@@ -32,8 +32,10 @@ ling::Any ProxyRecord::field(std::size_t position) const {
 void ProxyRecord::setField(std::size_t position, ling::Any value) {
     if (!isObjectField(position))
         return object_value_object::setField(position, std::move(value));
-    if (GilGuard gil = GilGuard::ifAlive())
+    if (GilGuard gil = GilGuard::ifAlive()) {
+        const ErrorScope scope;  // What was held before may end.
         hold(boxedObject(value));
+    }
 }
 
 }  // namespace ling::python

@@ -45,7 +45,7 @@ ling::List_Generic notes(const ling::Any& self) {
     PyRef items = PyRef::steal(given && PyList_Check(given.get()) ? PyList_AsTuple(given.get()) : nullptr);
     for (Py_ssize_t i = 0; items && i < PyTuple_GET_SIZE(items.get()); ++i) {
         all.append(shownText(PyTuple_GET_ITEM(items.get(), i)));
-        PyErr_Clear();
+        forgetError();
     }
     return all;
 }

@@ -75,7 +75,7 @@ const ling::Class_Generic& classOf(ProxyClass kind) {
 }
 
 ling::Any missingMethod(const ling::Any& self, const Name& name) {
-    PyErr_Clear();
+    forgetError();
     return platform::failure(
         ling::String(u"The method is missing: {}, target object: {}.").arg(ling::String(name.text()), self));
 }

@@ -62,7 +62,7 @@ ling::String shortName(std::string_view name) {
 ling::String textAttribute(PyObject* object, const Name& name) {
     PyRef value = PyRef::steal(attribute(object, name));
     const ling::Any text = value && PyUnicode_Check(value.get()) ? toLing(value.get()) : ling::Any();
-    PyErr_Clear();
+    forgetError();
     return ling::String::cast(text).valueOr(ling::String());
 }
 
@@ -75,7 +75,7 @@ void addBoundMethod(TypeRecord& record, const ling::String& name, PyObject* memb
     const descrgetfunc bind = Py_TYPE(member)->tp_descr_get;
     PyRef bound = bind != nullptr ? PyRef::steal(bind(member, nullptr, record.object())) : PyRef();
     const ling::Any converted = bound ? toLing(bound.get()) : ling::Any();
-    PyErr_Clear();
+    forgetError();
     if (const auto callable = ling::I_Invokable_Generic::cast(converted))
         record.add_class_method_unsafe(ling::method_ident_untyped(name), &record, *callable);
 }
@@ -92,7 +92,7 @@ ling::Any addMember(TypeRecord& record, const ling::String& name, PyObject* valu
             return {};
     }
     const ling::Any converted = toLing(value);
-    PyErr_Clear();  // A number too large says so by its value alone here.
+    forgetError();  // A number too large says so by its value alone here.
     if (ling::internal::is_error_result(converted) && isMadeFromContent(value))
         return converted;
     if (const auto callable = ling::I_Invokable_Generic::cast(converted); callable && PyCallable_Check(value) != 0) {
@@ -115,7 +115,7 @@ PyRef snapshotOfMembers(PyTypeObject* type) {
 /// The name of a member that `ling` sees; empty for a private one.
 ling::String publicName(PyObject* key) {
     const ling::Any text = PyUnicode_Check(key) ? toLing(key) : ling::Any();
-    PyErr_Clear();
+    forgetError();
     ling::String name = ling::String::cast(text).valueOr(ling::String());
     return name.startsWith(u"_") ? ling::String() : name;
 }
@@ -151,7 +151,7 @@ void addInheritedClassMethods(TypeRecord& record) {
                 addBoundMethod(record, name, value);
         }
     }
-    PyErr_Clear();
+    forgetError();
 }
 
 ling::Any addBases(TypeRecord& record) {

@@ -51,10 +51,7 @@ bool hasFixedMethods(PyObject* object) {
 /// An item is kept alive while it is converted, unless nothing can happen meanwhile.
 ling::Any convertItem(PyObject* item) {
     ling::Any value;
-    if (readSmallInteger(item, value))
-        return value;
-    PyRef kept = PyRef::borrow(item);
-    return toLingLocked(kept.get());
+    return readSmallInteger(item, value) ? value : takeResult(Py_NewRef(item));
 }
 
 /// The item of a `range`, an `array`, a `deque` and their like.
@@ -128,9 +125,11 @@ std::optional<ling::Any> collect(const ling::Any& self) {
         return std::nullopt;
     PythonEntry entry;
     ling::list_builder items(static_cast<std::size_t>(Py_SIZE(object)));
-    for (Py_ssize_t i = 0; i < Py_SIZE(object); ++i)
+    for (Py_ssize_t i = 0; i < Py_SIZE(object); ++i) {
         items.add(convertItem(itemOf(object, i)));
-    PyErr_Clear();
+        if (PyErr_Occurred() != nullptr)
+            return takeConversionError();
+    }
     return items.take();
 }
 
@@ -206,7 +205,7 @@ ling::Any callIndex(PyObject* object, PyObject* value, std::int64_t start) {
     PyRef found =
         method && from ? PyRef::steal(PyObject_CallFunctionObjArgs(method.get(), value, from.get(), nullptr)) : PyRef();
     const ling::Any position = found ? ling::internal::result_unwrap_lazy(toLing(found.get())) : ling::Any(-1);
-    PyErr_Clear();
+    forgetError();
     return position.is(ling::Kind::Integer) ? position : ling::Any(-1);
 }
 
@@ -218,7 +217,7 @@ ling::Any indexOf(const ling::Any& self, const ling::Any& value, std::int64_t st
     PyRef converted = PyRef::steal(toPython(value));
     if (converted)
         return callIndex(object, converted.get(), start);
-    PyErr_Clear();
+    forgetError();
     return -1;
 }
 

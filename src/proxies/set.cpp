@@ -48,7 +48,7 @@ ling::Any remove(const ling::Any& self, const ling::Any& value) {
         return platform::failure(u"The object is null.");
     PyRef method = PyRef::steal(attribute(object, names::remove));
     if (!method || PyCallable_Check(method.get()) == 0) {
-        PyErr_Clear();
+        forgetError();
         return platform::failure(ling::String(u"The method is missing in {}.").arg(self));
     }
     ArgumentArray argument(1);
@@ -56,7 +56,7 @@ ling::Any remove(const ling::Any& self, const ling::Any& value) {
         return cannotConvert(value);
     PyRef result = PyRef::steal(argument.call(method.get()));
     if (!result)
-        PyErr_Clear();
+        forgetError();
     return static_cast<bool>(result);
 }
 

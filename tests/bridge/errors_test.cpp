@@ -67,7 +67,8 @@ protected:
     }
     /// What the pending exception becomes; "none" where it is no error.
     static std::string fetched() {
-        const std::string error = describe(takePythonError());
+        const std::optional<ling::Error> fetchedError = fetchPythonError();
+        const std::string error = describe(fetchedError ? Any(*fetchedError) : Any());
         EXPECT_EQ(PyErr_Occurred(), nullptr);
         return error;
     }

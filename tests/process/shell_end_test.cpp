@@ -123,6 +123,54 @@ TEST(ShellEnd, AnInterruptThatIsCaughtIsNone) {
     EXPECT_EQ(ended.status, 0);
 }
 
+/// Again and again, while `ling` calls back into Python for each of many objects.
+constexpr const char* kInterrupted = R"(import os, signal, sys, threading
+
+class Item:
+    def __eq__(self, other): return False
+    def __hash__(self): return 1
+    def __repr__(self): return 'item'
+    def __int__(self): return 1
+
+items, numbers = ling.List([[Item()] for _ in range(300)]), [Item() for _ in range(300)]
+work = [lambda: [Item()] in items, lambda: repr(items), lambda: str(items), lambda: ling.List(numbers)]
+caught = 0
+for turn in range(24):
+    try:
+        timer = threading.Timer(0.003 + turn * 0.0007, os.kill, (os.getpid(), signal.SIGINT))
+        timer.start()
+        while timer.is_alive(): work[turn % 4]()
+        for _ in range(1000): pass
+    except KeyboardInterrupt:
+        caught += 1
+print(caught)
+ling.bound_method(lambda: sys.exit(7), 'invoke')([])
+)";
+
+TEST(ShellEnd, ControlCReachesTheProgramOutOfAnyCallback) {
+    const Folder folder;
+    const Ended ended = run(shell({folder.write("program.py", kInterrupted).string()}));
+    EXPECT_EQ(ended.out, "24\n") << ended.err;
+    EXPECT_EQ(ended.status, 7);
+}
+
+/// Modules of the standard library that files beside the program spoil.
+constexpr const char* kSpoilt = R"(
+for make in [lambda: ling.Decimal('1.5'), lambda: ling.Date(2024, 1, 2)] * 2:
+    try: print(make())
+    except ImportError as error: print(error)
+)";
+
+TEST(ShellEnd, AValueWhoseModuleIsSpoiltIsAnErrorEachTime) {
+    const Folder folder;
+    (void)folder.write("numbers.py", "");
+    (void)folder.write("datetime.py", "raise OSError('no clock')\n");
+    const Ended ended = run(shell({folder.write("program.py", kSpoilt).string()}));
+    const std::string once = "cannot import name 'Decimal' from 'decimal'\ncannot import name 'date' from 'datetime'\n";
+    EXPECT_EQ(ended.out, once + once);
+    EXPECT_EQ(ended.status, 0) << ended.err;
+}
+
 TEST(ShellEnd, ClosedStandardStreamsDoNoHarm) {
     Command command;
     command.program = "/bin/sh";

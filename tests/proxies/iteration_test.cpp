@@ -206,6 +206,29 @@ TEST_F(ProxyIteration, CollectingGivesWhatTheStepsGive) {
     EXPECT_EQ(messageOf(proxy("interrupted()").callMethod(I_Iterable_Generic::$collect)), "The call was interrupted.");
 }
 
+/// One value answers that it has no form, beside the error; an operation on all of them has the error for its result.
+TEST_F(ProxyIteration, AnItemWithoutAFormEndsWhatTakesAll) {
+    const Any list = proxy("[2 ** 70, 5]");
+    const Any map = proxy("{2 ** 70: 1}");
+    const Any good = proxy("frozenset([5])");
+    for (const char* expression : {"[1, 2 ** 70]", "frozenset([1, 2 ** 70])", "iter((1, 2 ** 70))",
+                                   "{1: 1, 2 ** 70: 1}", "collections.deque([1, 2 ** 70])"}) {
+        SCOPED_TRACE(expression);
+        const ling::List_Generic target{9};
+        EXPECT_EQ(messageOf(target.extend(proxy(expression))), "int too big to convert");
+        EXPECT_EQ(messageOf(target.callMethod(Any::$__add__, {proxy(expression)})), "int too big to convert");
+        EXPECT_EQ(target.size(), 1u);
+        ling::iteration walk = ling::unchecked<I_Iterable_Generic>(proxy(expression)).beginImpl();
+        while (walk.advance())
+            EXPECT_TRUE(walk.item().isSameAs(1));
+        EXPECT_EQ(messageOf(walk.error()), "int too big to convert");
+    }
+    EXPECT_EQ(ling::unchecked<ling::I_Sequence_Generic>(list).at(0).asInteger(), -1);
+    EXPECT_EQ(ling::display(ling::unchecked<ling::I_Map_Generic>(map).keys()), ling::String("[-1]"));
+    // What is left beside one answer is no concern of the next operation.
+    EXPECT_TRUE(ling::unchecked<I_Iterable_Generic>(good).collectImpl());
+}
+
 /// What stands on the proxy itself goes before what its class does.
 TEST_F(ProxyIteration, CollectingHonoursMembersPutOnTheProxy) {
     const auto iterate = ling::make_method("iter", "", [](const Any&) {
