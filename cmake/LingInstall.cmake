@@ -11,7 +11,7 @@ if(TARGET lingsh)
 endif()
 install(DIRECTORY "${LING_STAGED_EXTENSIONS}/python3" "${LING_STAGED_EXTENSIONS}/site-packages"
     DESTINATION "${LING_EXTENSIONS_DIR}")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION share/ling)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" "${PROJECT_SOURCE_DIR}/docs" DESTINATION share/ling)
 
 install(EXPORT lingTargets NAMESPACE ling:: DESTINATION share/ling/cmake)
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/lingConfig.cmake.in"

@@ -6,204 +6,160 @@
 //     OutOfStock                   the error of taking more than there is
 //     discounted(price, percent)   a price with a discount, ten percent unless told otherwise
 //
-// Items and inventories can be copied and sent to other processes: they have the methods `__state__` and `__restore__`.
+// Items and inventories can be copied and sent to other processes: their classes say what an object is made of. The
+// objects have no locks of their own: whoever calls them from threads without a common lock keeps them apart.
 
 #include <ling/ling.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace {
 
 using ling::Any;
 using ling::Decimal;
-using ling::Integer;
-using ling::String;
-using ling::internal::class_builder;
-using ling::internal::property_builder;
+using ling::Result;
 
 constexpr const char* kModule = "shop";
 
-// Names of fields begin with "_": other languages reach what is in them through the properties.
-const ling::field_ident_untyped $name("_name");
-const ling::field_ident_untyped $price("_price");
-const ling::field_ident_untyped $stock("_stock");
-const ling::field_ident_untyped $items("_items");
-
-Any failure(const String& message) { return ling::Error(message, true); }
-
 const ling::Class_Generic& outOfStock() {
-    static const ling::Class_Generic& cls = *new ling::Class_Generic(class_builder("OutOfStock", kModule)
+    static const ling::Class_Generic& cls = *new ling::Class_Generic(ling::class_builder("OutOfStock", kModule)
                                                                          .parent(ling::Error::getClass())
                                                                          .doc("More was asked for than there is.")
                                                                          .build());
     return cls;
 }
 
-// Items.
+class Item {
+public:
+    static Result<std::shared_ptr<Item>> make(std::string name, const Decimal& price, long stock) {
+        auto item = std::make_shared<Item>();
+        item->name_ = std::move(name);
+        item->price = price;
+        const Any outcome = item->setStock(stock);
+        if (ling::is_error_result(outcome))
+            return ling::Failure(outcome);
+        return item;
+    }
 
-Any setStock(const Any& self, std::int64_t stock) {
-    if (stock < 0)
-        return failure(String(u"Stock cannot be negative: {}").arg(stock));
-    return self.setFieldValue($stock, stock);
-}
+    const std::string& name() const { return name_; }
+    long stock() const { return stock_; }
+    Any setStock(long stock) {
+        if (stock < 0)
+            return ling::failure("Stock cannot be negative: {}", stock);
+        stock_ = stock;
+        return Any();
+    }
+    Any take(long count) {
+        if (count > stock_)
+            return ling::failure(outOfStock(), "{}: {} wanted, {} left", name_, count, stock_);
+        return setStock(stock_ - count);
+    }
+    Any total() const { return price.times(Decimal(stock_)); }
+    /// What an item is made of.
+    ling::Tuple_Generic state() const { return {name_, price, stock_}; }
+    static Result<std::shared_ptr<Item>> restored(const ling::Tuple_Generic& state) {
+        const auto parts = state.items();
+        if (parts.size() != 3)
+            return ling::failure("This is no state of an item.");
+        const auto name = ling::String::cast(parts[0]);
+        const auto price = Decimal::cast(parts[1]);
+        const auto stock = ling::Integer::cast(parts[2]);
+        if (!name || !price || !stock)
+            return ling::failure("This is no state of an item.");
+        return make(name->toStdString(), *price, stock->value());
+    }
+    ling::String text() const { return ling::String("{} x {}").arg(stock_, name_); }
 
-Any initialiseItem(const Any& self, const String& name, const Decimal& price, std::int64_t stock) {
-    (void)self.setFieldValue($name, name);
-    (void)self.setFieldValue($price, price);
-    return setStock(self, stock);
-}
+    Decimal price;
 
-Any totalOf(const Any& self) {
-    const Any price = self.fieldValue($price);
-    return ling::unchecked<Decimal>(price).times(Decimal(self.fieldValue($stock).asInteger()));
-}
+private:
+    std::string name_;
+    long stock_ = 0;
+};
 
-Any take(const Any& self, std::int64_t count) {
-    const std::int64_t stock = self.fieldValue($stock).asInteger();
-    if (count > stock)
-        return ling::Error(outOfStock(), String(u"{}: {} wanted, {} left").arg(self.fieldValue($name), count, stock));
-    return setStock(self, stock - count);
-}
+class Inventory {
+public:
+    using Items = std::vector<std::shared_ptr<Item>>;
 
-/// What an item is made of, for copies and other processes.
-Any stateOfItem(const Any& self) {
-    return ling::Tuple_Generic({self.fieldValue($name), self.fieldValue($price), self.fieldValue($stock)});
-}
+    Inventory() = default;
+    explicit Inventory(Items items) : items_(std::move(items)) {}
+    const Items& items() const { return items_; }
 
-/// Makes a new item what another has told of itself.
-Any restoreItem(const Any& self, const ling::Tuple_Generic& state) {
-    if (state.items().size() != 3)
-        return failure(u"This is no state of an item.");
-    return self.callMethod(Any::$__init__, state.items());
-}
+    Any add(std::shared_ptr<Item> item) {
+        if (item == nullptr)
+            return ling::failure("There is no item to add");
+        if (find(item->name()) != nullptr)
+            return ling::failure("There is an item of that name already: {}", item->name());
+        items_.push_back(std::move(item));
+        return Any();
+    }
+    std::shared_ptr<Item> find(std::string_view name) const {
+        const auto found = std::ranges::find(items_, name, &Item::name);
+        return found == items_.end() ? nullptr : *found;
+    }
+    bool remove(std::string_view name) {
+        return std::erase_if(items_, [&](const auto& item) { return item->name() == name; }) != 0;
+    }
+    Result<Inventory> joined(const Inventory& other) const {
+        Inventory both = *this;
+        for (const auto& item : other.items_)
+            if (const Any outcome = both.add(item); ling::is_error_result(outcome))
+                return ling::Failure(outcome);
+        return both;
+    }
 
-const ling::Class_Generic& itemClass() {
-    static const ling::Class_Generic& cls = *new ling::Class_Generic([] {
-        ling::FunctionCL_Generic initialise = ling::make_method("__init__", "name, price, stock", &initialiseItem);
-        (void)initialise.setParameterDefaults({0});
-        return class_builder("Item", kModule)
-            .doc("Something for sale.")
-            .field($name)
-            .field($price)
-            .field($stock)
-            .method(Any::$__init__, initialise)
-            .method("take", "count", &take, "Takes some off the stock.")
-            .method("__state__", "", &stateOfItem)
-            .method("__restore__", "state", &restoreItem)
-            .property("name", property_builder()
-                                  .getter([](const Any& self) { return self.fieldValue($name); })
-                                  .doc("What it is called."))
-            .property("price", property_builder()
-                                   .getter([](const Any& self) { return self.fieldValue($price); })
-                                   .setter([](const Any& self, const Decimal& price) {
-                                       return self.setFieldValue($price, price);
-                                   })
-                                   .doc("What one of it costs."))
-            .property("stock", property_builder()
-                                   .getter([](const Any& self) { return self.fieldValue($stock); })
-                                   .setter(&setStock)
-                                   .doc("How many there are; never negative."))
-            .property("total", property_builder().getter(&totalOf).doc("What the whole stock is worth."))
-            .method(
-                Any::$__display__, "",
-                [](const Any& self) { return String(u"{} x {}").arg(self.fieldValue($stock), self.fieldValue($name)); })
-            .build();
-    }());
-    return cls;
-}
+private:
+    Items items_;
+};
 
-// Inventories.
-
-ling::List_Generic itemsOf(const Any& inventory) {
-    const Any items = inventory.fieldValue($items);
-    return ling::List_Generic::cast(items).valueOr(ling::List_Generic::empty());
-}
-
-Any findItem(const Any& self, const String& name) {
-    for (const Any& item : itemsOf(self).copyItems())
-        if (ling::compare_objects(item.fieldValue($name), name) == 0)
-            return item;
-    return Any();
-}
-
-Any addItem(const Any& self, const Any& item) {
-    if (ling::internal::cast_object(item, itemClass()) == nullptr)
-        return ling::internal::cast_error(item, itemClass());
-    if (!findItem(self, ling::unchecked<String>(item.fieldValue($name))).isNone())
-        return failure(String(u"There is an item of that name already: {}").arg(item.fieldValue($name)));
-    itemsOf(self).append(item);
-    return Any();
-}
-
-Any removeItem(const Any& self, const String& name) {
-    const Any item = findItem(self, name);
-    return item.isNone() ? Any(false) : itemsOf(self).removeOne(item);
-}
-
-Any joined(const Any& self, const Any& other);
-
-const ling::Class_Generic& inventoryClass() {
-    static const ling::Class_Generic& cls = *new ling::Class_Generic(
-        class_builder("Inventory", kModule)
-            .parent(ling::I_Iterable_Generic::getClass())
-            .doc("All that a shop has.")
-            .field($items)
-            .method(Any::$__init__, "",
-                    [](const Any& self) { return self.setFieldValue($items, ling::List_Generic::empty()); })
-            .method("add", "item", &addItem, "Adds an item, unless there is one of the same name.")
-            .method("find", "name", &findItem, "The item of a name, or none.")
-            .method("remove", "name", &removeItem, "Removes the item of a name; answers whether there was one.")
-            .method(ling::I_Iterable_Generic::$iter, "", [](const Any& self) { return itemsOf(self).iter(); })
-            .method(Any::$__add__, "other", &joined, "A new inventory with the items of both.")
-            .method("__state__", "", [](const Any& self) { return ling::List_Generic(itemsOf(self).copyItems()); })
-            .method("__restore__", "state",
-                    [](const Any& self, const ling::List_Generic& items) { return self.setFieldValue($items, items); })
-            .property("items", property_builder().getter(&itemsOf).doc("The items, in the order they came."))
-            .property(ling::I_Sequence_Generic::$$length,
-                      property_builder().getter([](const Any& self) { return itemsOf(self).size(); }).doc("How many."))
-            .build());
-    return cls;
-}
-
-Any joined(const Any& self, const Any& other) {
-    if (ling::internal::cast_object(other, inventoryClass()) == nullptr)
-        return ling::internal::cast_error(other, inventoryClass());
-    Any both = inventoryClass()();
-    for (const Any& part : {self, other})
-        for (const Any& item : itemsOf(part).copyItems()) {
-            const Any outcome = addItem(both, item);
-            if (ling::internal::is_error_result(outcome))
-                return outcome;
-        }
-    return both;
-}
-
-Any discounted(const Decimal& price, std::int64_t percent) {
+Any discounted(const Decimal& price, long percent) {
     const Any part = price.times(Decimal(100 - percent));
-    const ling::Result<Decimal> scaled = Decimal::cast(part);
+    const Result<Decimal> scaled = Decimal::cast(part);
     return scaled ? scaled->dividedBy(Decimal(100)) : part;
 }
 
 void defineClasses() {
     (void)outOfStock();
-    (void)itemClass();
-    (void)inventoryClass();
+
+    (void)ling::native_class<Item>("Item", kModule)
+        .doc("Something for sale.")
+        .factory(&Item::make, {"name", "price", {"stock", 0}})
+        .readonly("name", &Item::name, "What it is called.")
+        .property("price", &Item::price, "What one of it costs.")
+        .property("stock", &Item::stock, &Item::setStock, "How many there are; never negative.")
+        .readonly("total", &Item::total, "What the whole stock is worth.")
+        .method("take", &Item::take, "count", "Takes some off the stock.")
+        .method(Any::$__display__, &Item::text)
+        .state(&Item::state, &Item::restored)
+        .build();
+
+    (void)ling::native_class<Inventory>("Inventory", kModule)
+        .doc("All that a shop has.")
+        .constructor<>()
+        .method("add", &Inventory::add, "item", "Adds an item, unless there is one of the same name.")
+        .method("find", &Inventory::find, "name", "The item of a name, or none.")
+        .method("remove", &Inventory::remove, "name", "Removes the item of a name; answers whether there was one.")
+        .method(Any::$__add__, &Inventory::joined, "other", "A new inventory with the items of both.")
+        .readonly("items", &Inventory::items, "The items, in the order they came.")
+        .iterable(&Inventory::items)
+        .state(&Inventory::items, [](Inventory::Items items) { return Inventory(std::move(items)); })
+        .build();
 }
 
 void defineFunctions() {
-    ling::FunctionCL_Generic function =
-        ling::make_function("discounted", "price, percent", &discounted, "A price with a discount in percent.");
-    (void)function.setParameterDefaults({10});
-    (void)ling::internal::register_function(kModule, function);
-    ling::Module module = ling::find_module(kModule);
-    module.setDoc("A small shop.");
+    (void)ling::register_function(kModule, ling::make_function("discounted", {"price", {"percent", 10}}, &discounted,
+                                                               "A price with a discount in percent."));
+    ling::find_module(kModule).setDoc("A small shop.");
 }
-
-const bool handlersAreQueued = [] {
-    ling::internal::add_init_handler(ling::InitLevel::Classes, defineClasses);
-    ling::internal::add_init_handler(ling::InitLevel::Functions, defineFunctions);
-    return true;
-}();
 
 }  // namespace
 
-/// What a host calls after loading an extension. Everything here is done by the handlers that are queued above.
-extern "C" __attribute__((visibility("default"))) void quorvanta_extension_init() {}
+/// What a host calls after loading an extension.
+LING_EXTENSION {
+    ling::add_init_handler(ling::InitLevel::Classes, defineClasses);
+    ling::add_init_handler(ling::InitLevel::Functions, defineFunctions);
+}

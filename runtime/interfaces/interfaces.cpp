@@ -4,6 +4,8 @@
 #include "ling/class_builder.h"
 #include "ling/class_record.h"
 #include "ling/error.h"
+#include "ling/hash_containers.h"
+#include "ling/module.h"
 #include "ling/string.h"
 
 namespace ling {
@@ -77,6 +79,26 @@ Result<I_Convertible> I_Convertible::cast(const Any& value) { return cast_handle
 const Class_Generic& I_Convertible::getClass() {
     static const Class_Generic& cls = *new Class_Generic(native_class("I_Convertible", {}));
     return cls;
+}
+
+Any I_Language::evaluate(const String& code, const Map_Generic& variables) const {
+    return callMethod($evaluate, {code, variables, Map_Generic(), variables});
+}
+Any I_Language::evaluate(const String& code) const { return callMethod($evaluate, {code}); }
+Any I_Language::evaluateExpression(const String& code, const I_Map_Generic& variables) const {
+    return callMethod($evaluateExpression, {code, variables});
+}
+Any I_Language::evaluateExpression(const String& code) const { return callMethod($evaluateExpression, {code}); }
+
+Result<I_Language> find_language(const String& name) {
+    std::string module = name.toStdString();
+    for (char& letter : module)
+        if (letter >= 'A' && letter <= 'Z')
+            letter = static_cast<char>(letter - 'A' + 'a');
+    const Class_Generic cls = find_class(String(u"ling.{}.Language{}").arg(module, name));
+    if (cls.isNone())
+        return Failure(internal::failure(String(u"There is no language '{}' here.").arg(name)));
+    return I_Language::cast(cls.propertyValue(I_Language::$$instance));
 }
 
 Result<I_Language> I_Language::cast(const Any& value) { return cast_handle<I_Language>(value); }

@@ -37,6 +37,38 @@ const Any& absent_marker() {
 
 }  // namespace internal
 
+namespace internal {
+
+map_entries::map_entries(const I_Map_Generic& map) : keys_(Any()) {
+    if (is_native(map, Kind::Map)) {
+        copied_ = static_cast<const object_value_hash_map*>(map.object())->copy_and_load_pairs();
+        return;
+    }
+    map_ = map;
+    keys_ = iteration(map.iter());
+}
+
+bool map_entries::advance() {
+    if (map_.isNone()) {
+        if (next_ == copied_.size())
+            return false;
+        auto& [key, value] = copied_[next_++];
+        entry_ = {std::move(key), std::move(value)};
+        return true;
+    }
+    if (failed_)
+        return false;
+    if (keys_.advance()) {
+        entry_ = {keys_.item(), unchecked<I_Map_Generic>(map_).get(keys_.item())};
+        return true;
+    }
+    failed_ = keys_.failed();
+    entry_ = {Any(), keys_.error()};
+    return failed_;
+}
+
+}  // namespace internal
+
 Any I_Map_Generic::get(const Any& key) const {
     if (is_native(*this, Kind::Map))
         return internal::native_map::get(unchecked<Map_Generic>(*this), key);

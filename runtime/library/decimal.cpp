@@ -7,6 +7,7 @@
 #include "ling/error.h"
 #include "ling/interfaces.h"
 
+#include <string>
 #include <typeinfo>
 #include <utility>
 
@@ -42,6 +43,8 @@ Any Decimal::fromString(const String& text) {
         return decimal_access::adopt(*std::move(number));
     return internal::failure(String(u"Invalid decimal: '{}'.").arg(internal::brief(text)));
 }
+
+Any Any::ofLarge(std::uint64_t value) { return Decimal::fromString(String::fromLatin1(std::to_string(value))); }
 
 String Decimal::toString() const { return String::fromLatin1(internal::format_decimal(numberOf(*this))); }
 

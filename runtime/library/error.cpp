@@ -74,6 +74,11 @@ const Class_Generic& StopIteration::getClass() {
 
 Type StopIteration::getType() { return Type(getClass()); }
 
+ErrorException::ErrorException(const Any& error) : error_(error) {
+    const Result<Error> known = Error::cast(error);
+    text_ = known ? known->message().toStdString() : std::string();
+}
+
 namespace internal {
 
 object_value_error::object_value_error(object_value_class* klass, const String& message, bool asResult)

@@ -168,6 +168,9 @@ Map_Generic::Map_Generic(std::span<const std::pair<Any, Any>> pairs) : Map_Gener
         internal::storageOf(*this).set(key, value);
 }
 
+Map_Generic::Map_Generic(std::initializer_list<std::pair<Any, Any>> pairs)
+    : Map_Generic(std::span<const std::pair<Any, Any>>(pairs.begin(), pairs.size())) {}
+
 std::size_t Map_Generic::size() const noexcept { return internal::storageOf(*this).size(); }
 
 Class_Generic Map_Generic::genericInstance(const Type& key, const Type& value) {

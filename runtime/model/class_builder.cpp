@@ -7,12 +7,6 @@ namespace ling::internal {
 
 namespace {
 
-/// A step of a builder that fails is a programming error: it is told and left out.
-void tellFailure(const Any& outcome) {
-    if (is_error_result(outcome))
-        assertion_log(String(u"[class_builder] ") + unchecked<Error>(outcome).message());
-}
-
 void claim(const I_Invokable_Generic& method, object_value_class* klass) {
     if (method.is(Kind::Function))
         static_cast<object_value_function*>(method.object())->setDefiningClass(klass);
@@ -23,8 +17,17 @@ void claim(const I_Invokable_Generic& method, object_value_class* klass) {
 class_builder::class_builder(std::string_view name, std::string_view module)
     : class_(Class_Generic::adopt(new object_value_class(String(name)))), module_(module) {}
 
+/// A step of a builder that fails is a programming error: it is told and left out.
+void class_builder::note(const Any& outcome) {
+    if (!is_error_result(outcome))
+        return;
+    assertion_log(String(u"[class_builder] ") + unchecked<Error>(outcome).message());
+    if (error_.isNone())
+        error_ = outcome;
+}
+
 class_builder& class_builder::parent(const Class_Generic& parent) {
-    tellFailure(class_.record()->add_parent_unsafe(parent));
+    note(class_.record()->add_parent_unsafe(parent));
     return *this;
 }
 
@@ -39,12 +42,12 @@ class_builder& class_builder::example(Language language, std::string_view utf8) 
 }
 
 class_builder& class_builder::hooks(const class_hooks& hooks) {
-    tellFailure(class_.record()->set_hooks_unsafe(hooks));
+    note(class_.record()->set_hooks_unsafe(hooks));
     return *this;
 }
 
 class_builder& class_builder::field(const field_ident_untyped& id, const Type& type, std::string_view doc) {
-    tellFailure(class_.record()->add_field_unsafe(id, type, String(doc)));
+    note(class_.record()->add_field_unsafe(id, type, String(doc)));
     return *this;
 }
 
@@ -74,7 +77,7 @@ Class_Generic class_builder::build() {
     if (class_.parents().empty() && !(class_ == Any::getClass()))
         class_.record()->add_parent_unsafe(Any::getClass());
     if (!module_.isEmpty())
-        tellFailure(register_class(module_.toStdString(), class_));
+        note(register_class(module_.toStdString(), class_));
     return class_;
 }
 

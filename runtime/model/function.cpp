@@ -111,11 +111,17 @@ Any object_value_native_function::invokeAdjusted(std::span<const Any> arguments)
     return call(frame);
 }
 
-Any object_value_native_function::argumentError(std::size_t index, const Any& found) const {
+Any object_value_native_function::argumentError(std::size_t index, const Any& found, const Any& reason) const {
+    if (is_error_result(reason))
+        return reason;
     const Signature known = *signature();
     const Parameter& parameter = parameter_of_argument(known, index);
-    return failure(String(u"Argument '{}' of '{}' must be of type '{}', not '{}'.")
-                       .arg(parameter.name(), name_, parameter.type().toString(), qualname(raw_class_of(found))));
+    const Error error(String(u"Argument '{}' of '{}' must be of type '{}', not '{}'.")
+                          .arg(parameter.name(), name_, parameter.type().toString(), qualname(raw_class_of(found))),
+                      true);
+    if (!reason.isNone())
+        error.setCause(reason);
+    return error;
 }
 
 namespace {
@@ -203,24 +209,6 @@ String docOf(const Any& invokable) {
     if (const object_value_function* function = functionRecord(invokable))
         return function->doc();
     return String::cast(invokable.propertyValue(I_HasDoc::$$doc)).valueOr(String());
-}
-
-Signature native_signature(std::string_view names, std::span<const Type> types, bool rest, bool withReceiver,
-                           const Type& result) {
-    std::vector<Parameter> parameters;
-    std::vector<String> given = String(names).split(u",");
-    for (std::size_t i = 0; i < types.size(); ++i) {
-        const bool receiver = withReceiver && i == 0;
-        const std::size_t position = withReceiver ? i - 1 : i;
-        String name = !receiver && position < given.size() ? given[position].trimmed() : String();
-        if (receiver)
-            name = u"self";
-        else if (name.isEmpty())
-            name = String(u"arg{}").arg(position + 1);
-        const bool variadic = rest && i + 1 == types.size();
-        parameters.emplace_back(name, types[i], variadic ? ParameterMode::VariadicPositional : ParameterMode::Ordinary);
-    }
-    return Signature(std::move(parameters), result);
 }
 
 }  // namespace internal

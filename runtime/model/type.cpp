@@ -246,6 +246,11 @@ String canonical_text(const Type& type) {
     return text.build();
 }
 
+Any type_error(const Any& value, const Type& expected) {
+    return failure(String(u"Unable to cast a value of class '{}' to '{}'.")
+                       .arg(qualname(raw_class_of(value)), expected.toString()));
+}
+
 Type type_unite(const Type& a, const Type& b) {
     if (a.isUntyped() || b.isUntyped())
         return untypedType();

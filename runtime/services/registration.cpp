@@ -123,9 +123,8 @@ Any memberOf(const Any& holder, std::u16string_view name) {
     return property.isNone() ? Any() : internal::result_unwrap_lazy(property.get(holder));
 }
 
-}  // namespace
-
-Class_Generic find_class(const String& qualifiedName) {
+/// What stands under a dotted name below some module, or none.
+Any findMember(const String& qualifiedName) {
     const auto [module, path] = locateModule(qualifiedName.view());
     Any current = module;
     std::u16string_view rest = path;
@@ -136,7 +135,17 @@ Class_Generic find_class(const String& qualifiedName) {
             break;
         rest = rest.substr(dot + 1);
     }
-    return Class_Generic::cast(current).valueOr(Class_Generic());
+    return current;
+}
+
+}  // namespace
+
+Class_Generic find_class(const String& qualifiedName) {
+    return Class_Generic::cast(findMember(qualifiedName)).valueOr(Class_Generic());
+}
+
+I_Invokable_Generic find_function(const String& qualifiedName) {
+    return I_Invokable_Generic::cast(findMember(qualifiedName)).valueOr(I_Invokable_Generic());
 }
 
 }  // namespace ling

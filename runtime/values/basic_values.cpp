@@ -22,6 +22,12 @@ Result<Handle> castKind(const Any& value, Kind kind) {
 
 }  // namespace
 
+Result<None> None::cast(const Any& value) {
+    if (value.isNone())
+        return None();
+    return Result<None>::failure(internal::cast_error(value, getClass()));
+}
+Result<Undefined> Undefined::cast(const Any& value) { return castKind<Undefined>(value, Kind::Undefined); }
 Result<Boolean> Boolean::cast(const Any& value) { return castKind<Boolean>(value, Kind::Boolean); }
 Result<Integer> Integer::cast(const Any& value) { return castKind<Integer>(value, Kind::Integer); }
 

@@ -37,6 +37,9 @@ String::String(std::u16string_view units) : String(uninitialised(units.size())) 
     std::copy(units.begin(), units.end(), writable());
 }
 
+Any Any::ofText(std::string_view utf8) { return String(utf8); }
+Any Any::ofText(std::u16string_view units) { return String(units); }
+
 String String::uninitialised(std::size_t length) {
     return length == 0 ? String() : string_access::adopt(object_value_string::make(length));
 }

@@ -88,6 +88,12 @@ TEST_P(Workers, HaveTheHostAndItsExtensionsAndItsValuesTravel) {
 INSTANTIATE_TEST_SUITE_P(Start, Workers, testing::Values("fork", "spawn", "forkserver"),
                          [](const auto& row) { return std::string(row.param); });
 
+TEST(Documents, TheTablesOfConversionsHold) {
+    const Ended ended = process::run(
+        process::shell({(kScripts / "check_conversions.py").string(), (kSources / "docs/conversions.md").string()}));
+    EXPECT_EQ(ended.status, 0) << ended.out << ended.err;
+}
+
 TEST(Library, EveryPublicMemberMakesTheWayToTheRuntimeAndBack) {
     process::Command walk = process::shell({(kScripts / "library_walk.py").string()});
     walk.limit = std::chrono::seconds(240);

@@ -7,11 +7,24 @@
 #include <concepts>
 #include <cstdint>
 #include <initializer_list>
+#include <limits>
 #include <span>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
 namespace ling {
+
+namespace internal {
+/// Text that is no value of the runtime yet: literals, `std::string`, `std::string_view`, and their UTF-16 fellows.
+template <class T>
+concept utf8_text = std::convertible_to<const T&, std::string_view>;
+template <class T>
+concept utf16_text = std::convertible_to<const T&, std::u16string_view>;
+/// An integer type whose values may be above what the runtime's integers hold.
+template <class T>
+concept wide_unsigned = std::unsigned_integral<T> && sizeof(T) >= sizeof(std::uint64_t);
+}  // namespace internal
 
 /// One value of the runtime, in 16 bytes: a tag and a payload.
 ///
@@ -27,10 +40,22 @@ public:
     template <std::same_as<bool> T>
     Any(T value) noexcept : tag_(Tag::Boolean), bits_(value) {}
     template <std::integral T>
-    requires(!std::same_as<T, bool>) Any(T value)
+    requires(!std::same_as<T, bool> && !internal::wide_unsigned<T>) Any(T value)
     noexcept : tag_(Tag::Integer), bits_(static_cast<std::uint64_t>(static_cast<std::int64_t>(value))) {}
+    /// An integer, or above the greatest of them the decimal of the same value: no number changes on its way.
+    template <internal::wide_unsigned T>
+    Any(T value) : tag_(Tag::Integer), bits_(value) {
+        if (bits_ > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
+            *this = ofLarge(std::exchange(bits_, 0));
+    }
     template <std::floating_point T>
     Any(T value) noexcept : tag_(Tag::Float), bits_(std::bit_cast<std::uint64_t>(static_cast<double>(value))) {}
+    /// A string.
+    template <internal::utf8_text T>
+    Any(const T& utf8) : Any(ofText(std::string_view(utf8))) {}
+    template <internal::utf16_text T>
+    Any(const T& units) : Any(ofText(std::u16string_view(units))) {}
+    Any(std::nullptr_t) = delete;  ///< None is `Any()`.
 
     Any(const Any& other) noexcept : tag_(other.tag_), bits_(other.bits_) {
         if (tag_ == Tag::Heap)
@@ -123,6 +148,16 @@ public:
     Any fieldValue(const field_ident_untyped& id) const;
     Any setFieldValue(const field_ident_untyped& id, const Any& value) const;
 
+    /// The same by names as they are written. An identifier that is kept saves finding the name each time.
+    Any boundMethod(std::string_view name) const { return boundMethod(internal::lookup_name(name).method()); }
+    Any callMethod(std::string_view name, std::initializer_list<Any> arguments = {}) const {
+        return callMethod(internal::lookup_name(name).method(), arguments);
+    }
+    Any propertyValue(std::string_view name) const { return propertyValue(internal::lookup_name(name).property()); }
+    Any setPropertyValue(std::string_view name, const Any& value) const {
+        return setPropertyValue(internal::lookup_name(name).property(), value);
+    }
+
     static const Class_Generic& getClass();  ///< The root of every class.
     static Type getType();                   ///< The type that every value matches.
 
@@ -146,6 +181,9 @@ private:
                                                Kind::Float};
     friend class Undefined;
 
+    static Any ofText(std::string_view utf8);
+    static Any ofText(std::u16string_view units);
+    static Any ofLarge(std::uint64_t value);
     internal::object_value* heap() const noexcept { return reinterpret_cast<internal::object_value*>(bits_); }
 
     Tag tag_ = Tag::None;

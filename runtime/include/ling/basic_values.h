@@ -9,6 +9,7 @@ namespace ling {
 class LING_EXPORT None : public Any {
 public:
     None() noexcept = default;
+    static Result<None> cast(const Any& value);
     static const Class_Generic& getClass();
     static Type getType();
 };
@@ -17,6 +18,7 @@ public:
 class LING_EXPORT Undefined : public Any {
 public:
     Undefined() noexcept { tag_ = Tag::Undefined; }
+    static Result<Undefined> cast(const Any& value);
     static const Class_Generic& getClass();
     static Type getType();
 };

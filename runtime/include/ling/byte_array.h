@@ -34,7 +34,8 @@ public:
     static Type getType();
 
 private:
-    explicit ByteArray(Any&& value) noexcept : Any(std::move(value)) {}
+    template <std::same_as<Any> T>  // Not what becomes an `Any` on the way, as text does.
+    explicit ByteArray(T&& value) noexcept : Any(std::move(value)) {}
     static ByteArray uninitialised(std::size_t size);
     char* writable() noexcept;
 };

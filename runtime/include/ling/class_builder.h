@@ -15,7 +15,7 @@ class property_builder : public property_builder_base {
 public:
     template <class F>
     property_builder& getter(F&& code) {
-        constexpr auto shape = call_shape<std::decay_t<F>>::value;
+        constexpr auto shape = shape_of<F>;
         if constexpr (parameters(shape) == 0)
             assign_getter(make_function("getter", "", std::forward<F>(code)));
         else
@@ -44,7 +44,7 @@ private:
     }
     template <class R, class... Ps>
     static Type argument_type(R (*)(Ps...)) {
-        return result_type<typename unwrapped_result<std::remove_cvref_t<R>>::type>();
+        return result_type<R>();
     }
 };
 
@@ -74,16 +74,18 @@ public:
 
     /// From native code; the first parameter is the receiver and is not among `names`.
     template <class F>
-    class_builder& method(std::string_view name, std::string_view names, F&& code, std::string_view doc = {}) {
+    class_builder& method(std::string_view name, const parameter_list& names, F&& code, std::string_view doc = {}) {
         return method(method_ident_untyped(name), make_method(name, names, std::forward<F>(code), doc));
     }
     template <class F>
-    class_builder& method(const method_ident_untyped& id, std::string_view names, F&& code, std::string_view doc = {}) {
+    class_builder& method(const method_ident_untyped& id, const parameter_list& names, F&& code,
+                          std::string_view doc = {}) {
         return method(id, make_method(id.utf8(), names, std::forward<F>(code), doc));
     }
     /// Class level: no receiver.
     template <class F>
-    class_builder& classMethod(std::string_view name, std::string_view names, F&& code, std::string_view doc = {}) {
+    class_builder& classMethod(std::string_view name, const parameter_list& names, F&& code,
+                               std::string_view doc = {}) {
         return classMethod(method_ident_untyped(name), make_function(name, names, std::forward<F>(code), doc));
     }
     class_builder& property(std::string_view name, const property_builder_base& builder) {
@@ -93,13 +95,20 @@ public:
     /// The class, registered in its module when it has one. An error in a step before (a parent that would make a
     /// circle, a name that is taken by something else) is written to the assertion log, and the step is left out.
     Class_Generic build();
+    /// The first step that failed, `build` included: an error result, or none.
+    const Any& error() const noexcept { return error_; }
+    /// The class as it is so far.
+    const Class_Generic& unfinished() const noexcept { return class_; }
 
 private:
     explicit class_builder(const Class_Generic& existing) : class_(existing) {}
     friend LING_EXPORT class_builder extend_class(const Class_Generic& cls);
 
+    void note(const Any& outcome);
+
     Class_Generic class_;
     String module_;
+    Any error_;
 };
 
 /// Begins a class. An empty module name makes a class that no module holds.
@@ -109,3 +118,10 @@ inline class_builder defclass_impl(std::string_view name, std::string_view modul
 LING_EXPORT class_builder extend_class(const Class_Generic& cls);
 
 }  // namespace ling::internal
+
+namespace ling {
+
+using internal::class_builder;
+using internal::property_builder;
+
+}  // namespace ling

@@ -5,6 +5,8 @@
 #include "ling/result.h"
 #include "ling/string.h"
 
+#include <exception>
+#include <string>
 #include <utility>
 
 namespace ling {
@@ -49,12 +51,6 @@ public:
 
 namespace internal {
 
-/// The value is an error that stands for a failed operation.
-inline bool is_error_result(const Any& value) noexcept {
-    const object_value* object = value.object();
-    return object != nullptr && object->isErrorResult();
-}
-
 /// Resolves lazy values until something else is there: a value or an error result. External values are loaded.
 LING_EXPORT Any result_unwrap_lazy(Any value);
 
@@ -88,5 +84,39 @@ private:
 inline Any failure(const String& message) { return Error(message, true); }
 
 }  // namespace internal
+
+/// An error result on its way through C++ code that has no other way to pass it on: what a callback throws when it
+/// fails, and what a native function may throw. The function's caller gets the error, the same object.
+class LING_EXPORT ErrorException : public std::exception {
+public:
+    explicit ErrorException(const Any& error);
+    const Any& error() const noexcept { return error_; }
+    const char* what() const noexcept override { return text_.c_str(); }
+
+private:
+    Any error_;
+    std::string text_;
+};
+
+using internal::is_error_result;
+using internal::unwrap;
+
+/// Makes an error result: what an operation answers that cannot give its value. Each place "{}" of the text takes one
+/// of `values`, as `String::arg` has it; a text without values stays as it is.
+template <class... Values>
+Failure failure(const String& message, const Values&... values) {
+    if constexpr (sizeof...(Values) == 0)
+        return Failure(Error(message, true));
+    else
+        return Failure(Error(message.arg(values...), true));
+}
+/// The same of the class `cls`, which is `Error` or derived from it.
+template <class... Values>
+Failure failure(const Class_Generic& cls, const String& message, const Values&... values) {
+    if constexpr (sizeof...(Values) == 0)
+        return Failure(Error(cls, message, true));
+    else
+        return Failure(Error(cls, message.arg(values...), true));
+}
 
 }  // namespace ling

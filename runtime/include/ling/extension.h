@@ -25,6 +25,16 @@ LING_EXPORT void add_init_handler(InitLevel level, init_handler handler);
 LING_EXPORT std::vector<std::pair<InitLevel, init_handler>>& init_handlers_unsafe();
 }  // namespace internal
 
+using internal::add_init_handler;
+
+/// The entry function of an extension. What it queues runs right after it:
+///
+///     LING_EXTENSION {
+///         ling::add_init_handler(ling::InitLevel::Classes, defineClasses);
+///         ling::add_init_handler(ling::InitLevel::Functions, defineFunctions);
+///     }
+#define LING_EXTENSION extern "C" __attribute__((visibility("default"))) void quorvanta_extension_init()
+
 /// Runs the queued handlers level by level until the queue is empty. What a handler throws ends that handler only and
 /// is returned as text, one entry each.
 LING_EXPORT std::vector<String> run_init_handlers();

@@ -72,14 +72,6 @@ struct NamedArgument {
     Any value;
 };
 
-namespace internal {
-inline Any any_of(const Any& value) { return value; }
-inline Any any_of(const char* utf8) { return String(utf8); }
-inline Any any_of(const char16_t* text) { return String(text); }
-template <class T>
-requires std::is_arithmetic_v<T> Any any_of(T value) { return Any(value); }
-}  // namespace internal
-
 /// Anything that can be called: functions, classes, and objects whose class implements `$invoke`.
 ///
 /// Every call answers a value or an error result, which names the function and the parameter when the arguments do
@@ -97,7 +89,7 @@ public:
         if constexpr (sizeof...(Arguments) == 0) {
             return invoke({});
         } else {
-            const Any list[] = {internal::any_of(arguments)...};
+            const Any list[] = {Any(arguments)...};
             return invoke(list);
         }
     }
@@ -118,7 +110,7 @@ public:
     I_Invokable_Generic bindArgsImpl(std::span<const Any> leading) const;
     template <class... Arguments>
     I_Invokable_Generic bindArgs(const Arguments&... arguments) const {
-        const Any list[] = {internal::any_of(arguments)...};
+        const Any list[] = {Any(arguments)...};
         return bindArgsImpl(list);
     }
 
@@ -139,6 +131,10 @@ template <class Returned>
 class I_Invokable : public I_Invokable_Generic {
 public:
     I_Invokable(const I_Invokable_Generic& function) : I_Invokable_Generic(function) {}
+    static Result<I_Invokable> cast(const Any& value) {
+        const Result<I_Invokable_Generic> function = I_Invokable_Generic::cast(value);
+        return function ? Result<I_Invokable>(*function) : Result<I_Invokable>::failure(function.error());
+    }
 };
 
 namespace internal {
@@ -190,8 +186,9 @@ public:
 protected:
     /// One argument for each parameter, and the rest of a variadic function: the order is that of `ParameterMode`.
     virtual Any call(std::span<const Any> arguments) = 0;
-    /// The standard error for an argument of the wrong type.
-    Any argumentError(std::size_t index, const Any& found) const;
+    /// The standard error for an argument of the wrong type. `reason` may say more: an error result stands in the
+    /// place of the standard error, an error that is none becomes its cause.
+    Any argumentError(std::size_t index, const Any& found, const Any& reason = Any()) const;
     /// There are as many arguments as parameters, so that nothing has to be adjusted.
     bool isExact(std::span<const Any> arguments) const noexcept { return arguments.size() == exactCount_; }
     Any invokeAdjusted(std::span<const Any> arguments);

@@ -3,6 +3,7 @@
 #include "ling/map_interface.h"
 #include "ling/set_interface.h"
 
+#include <initializer_list>
 #include <memory>
 #include <span>
 #include <utility>
@@ -17,6 +18,7 @@ class LING_EXPORT Map_Generic : public I_MutableMap_Generic {
 public:
     Map_Generic();  ///< A new, empty map.
     explicit Map_Generic(std::span<const std::pair<Any, Any>> pairs);
+    Map_Generic(std::initializer_list<std::pair<Any, Any>> pairs);
 
     std::size_t size() const noexcept;
 
@@ -27,8 +29,10 @@ public:
 };
 
 template <class K, class V>
-class Map : public Map_Generic {
+class Map : public internal::typed_map<K, V, Map_Generic> {
 public:
+    using internal::typed_map<K, V, Map_Generic>::typed_map;
+    static Result<Map> cast(const Any& value) { return internal::narrow<Map, Map_Generic>(value); }
     static Type getType() { return Type(Map_Generic::genericInstance(K::getType(), V::getType())); }
 };
 
@@ -36,6 +40,8 @@ public:
 /// serves.
 class LING_EXPORT JsonObject : public Map_Generic {
 public:
+    using Map_Generic::Map_Generic;
+    static Result<JsonObject> cast(const Any& value) { return internal::narrow<JsonObject, Map_Generic>(value); }
     static const Class_Generic& getClass();
     static Type getType();
 };
@@ -45,6 +51,7 @@ class LING_EXPORT Set_Generic : public I_MutableSet_Generic {
 public:
     Set_Generic();
     explicit Set_Generic(std::span<const Any> items);
+    Set_Generic(std::initializer_list<Any> items) : Set_Generic(std::span<const Any>(items.begin(), items.size())) {}
 
     std::size_t size() const noexcept;
 
@@ -55,8 +62,10 @@ public:
 };
 
 template <class T>
-class Set : public Set_Generic {
+class Set : public internal::typed_iterable<T, Set_Generic> {
 public:
+    using internal::typed_iterable<T, Set_Generic>::typed_iterable;
+    static Result<Set> cast(const Any& value) { return internal::narrow<Set, Set_Generic>(value); }
     static Type getType() { return Type(Set_Generic::genericInstance(T::getType())); }
 };
 

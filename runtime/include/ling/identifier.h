@@ -3,8 +3,8 @@
 #include "ling/export.h"
 #include "ling/forward.h"
 
+#include <concepts>
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -49,8 +49,8 @@ private:
 /// Names of methods, properties and fields are kept apart by type, so that one is not passed for another.
 class LING_EXPORT method_ident_untyped : public identifier {
 public:
-    explicit method_ident_untyped(const char* utf8) : identifier(internal::intern(std::string_view(utf8))) {}
-    explicit method_ident_untyped(std::string_view utf8) : identifier(internal::intern(utf8)) {}
+    template <std::convertible_to<std::string_view> T>
+    explicit method_ident_untyped(const T& utf8) : identifier(internal::intern(std::string_view(utf8))) {}
     explicit method_ident_untyped(const String& name) : identifier(internal::intern(name)) {}
     explicit method_ident_untyped(const ByteArray& utf8);
     explicit method_ident_untyped(const internal::identifier_data& data) noexcept : identifier(data) {}
@@ -58,8 +58,8 @@ public:
 
 class LING_EXPORT property_ident_untyped : public identifier {
 public:
-    explicit property_ident_untyped(const char* utf8) : identifier(internal::intern(std::string_view(utf8))) {}
-    explicit property_ident_untyped(std::string_view utf8) : identifier(internal::intern(utf8)) {}
+    template <std::convertible_to<std::string_view> T>
+    explicit property_ident_untyped(const T& utf8) : identifier(internal::intern(std::string_view(utf8))) {}
     explicit property_ident_untyped(const String& name) : identifier(internal::intern(name)) {}
     explicit property_ident_untyped(const ByteArray& utf8);
     explicit property_ident_untyped(const internal::identifier_data& data) noexcept : identifier(data) {}
@@ -67,8 +67,8 @@ public:
 
 class LING_EXPORT field_ident_untyped : public identifier {
 public:
-    explicit field_ident_untyped(const char* utf8) : identifier(internal::intern(std::string_view(utf8))) {}
-    explicit field_ident_untyped(std::string_view utf8) : identifier(internal::intern(utf8)) {}
+    template <std::convertible_to<std::string_view> T>
+    explicit field_ident_untyped(const T& utf8) : identifier(internal::intern(std::string_view(utf8))) {}
     explicit field_ident_untyped(const String& name) : identifier(internal::intern(name)) {}
     explicit field_ident_untyped(const ByteArray& utf8);
     explicit field_ident_untyped(const internal::identifier_data& data) noexcept : identifier(data) {}

@@ -75,7 +75,9 @@ public:
 class LING_EXPORT External_Generic : public Any {
 public:
     explicit External_Generic(std::function<Any()> load, std::function<Any(const Any&)> store = nullptr);
+    static Result<External_Generic> cast(const Any& value) { return internal::cast_handle<External_Generic>(value); }
     static const Class_Generic& getClass();
+    static Type getType() { return Type(getClass()); }
 };
 
 /// A reference that does not keep its target alive. Made for any value on the heap; an immediate is kept as it is.
@@ -99,7 +101,9 @@ public:
     /// may each have one in an unnamed namespace.
     static Class_Generic getClassInstance(const std::type_info& type,
                                           internal::object_value* (*makeDefault)(internal::object_value_class*));
+    static Result<Boxed_Generic> cast(const Any& value) { return internal::cast_handle<Boxed_Generic>(value); }
     static const Class_Generic& getClass();
+    static Type getType() { return Type(getClass()); }
 };
 
 /// A box around a copyable native value. Copies are made with nothing locked: what the type's own code does, throwing

@@ -13,12 +13,15 @@ class LING_EXPORT I_Immutable : public Any {
 public:
     static Result<I_Immutable> cast(const Any& value);
     static const Class_Generic& getClass();
+    static Type getType() { return Type(getClass()); }
 };
 
 /// Values that make sense in this process only and are never written out.
 class LING_EXPORT I_RuntimeOnly : public Any {
 public:
+    static Result<I_RuntimeOnly> cast(const Any& value) { return internal::cast_handle<I_RuntimeOnly>(value); }
     static const Class_Generic& getClass();
+    static Type getType() { return Type(getClass()); }
 };
 
 class LING_EXPORT I_HasDoc : public Any {
@@ -26,6 +29,7 @@ public:
     String doc() const;  ///< Empty when the property cannot be read as text.
     static Result<I_HasDoc> cast(const Any& value);
     static const Class_Generic& getClass();
+    static Type getType() { return Type(getClass()); }
     static const property_ident_untyped $$doc;
 };
 
@@ -34,6 +38,7 @@ public:
     String name() const;
     static Result<I_HasName> cast(const Any& value);
     static const Class_Generic& getClass();
+    static Type getType() { return Type(getClass()); }
     static const property_ident_untyped $$name;
 };
 
@@ -43,6 +48,7 @@ public:
     Any code() const;
     static Result<I_HasCode> cast(const Any& value);
     static const Class_Generic& getClass();
+    static Type getType() { return Type(getClass()); }
     static const property_ident_untyped $$code;
 };
 
@@ -53,6 +59,7 @@ public:
     Any tryInto(const Class_Generic& target) const;
     static Result<I_Convertible> cast(const Any& value);
     static const Class_Generic& getClass();
+    static Type getType() { return Type(getClass()); }
     static const method_ident_untyped $tryInto;
 };
 
@@ -60,11 +67,24 @@ public:
 /// answers them, and so does the one object that `$$instance` gives.
 class LING_EXPORT I_Language : public Any {
 public:
+    /// Runs a block of statements with `variables` bound by name, and answers what it returns, or none. The block may
+    /// assign to them: their values then stand in `variables`, which is how a scope lasts from one block to the next.
+    Any evaluate(const String& code, const Map_Generic& variables) const;
+    Any evaluate(const String& code) const;
+    /// Runs one expression and answers its value.
+    Any evaluateExpression(const String& code, const I_Map_Generic& variables) const;
+    Any evaluateExpression(const String& code) const;
+
     static Result<I_Language> cast(const Any& value);
     static const Class_Generic& getClass();
+    static Type getType() { return Type(getClass()); }
     static const method_ident_untyped $evaluate, $evaluateExpression, $evaluateMethod;
     static const method_ident_untyped $toCode, $typeName, $fromNativeClass, $toNativeClass;
     static const property_ident_untyped $$canEvaluate, $$instance;
 };
+
+/// The language of a name: "Python". A plug-in puts its class into the module "ling." with the name in small letters
+/// and calls it "Language" with the name. An error result when no such plug-in is in use.
+LING_EXPORT Result<I_Language> find_language(const String& name);
 
 }  // namespace ling

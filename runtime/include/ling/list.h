@@ -37,8 +37,13 @@ public:
 };
 
 template <class T>
-class List : public List_Generic {
+class List : public internal::typed_sequence<T, List_Generic> {
 public:
+    List() = default;
+    List(std::initializer_list<T> items)
+        : internal::typed_sequence<T, List_Generic>(std::vector<Any>(items.begin(), items.end())) {}
+    explicit List(std::vector<Any> items) : internal::typed_sequence<T, List_Generic>(std::move(items)) {}
+    static Result<List> cast(const Any& value) { return internal::narrow<List, List_Generic>(value); }
     static Type getType() { return Type(List_Generic::genericInstance(T::getType())); }
 };
 
@@ -74,6 +79,7 @@ class LING_EXPORT Tuple_Generic : public I_Tuple_Generic {
 public:
     Tuple_Generic() : Tuple_Generic(std::vector<Any>()) {}
     explicit Tuple_Generic(std::vector<Any> items);
+    Tuple_Generic(std::initializer_list<Any> items) : Tuple_Generic(std::vector<Any>(items)) {}
     std::span<const Any> items() const noexcept;  ///< Valid as long as this handle lives.
 
     static Class_Generic genericInstance(std::span<const Type> items);

@@ -54,6 +54,9 @@ LING_EXPORT std::uint64_t module_tree_version() noexcept;
 /// Finds a class by its dotted name: the longest leading part that names a module, then member by member, through
 /// modules and classes. A none handle when there is no such class.
 LING_EXPORT Class_Generic find_class(const String& qualifiedName);
+/// Finds anything that can be called by its dotted name: a function of a module, or a class. What is not there answers
+/// each call with an error result.
+LING_EXPORT I_Invokable_Generic find_function(const String& qualifiedName);
 
 namespace internal {
 
@@ -107,5 +110,9 @@ LING_EXPORT Any register_property(std::string_view module, std::string_view name
 LING_EXPORT Any register_class(std::string_view module, const Class_Generic& cls);
 
 }  // namespace internal
+
+using internal::register_class;
+using internal::register_function;
+using internal::register_property;
 
 }  // namespace ling

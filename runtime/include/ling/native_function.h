@@ -1,92 +1,130 @@
 #pragma once
 
-#include "ling/basic_values.h"
-#include "ling/class.h"
+#include "ling/conversion.h"
 #include "ling/function.h"
+#include "ling/parameter_list.h"
 
-#include <concepts>
 #include <cstdint>
-#include <optional>
+#include <span>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <utility>
 
-/// Functions from native code: any callable whose parameters and result the runtime can convert.
+/// Functions from native code: any callable whose parameters and result `ling/conversion.h` can convert.
 ///
 ///     auto add = make_function("add", "a, b", [](std::int64_t a, std::int64_t b) { return a + b; }, "Adds.");
 ///
-/// A parameter may be `const Any&`, a handle type, `bool`, any integer type, `double` or `std::span<const Any>` (last:
-/// all arguments that remain). A result may be any of the values, `Result<T>` or `void` (none).
+/// The callable has one signature: no `auto` parameters, no overloads. `std::span<const T>` as the last parameter takes
+/// all arguments that remain.
 
 namespace ling::internal {
 
-/// How a native parameter type is read from a value: as a handle or a number, or nothing where the value is no such
-/// thing. Numbers come without an error beside them, which would have to be dropped after each call.
+/// All arguments that remain, as values of one C++ type.
 template <class T>
-struct argument {
-    static Type type() { return T::getType(); }
-    static Result<T> read(const Any& value) { return T::cast(value); }
-};
-template <>
-struct argument<Any> {
-    static Type type() { return Untyped::getType(); }
-};
-template <>
-struct argument<bool> {
-    static Type type() { return Boolean::getType(); }
-    static std::optional<bool> read(const Any& value) {
-        return value.is(Kind::Boolean) ? std::optional(value.asBoolean()) : std::nullopt;
+class rest_arguments {
+public:
+    explicit rest_arguments(std::span<const Any> arguments) {
+        static_assert(!std::same_as<T, bool>, "A native function takes remaining booleans as std::span<const Any>.");
+        check_item<T>();
+        values_.reserve(arguments.size());
+        for (const Any& argument : arguments) {
+            auto value = conversion<T>::read(argument);
+            if (!value) {
+                isRead_ = false;
+                break;
+            }
+            values_.push_back(*std::move(value));
+        }
     }
-};
-/// Any integer type; a value that it cannot hold is refused.
-template <std::integral T>
-struct argument<T> {
-    static Type type() { return Integer::getType(); }
-    static std::optional<T> read(const Any& value) {
-        const bool fits = value.is(Kind::Integer) && std::in_range<T>(value.asInteger());
-        return fits ? std::optional(static_cast<T>(value.asInteger())) : std::nullopt;
-    }
+    explicit operator bool() const noexcept { return isRead_; }
+    std::span<const T> operator*() const noexcept { return values_; }
+    std::size_t wrong() const noexcept { return values_.size(); }
+
+private:
+    std::vector<T> values_;
+    bool isRead_ = true;
 };
 template <>
-struct argument<double> {
-    static Type type() { return Float::getType(); }
-    static std::optional<double> read(const Any& value) {
-        if (value.is(Kind::Float))
-            return value.asFloat();
-        return value.is(Kind::Integer) ? std::optional(static_cast<double>(value.asInteger())) : std::nullopt;
+class rest_arguments<Any> {
+public:
+    explicit rest_arguments(std::span<const Any> arguments) noexcept : arguments_(arguments) {}
+    explicit operator bool() const noexcept { return true; }
+    std::span<const Any> operator*() const noexcept { return arguments_; }
+    std::size_t wrong() const noexcept { return 0; }
+
+private:
+    std::span<const Any> arguments_;
+};
+
+/// One parameter of native code: how its argument is read, and what of it the code is given.
+template <class P>
+struct native_parameter {
+    using type = std::remove_cvref_t<P>;
+
+    static Type declaredType() {
+        if constexpr (is_rest<P> && std::same_as<type, std::span<const Any>>)
+            return Untyped::getType();
+        else
+            return conversion<type>::type();
+    }
+    static auto read(std::span<const Any> arguments, std::size_t index) {
+        if constexpr (std::same_as<type, Any>)
+            return &arguments[index];
+        else if constexpr (is_rest<P>)
+            return rest_arguments<std::remove_const_t<typename type::element_type>>(arguments.subspan(index));
+        else
+            return conversion<type>::read(arguments[index]);
+    }
+    /// By value, the argument is taken out of what was read; otherwise the code looks at it there.
+    template <class Read>
+    static decltype(auto) give(Read& read) {
+        if constexpr (std::is_rvalue_reference_v<P>)
+            return type(*std::move(read));
+        else if constexpr (std::is_reference_v<P> || std::is_pointer_v<Read> || is_rest<P>)
+            return *read;
+        else
+            return *std::move(read);
+    }
+    /// More than the type says about an argument that could not be read, or none.
+    template <class Read>
+    static Any explain(const Read& read, const Any& argument) {
+        if constexpr (requires { conversion<type>::explain(read, argument); })
+            return conversion<type>::explain(read, argument);
+        else
+            return Any();
+    }
+    template <class Read>
+    static std::size_t wrong(const Read& read, std::size_t index) {
+        if constexpr (is_rest<P>)
+            return index + read.wrong();
+        else
+            return index;
     }
 };
 
-template <class T>
-inline constexpr bool is_rest = std::is_same_v<std::remove_cvref_t<T>, std::span<const Any>>;
-
-/// The type of a native result. Left untyped where the code answers an `Any`.
-template <class T>
+template <class R>
 Type result_type() {
-    if constexpr (std::is_void_v<T>)
+    if constexpr (std::is_void_v<R>)
         return None::getType();
-    else if constexpr (std::is_same_v<T, Any>)
-        return Untyped::getType();
     else
-        return argument<T>::type();
+        return given_type<std::remove_cvref_t<R>>();
 }
-template <class T>
-struct unwrapped_result {
-    using type = T;
-};
-template <class T>
-struct unwrapped_result<Result<T>> {
-    using type = T;
-};
 
-template <class T>
-Any to_any(Result<T>&& result) {
-    return result.toAny();
+template <class F, class Receiver, class... Arguments>
+decltype(auto) call_member(F code, Receiver&& receiver, Arguments&&... arguments) {
+    if constexpr (std::is_member_object_pointer_v<F>)
+        return (receiver.*code);
+    else
+        return (receiver.*code)(std::forward<Arguments>(arguments)...);
 }
-template <class T>
-Any to_any(T&& value) {
-    return Any(std::forward<T>(value));
+/// Calls functions, function objects, member functions, and data members, which answer what is in them.
+template <class F, class... Arguments>
+decltype(auto) call_code(F& code, Arguments&&... arguments) {
+    if constexpr (std::is_member_pointer_v<F>)
+        return call_member(code, std::forward<Arguments>(arguments)...);
+    else
+        return code(std::forward<Arguments>(arguments)...);
 }
 
 template <class F, class R, class... Ps>
@@ -105,75 +143,105 @@ protected:
     Any call(std::span<const Any> arguments) override { return apply(arguments, std::index_sequence_for<Ps...>{}); }
 
 private:
-    template <class P>
-    static auto read(std::span<const Any> arguments, std::size_t index) {
-        using T = std::remove_cvref_t<P>;
-        if constexpr (std::is_same_v<T, Any>)
-            return &arguments[index];
-        else if constexpr (is_rest<P>)
-            return arguments.subspan(index);
-        else
-            return argument<T>::read(arguments[index]);
-    }
-    template <class Read>
-    static bool isRead(const Read& read) {
-        if constexpr (std::is_same_v<Read, std::span<const Any>>)
-            return true;
-        else
-            return static_cast<bool>(read);
-    }
-    template <class Read>
-    static decltype(auto) given(Read& read) {
-        if constexpr (std::is_same_v<Read, std::span<const Any>>)
-            return (read);
-        else
-            return *read;
+    template <std::size_t... Is>
+    Any apply([[maybe_unused]] std::span<const Any> arguments, std::index_sequence<Is...> positions) {
+        [[maybe_unused]] auto values = std::make_tuple(native_parameter<Ps>::read(arguments, Is)...);
+        if (!(static_cast<bool>(std::get<Is>(values)) && ...))
+            return refuse(values, arguments, positions);
+        try {
+            if constexpr (std::is_void_v<R>) {
+                call_code(code_, native_parameter<Ps>::give(std::get<Is>(values))...);
+                return Any();
+            } else {
+                return conversion<std::remove_cvref_t<R>>::give(
+                    call_code(code_, native_parameter<Ps>::give(std::get<Is>(values))...));
+            }
+        } catch (const ErrorException& thrown) {
+            return thrown.error();
+        } catch (const std::exception& thrown) {
+            return internal::failure(String(thrown.what()));
+        }
     }
 
-    template <std::size_t... Is>
-    Any apply(std::span<const Any> arguments, std::index_sequence<Is...>) {
-        [[maybe_unused]] auto values = std::make_tuple(read<Ps>(arguments, Is)...);
-        std::size_t wrong = sizeof...(Ps);
-        (void)((isRead(std::get<Is>(values)) || (wrong = Is, false)) && ...);
-        if (wrong != sizeof...(Ps))
-            return argumentError(wrong, arguments[wrong]);
-        if constexpr (std::is_void_v<R>) {
-            code_(given(std::get<Is>(values))...);
-            return Any();
-        } else {
-            return to_any(code_(given(std::get<Is>(values))...));
-        }
+    template <class Values, std::size_t... Is>
+    Any refuse([[maybe_unused]] const Values& values, [[maybe_unused]] std::span<const Any> arguments,
+               std::index_sequence<Is...>) const {
+        Any error;
+        (void)((static_cast<bool>(std::get<Is>(values)) ||
+                (error = refuseOne<Ps>(std::get<Is>(values), arguments, Is), false)) &&
+               ...);
+        return error;
+    }
+    template <class P, class Read>
+    Any refuseOne(const Read& read, std::span<const Any> arguments, std::size_t index) const {
+        const std::size_t wrong = native_parameter<P>::wrong(read, index);
+        return argumentError(wrong, arguments[wrong], native_parameter<P>::explain(read, arguments[wrong]));
     }
 
     F code_;
 };
 
-/// Splits "a, b, c" into parameters with the types of `Ps`, in order. Missing names come out as "arg1", "arg2", ...
-LING_EXPORT Signature native_signature(std::string_view names, std::span<const Type> types, bool rest,
-                                       bool withReceiver, const Type& result);
-
 enum class Receiver : bool { None, First };
 
-template <class R, class... Ps, class F>
-FunctionCL_Generic make_code(std::string_view name, std::string_view names, F&& code, std::string_view doc,
-                             Receiver receiver, R (*)(Ps...)) {
-    const Type types[] = {[] {
-                              if constexpr (is_rest<Ps>)
-                                  return Untyped::getType();
-                              else
-                                  return argument<std::remove_cvref_t<Ps>>::type();
-                          }()...,
-                          Untyped::getType()};
-    constexpr bool rest = (false || ... || is_rest<Ps>);
-    using Returned = typename unwrapped_result<std::remove_cvref_t<R>>::type;
-    Signature signature = native_signature(names, std::span<const Type>(types, sizeof...(Ps)), rest,
-                                           receiver == Receiver::First, result_type<Returned>());
-    return FunctionCL_Generic::adopt(new object_value_code<std::decay_t<F>, R, Ps...>(
-        String(name), std::move(signature), String(doc), receiver == Receiver::None, std::forward<F>(code)));
+template <class... Ps>
+constexpr bool rest_is_last() {
+    constexpr bool rest[] = {is_rest<Ps>..., false};
+    for (std::size_t i = 0; i + 1 < sizeof...(Ps); ++i)
+        if (rest[i])
+            return false;
+    return true;
 }
 
+template <class R, class... Ps, class F>
+FunctionCL_Generic make_code(std::string_view name, const parameter_list& parameters, F&& code, std::string_view doc,
+                             Receiver receiver, R (*)(Ps...)) {
+    static_assert(rest_is_last<Ps...>(),
+                  "A span takes all arguments that remain, so it is the last parameter. Take "
+                  "std::vector<T> for a list as one argument.");
+    if constexpr (rest_is_last<Ps...>() && (takes<Ps>() && ...) && gives<R>()) {
+        const Type types[] = {native_parameter<Ps>::declaredType()..., Untyped::getType()};
+        constexpr bool rest = (false || ... || is_rest<Ps>);
+        return FunctionCL_Generic::adopt(new object_value_code<std::decay_t<F>, R, Ps...>(
+            String(name),
+            parameters.signature(std::span<const Type>(types, sizeof...(Ps)), rest, receiver == Receiver::First,
+                                 result_type<R>()),
+            String(doc), receiver == Receiver::None, std::forward<F>(code)));
+    } else {
+        return FunctionCL_Generic::adopt(nullptr);
+    }
+}
+
+/// The signature of a callable, as a null pointer to a function of it: `call_shape<F>::value`. That of a member has
+/// the object for its first parameter.
 template <class T>
-struct call_shape : call_shape<decltype(&T::operator())> {};
+struct operator_shape;
+template <class C, class R, class... Ps>
+struct operator_shape<R (C::*)(Ps...)> {
+    static constexpr R (*value)(Ps...) = nullptr;
+};
+template <class C, class R, class... Ps>
+struct operator_shape<R (C::*)(Ps...) const> : operator_shape<R (C::*)(Ps...)> {};
+template <class C, class R, class... Ps>
+struct operator_shape<R (C::*)(Ps...) noexcept> : operator_shape<R (C::*)(Ps...)> {};
+template <class C, class R, class... Ps>
+struct operator_shape<R (C::*)(Ps...) const noexcept> : operator_shape<R (C::*)(Ps...)> {};
+
+template <class T>
+concept has_one_signature = requires {
+    &T::operator();
+};
+
+struct no_shape {
+    static constexpr void (*value)() = nullptr;
+};
+template <class T>
+struct call_shape : no_shape {
+    static_assert(never<T>,
+                  "A native function is a function, a member, or an object with one operator(): neither auto "
+                  "parameters nor overloads, since its parameters are known by their types.");
+};
+template <has_one_signature T>
+struct call_shape<T> : operator_shape<decltype(&T::operator())> {};
 template <class R, class... Ps>
 struct call_shape<R (*)(Ps...)> {
     static constexpr R (*value)(Ps...) = nullptr;
@@ -181,26 +249,42 @@ struct call_shape<R (*)(Ps...)> {
 template <class R, class... Ps>
 struct call_shape<R (*)(Ps...) noexcept> : call_shape<R (*)(Ps...)> {};
 template <class C, class R, class... Ps>
-struct call_shape<R (C::*)(Ps...) const> : call_shape<R (*)(Ps...)> {};
+struct call_shape<R (C::*)(Ps...)> : call_shape<R (*)(C&, Ps...)> {};
 template <class C, class R, class... Ps>
-struct call_shape<R (C::*)(Ps...)> : call_shape<R (*)(Ps...)> {};
+struct call_shape<R (C::*)(Ps...) const> : call_shape<R (*)(const C&, Ps...)> {};
+template <class C, class R, class... Ps>
+struct call_shape<R (C::*)(Ps...) noexcept> : call_shape<R (*)(C&, Ps...)> {};
+template <class C, class R, class... Ps>
+struct call_shape<R (C::*)(Ps...) const noexcept> : call_shape<R (*)(const C&, Ps...)> {};
+template <class C, class R>
+struct call_shape<R C::*> : call_shape<const R& (*)(const C&)> {};
+
+template <class F>
+inline constexpr auto shape_of = call_shape<std::decay_t<F>>::value;
+
+template <class R, class... Ps, class F>
+Any give_function(F&& code, R (*)(Ps...)) {
+    return make_code("function", "", std::forward<F>(code), {}, Receiver::None, static_cast<R (*)(Ps...)>(nullptr));
+}
 
 }  // namespace ling::internal
 
 namespace ling {
 
-/// A free function. `names` lists the parameters, separated by commas.
+/// A free function.
 template <class F>
-FunctionCL_Generic make_function(std::string_view name, std::string_view names, F&& code, std::string_view doc = {}) {
-    return internal::make_code(name, names, std::forward<F>(code), doc, internal::Receiver::None,
-                               internal::call_shape<std::decay_t<F>>::value);
+FunctionCL_Generic make_function(std::string_view name, const parameter_list& parameters, F&& code,
+                                 std::string_view doc = {}) {
+    return internal::make_code(name, parameters, std::forward<F>(code), doc, internal::Receiver::None,
+                               internal::shape_of<F>);
 }
 
-/// A method: the first parameter is the receiver, is called "self" and is not among `names`.
+/// A method: the first parameter is the receiver, is called "self" and is not among `parameters`.
 template <class F>
-FunctionCL_Generic make_method(std::string_view name, std::string_view names, F&& code, std::string_view doc = {}) {
-    return internal::make_code(name, names, std::forward<F>(code), doc, internal::Receiver::First,
-                               internal::call_shape<std::decay_t<F>>::value);
+FunctionCL_Generic make_method(std::string_view name, const parameter_list& parameters, F&& code,
+                               std::string_view doc = {}) {
+    return internal::make_code(name, parameters, std::forward<F>(code), doc, internal::Receiver::First,
+                               internal::shape_of<F>);
 }
 
 }  // namespace ling

@@ -6,6 +6,24 @@
 
 namespace ling {
 
+/// An error result, so called where it is made: it converts to an `Any` and to every `Result<T>`.
+///
+///     if (count > stock)
+///         return ling::failure("There are only {} left.", stock);
+class Failure : public Any {
+public:
+    /// `error` is an error result.
+    explicit Failure(Any error) noexcept : Any(std::move(error)) {}
+};
+
+namespace internal {
+/// The value is an error that stands for a failed operation.
+inline bool is_error_result(const Any& value) noexcept {
+    const object_value* object = value.object();
+    return object != nullptr && object->isErrorResult();
+}
+}  // namespace internal
+
 /// A value of type `T`, or the error result that stands in its place. Look at it before use:
 ///
 ///     Result<String> text = String::cast(value);
@@ -15,6 +33,12 @@ template <class T>
 class [[nodiscard]] Result {
 public:
     Result(T value) noexcept : value_(std::move(value)) {}
+    Result(Failure failed) noexcept : error_(std::move(failed)) {}
+    /// From what makes a `T`: a literal for a `String`, a derived handle for its base.
+    template <class U>
+    requires(std::convertible_to<U&&, T> && !std::same_as<std::remove_cvref_t<U>, T> &&
+             !std::derived_from<std::remove_cvref_t<U>, Failure>) Result(U&& value)
+        : value_(std::forward<U>(value)) {}
     /// `error` should be an error result; it is what `error()` gives.
     static Result failure(Any error) noexcept {
         Result result;

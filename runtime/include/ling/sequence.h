@@ -50,24 +50,27 @@ public:
     static Type getType();
 };
 
-template <class T>
-class I_Iterable : public I_Iterable_Generic {
+namespace internal {
+template <class T, class Base>
+class typed_sequence : public typed_iterable<T, Base> {
 public:
-    static Type getType() { return Type(I_Iterable_Generic::genericInstance(T::getType())); }
+    using typed_iterable<T, Base>::typed_iterable;
+    Result<T> at(const Any& index) const { return cast_item<T>(Base::at(index)); }
 };
+}  // namespace internal
+
 template <class T>
-class I_Iterator : public I_Iterator_Generic {
+class I_Sequence : public internal::typed_sequence<T, I_Sequence_Generic> {
 public:
-    static Type getType() { return Type(I_Iterator_Generic::genericInstance(T::getType())); }
-};
-template <class T>
-class I_Sequence : public I_Sequence_Generic {
-public:
+    static Result<I_Sequence> cast(const Any& value) { return internal::narrow<I_Sequence, I_Sequence_Generic>(value); }
     static Type getType() { return Type(I_Sequence_Generic::genericInstance(T::getType())); }
 };
 template <class T>
-class I_MutableSequence : public I_MutableSequence_Generic {
+class I_MutableSequence : public internal::typed_sequence<T, I_MutableSequence_Generic> {
 public:
+    static Result<I_MutableSequence> cast(const Any& value) {
+        return internal::narrow<I_MutableSequence, I_MutableSequence_Generic>(value);
+    }
     static Type getType() { return Type(I_MutableSequence_Generic::genericInstance(T::getType())); }
 };
 

@@ -32,13 +32,17 @@ public:
 };
 
 template <class T>
-class I_Set : public I_Set_Generic {
+class I_Set : public internal::typed_iterable<T, I_Set_Generic> {
 public:
+    static Result<I_Set> cast(const Any& value) { return internal::narrow<I_Set, I_Set_Generic>(value); }
     static Type getType() { return Type(I_Set_Generic::genericInstance(T::getType())); }
 };
 template <class T>
-class I_MutableSet : public I_MutableSet_Generic {
+class I_MutableSet : public internal::typed_iterable<T, I_MutableSet_Generic> {
 public:
+    static Result<I_MutableSet> cast(const Any& value) {
+        return internal::narrow<I_MutableSet, I_MutableSet_Generic>(value);
+    }
     static Type getType() { return Type(I_MutableSet_Generic::genericInstance(T::getType())); }
 };
 

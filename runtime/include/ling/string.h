@@ -85,8 +85,8 @@ public:
     /// `internal::brief` shows it.
     template <class... Values>
     String arg(const Values&... values) const {
-        const Any list[] = {placed(values)...};
-        return argImplMethod(list);
+        const Any list[] = {placed(values)..., Any()};
+        return argImplMethod(std::span<const Any>(list, sizeof...(Values)));
     }
 
     friend bool operator==(const String& a, const String& b) noexcept { return a.view() == b.view(); }
@@ -99,7 +99,8 @@ public:
     static Type getType();
 
 private:
-    explicit String(Any&& value) noexcept : Any(std::move(value)) {}
+    template <std::same_as<Any> T>  // Not what becomes an `Any` on the way, as text does.
+    explicit String(T&& value) noexcept : Any(std::move(value)) {}
     friend struct string_access;
     static String uninitialised(std::size_t length);
     template <class Value>

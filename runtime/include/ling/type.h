@@ -63,6 +63,8 @@ public:
 namespace internal {
 /// The type that accepts what either accepts. Flat, without repetitions, none last.
 LING_EXPORT Type type_unite(const Type& a, const Type& b);
+/// The error of a cast to a type that is not the instances of one class.
+LING_EXPORT Any type_error(const Any& value, const Type& expected);
 }  // namespace internal
 
 /// A value that is an `A` or a `B`; `Union<A, None>` may be absent.
@@ -72,8 +74,16 @@ public:
     Union() noexcept = default;
     Union(const A& value) : Any(value) {}
     Union(const B& value) : Any(value) {}
+    template <class T>
+    requires(!std::derived_from<T, Any> &&
+             (std::constructible_from<A, const T&> || std::constructible_from<B, const T&>)) Union(const T& value)
+        : Any(value) {}
     static Type getType() { return internal::type_unite(A::getType(), B::getType()); }
-    static Result<Union> cast(const Any& value);
+    static Result<Union> cast(const Any& value) {
+        if (A::cast(value) || B::cast(value))
+            return unchecked<Union>(value);
+        return Result<Union>::failure(internal::type_error(value, getType()));
+    }
 };
 
 }  // namespace ling

@@ -32,12 +32,12 @@ std::string shown(const Result<T>& result) {
 
 template <class... Items>
 List_Generic listOf(const Items&... items) {
-    return List_Generic(std::vector<Any>{internal::any_of(items)...});
+    return List_Generic(std::vector<Any>{Any(items)...});
 }
 
 template <class... Items>
 Tuple_Generic tupleOf(const Items&... items) {
-    return Tuple_Generic(std::vector<Any>{internal::any_of(items)...});
+    return Tuple_Generic(std::vector<Any>{Any(items)...});
 }
 
 /// All that an iteration of `iterable` gives, as the text of a list, or the error that ended it.
