@@ -4,7 +4,9 @@
 #include "library/define.h"
 #include "ling/class_builder.h"
 
+#include <cxxabi.h>
 #include <mutex>
+#include <new>
 
 namespace ling {
 
@@ -18,6 +20,14 @@ object_value_error& record(const Any& error) noexcept { return *static_cast<obje
 const String& endMessage() {
     static const String& message = *new String(u"The iteration has ended.");
     return message;
+}
+
+constexpr const char* kOutOfMemory = "Out of memory.";
+
+/// The error for when there is no memory for one. Many may have it at once, so it stays as it was made.
+const Error& preparedError() {
+    static const Error& error = *new Error(kOutOfMemory, true);
+    return error;
 }
 
 bool isError(const Any& value, const Class_Generic& cls) noexcept {
@@ -92,9 +102,40 @@ Any object_value_error::locked(const Any& part) const {
 }
 
 void object_value_error::store(Any& part, Any value) {
+    if (preparedError().object() == this)
+        return;
     std::lock_guard hold(guard());
     part.swap(value);
     // What was there before goes with the parameter, after the guard.
+}
+
+namespace {
+
+/// An error of its own wherever that can be had: the prepared one belongs to everybody.
+Any makeError(const char* text) {
+    try {
+        return failure(text);
+    } catch (const std::bad_alloc&) {
+        return preparedError();
+    }
+}
+
+}  // namespace
+
+Any error_of_exception() {
+    try {
+        throw;
+    } catch (const abi::__forced_unwind&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        return makeError(kOutOfMemory);
+    } catch (const ErrorException& exception) {
+        return exception.error();
+    } catch (const std::exception& exception) {
+        return makeError(exception.what());
+    } catch (...) {
+        return makeError("An exception of an unknown kind.");
+    }
 }
 
 namespace {
@@ -140,6 +181,7 @@ void define_error_members() {
         .build();
     extend_class(StopIteration::getClass()).doc("The end of an iteration.").build();
     (void)endMessage();
+    (void)preparedError();
 }
 
 }  // namespace internal

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <new>
 
 namespace ling::internal {
 
@@ -117,7 +118,11 @@ void hash_table::compactIfSparse() {
             return;
         wanted = grown_capacity(storage_.live());
     }
-    spare = hash_storage(wanted);
+    try {
+        spare = hash_storage(wanted);
+    } catch (const std::bad_alloc&) {
+        return;  // The key is gone all the same, and the table does as it is.
+    }
     std::lock_guard hold(guard_);
     if (storage_.isSparse() && spare.canTake(storage_.live()))
         adopt(spare);

@@ -84,7 +84,7 @@ object_value_lazy::outcome object_value_lazy::computeOnce() {
     Any computed;
     {
         computation running(*this);
-        computed = (*compute)();
+        computed = contain(*compute);
         if (computed.object() == this)
             computed = endlessChain();
         if (!running.isComplete())
@@ -110,8 +110,10 @@ void object_value_lazy::settle(const Any& value) {
 object_value_external::object_value_external(std::function<Any()> load, std::function<Any(const Any&)> store)
     : object_value(Kind::External), load_(std::move(load)), store_(std::move(store)) {}
 
+Any object_value_external::load() const { return contain(load_); }
+
 Any object_value_external::store(const Any& value) const {
-    return store_ == nullptr ? failure(u"The external value is read-only.") : store_(value);
+    return contain([&] { return store_ == nullptr ? failure(u"The external value is read-only.") : store_(value); });
 }
 
 Any result_unwrap_lazy(Any value) {

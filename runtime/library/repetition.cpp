@@ -29,11 +29,7 @@ Result<std::vector<Any>> repeat_items(std::span<const Any> items, const Any& cou
     const auto times = static_cast<std::size_t>(*wanted);
     if (times > kLongest / items.size())
         return tooLong(items.size(), count);
-    try {
-        result.reserve(items.size() * times);
-    } catch (const std::bad_alloc&) {
-        return tooLong(items.size(), count);
-    }
+    result.reserve(items.size() * times);
     for (std::size_t i = 0; i < times; ++i)
         result.insert(result.end(), items.begin(), items.end());
     return result;

@@ -9,7 +9,7 @@
 namespace ling::internal {
 
 /// The items, `count` times over; none for a count below one. An error result when `count` is no integer or the result
-/// would be longer than a container can be.
+/// would be longer than any memory. Throws where the memory there is does not do.
 Result<std::vector<Any>> repeat_items(std::span<const Any> items, const Any& count);
 
 /// The items followed by those of an iterable. An error result when it cannot be iterated or the iteration fails.

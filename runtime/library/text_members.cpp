@@ -92,7 +92,8 @@ Any split(const String& self, const String& separator) {
     return List_Generic(std::vector<Any>(pieces.begin(), pieces.end()));
 }
 
-/// The longest text that a script may ask for by replacing pieces: what memory cannot hold would end the process.
+/// The longest text that a script may ask for by replacing pieces. A small slip asks for far more, and memory that the
+/// system promises but does not have ends the process once it is used.
 constexpr std::size_t kLongestText = std::size_t{1} << 30;
 
 Any replaced(const String& self, const String& from, const String& to) {

@@ -15,9 +15,11 @@ Any missingArgument(const String& function, const String& parameter) {
     return failure(String(u"Missing argument '{}' of '{}'.").arg(parameter, function));
 }
 
-Any superfluousArgument(const String& function, std::size_t parameters, std::span<const Any> arguments) {
-    return failure(String(u"Superfluous argument {} of '{}': it takes {}, {} were given.")
-                       .arg(arguments[parameters], function, parameters, arguments.size()));
+Any superfluousArgument(const String& function, std::size_t parameters, std::span<const Any> arguments,
+                        std::size_t receivers) {
+    return failure(
+        String(u"Superfluous argument {} of '{}': it takes {}, {} were given.")
+            .arg(arguments[parameters], function, parameters - receivers, arguments.size() - receivers));
 }
 
 bool takes_one_position(ParameterMode mode) noexcept {

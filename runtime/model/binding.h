@@ -25,7 +25,9 @@ bool takes_one_position(ParameterMode mode) noexcept;
 const Parameter& parameter_of_argument(const Signature& signature, std::size_t index);
 
 Any missingArgument(const String& function, const String& parameter);
-Any superfluousArgument(const String& function, std::size_t parameters, std::span<const Any> arguments);
+/// `receivers` of the arguments and parameters are none that the caller sees.
+Any superfluousArgument(const String& function, std::size_t parameters, std::span<const Any> arguments,
+                        std::size_t receivers = 0);
 
 /// The name and the documentation of anything that can be called.
 String nameOf(const Any& invokable);

@@ -61,22 +61,30 @@ Module Class_Generic::parentModule() const {
 Any Class_Generic::allocateInstance() const {
     if (record()->isInterface())
         return internal::failure(String(u"The interface '{}' has no instances of its own.").arg(qualname(*this)));
-    return Any::adopt(record()->hooks().allocate(record()));
+    return internal::contain([&] { return Any::adopt(record()->hooks().allocate(record())); });
 }
 
-Any Class_Generic::construct(std::span<const Any> arguments) const {
-    if (auto construct = record()->hooks().construct)
-        return construct(*this, arguments);
-    Any instance = allocateInstance();
+namespace {
+
+Any makeInstance(const Class_Generic& cls, std::span<const Any> arguments) {
+    if (auto construct = cls.record()->hooks().construct)
+        return construct(cls, arguments);
+    Any instance = cls.allocateInstance();
     if (internal::is_error_result(instance))
         return instance;
-    if (record()->findMethod(Any::$__init__)) {
+    if (cls.record()->findMethod(Any::$__init__)) {
         Any outcome = instance.callMethod(Any::$__init__, arguments);
         return internal::is_error_result(outcome) ? outcome : instance;
     }
     if (!arguments.empty())
-        return internal::failure(String(u"The class '{}' takes no arguments.").arg(qualname(*this)));
+        return internal::failure(String(u"The class '{}' takes no arguments.").arg(qualname(cls)));
     return instance;
+}
+
+}  // namespace
+
+Any Class_Generic::construct(std::span<const Any> arguments) const {
+    return internal::contain([&] { return makeInstance(*this, arguments); });
 }
 
 namespace {

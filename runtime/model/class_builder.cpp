@@ -2,6 +2,7 @@
 
 #include "ling/error.h"
 #include "ling/module.h"
+#include "model/accessor_names.h"
 
 namespace ling::internal {
 
@@ -12,7 +13,20 @@ void claim(const I_Invokable_Generic& method, object_value_class* klass) {
         static_cast<object_value_function*>(method.object())->setDefiningClass(klass);
 }
 
+void nameAccessor(const I_Invokable_Generic& accessor, const property_ident_untyped& id) {
+    auto* function = dynamic_cast<object_value_native_function*>(accessor.object());
+    if (function != nullptr && (function->name() == kGetterName || function->name() == kSetterName))
+        function->nameAfter(id.name());
+}
+
 }  // namespace
+
+const Property& name_accessors(const Property& property, const property_ident_untyped& id) {
+    if (!property.isValue())
+        nameAccessor(property.getter(), id);
+    nameAccessor(property.setter(), id);
+    return property;
+}
 
 class_builder::class_builder(std::string_view name, std::string_view module)
     : class_(Class_Generic::adopt(new object_value_class(String(name)))), module_(module) {}
@@ -58,7 +72,7 @@ class_builder& class_builder::method(const method_ident_untyped& id, const I_Inv
 }
 
 class_builder& class_builder::property(const property_ident_untyped& id, const property_builder_base& property) {
-    class_.record()->add_property_unsafe(id, class_.record(), property.build());
+    class_.record()->add_property_unsafe(id, class_.record(), name_accessors(property.build(), id));
     return *this;
 }
 
@@ -69,7 +83,7 @@ class_builder& class_builder::classMethod(const method_ident_untyped& id, const 
 }
 
 class_builder& class_builder::classProperty(const property_ident_untyped& id, const property_builder_base& property) {
-    class_.record()->add_class_property_unsafe(id, class_.record(), property.build());
+    class_.record()->add_class_property_unsafe(id, class_.record(), name_accessors(property.build(), id));
     return *this;
 }
 

@@ -3,6 +3,7 @@
 #include "ling/error.h"
 #include "ling/list.h"
 #include "ling/members.h"
+#include "ling/property.h"
 #include "model/argument_frame.h"
 #include "model/class_tables.h"
 #include "model/define.h"
@@ -185,6 +186,14 @@ struct class_structure {
             return false;
         }
     }
+
+    /// Whether `isWanted` answers true for a class or one it derives from, the class first. Gets no memory.
+    template <class IsWanted>
+    static bool search(const object_value_class* klass, IsWanted&& isWanted) {
+        return isWanted(*klass) || std::ranges::any_of(klass->declarations_->parents, [&](const Class_Generic& parent) {
+                   return search(parent.record(), isWanted);
+               });
+    }
 };
 
 namespace {
@@ -241,8 +250,26 @@ std::span<object_value_class* const> object_value_class::ancestry() const { retu
 bool object_value_class::isAncestor(const object_value_class* ancestor) const noexcept {
     if (ancestor == this)
         return true;
-    const std::vector<object_value_class*>& all = tables().ancestry;
-    return std::find(all.begin(), all.end(), ancestor) != all.end();
+    try {
+        const std::vector<object_value_class*>& all = tables().ancestry;
+        return std::find(all.begin(), all.end(), ancestor) != all.end();
+    } catch (const std::bad_alloc&) {
+        std::lock_guard hold(class_structure::guard());
+        return class_structure::search(this, [&](const object_value_class& klass) { return &klass == ancestor; });
+    }
+}
+
+void (*object_value_class::finaliser() const noexcept)(object_value_object&) {
+    try {
+        return hooks().finalize;
+    } catch (const std::bad_alloc&) {
+        void (*found)(object_value_object&) = nullptr;
+        std::lock_guard hold(class_structure::guard());
+        class_structure::search(this, [&](const object_value_class& klass) {
+            return (found = klass.declarations_->hooks.finalize) != nullptr;
+        });
+        return found;
+    }
 }
 
 const class_hooks& object_value_class::hooks() const { return tables().hooks; }
@@ -278,8 +305,9 @@ Any object_value_class::add_parent_unsafe(const Class_Generic& parent) {
     const auto refuses = [&] { return (problem = class_structure::parentProblem(this, above)) != nullptr; };
     class_structure::changeUnless(this, refuses, [&](class_declarations& own) {
         if (std::find(own.parents.begin(), own.parents.end(), parent) == own.parents.end()) {
-            own.parents.push_back(parent);
+            own.parents.reserve(own.parents.size() + 1);  // Each knows the other, or neither.
             above->declarations_->children.insert(this);
+            own.parents.push_back(parent);
         }
     });
     return problem == nullptr ? Any() : failure(String(problem).arg(name_));
@@ -462,8 +490,16 @@ object_value_object::object_value_object(object_value_class* klass)
 object_value_object::~object_value_object() = default;
 
 void object_value_object::aboutToDie() noexcept {
-    if (auto finalize = ownClass()->hooks().finalize)
-        finalize(*this);
+    const auto finalize = ownClass()->finaliser();
+    if (finalize == nullptr)
+        return;
+    const Any outcome = contain([&] { return finalize(*this), Any(); });
+    if (is_error_result(outcome))  // Nobody waits for it.
+        (void)contain([&] {
+            assertion_log(String(u"The finaliser of the class '{}' failed: {}")
+                              .arg(ownClass()->name(), unchecked<Error>(outcome).message()));
+            return Any();
+        });
 }
 
 Any object_value_object::field(std::size_t position) const {
@@ -500,13 +536,15 @@ void object_value_object::makeRoom(std::size_t count) {
 }
 
 Any object_value_object::invoke(std::span<const Any> arguments) {
-    const Any self = Any::share(this);
-    if (auto invoke = ownClass()->hooks().invoke)
-        return invoke(self, arguments);
-    if (!ownClass()->findMethod(I_Invokable_Generic::$invoke))
-        return object_value::invoke(arguments);
-    const Any list = List_Generic(std::vector<Any>(arguments.begin(), arguments.end()));
-    return self.callMethod(I_Invokable_Generic::$invoke, {list});
+    return contain([&] {
+        const Any self = Any::share(this);
+        if (auto invoke = ownClass()->hooks().invoke)
+            return invoke(self, arguments);
+        if (!ownClass()->findMethod(I_Invokable_Generic::$invoke))
+            return object_value::invoke(arguments);
+        const Any list = List_Generic(std::vector<Any>(arguments.begin(), arguments.end()));
+        return self.callMethod(I_Invokable_Generic::$invoke, {list});
+    });
 }
 
 Any object_value_object::invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) {

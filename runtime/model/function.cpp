@@ -67,6 +67,10 @@ Result<Signature> object_value_native_function::signature() const {
     return signature_;
 }
 
+Any object_value_native_function::invoke(std::span<const Any> arguments) {
+    return contain([&] { return isExact(arguments) ? call(arguments) : invokeAdjusted(arguments); });
+}
+
 Any object_value_native_function::setParameterDefaults(std::span<const Any> defaults) {
     Signature present = *signature();
     std::vector<Parameter> parameters = present.parameters();
@@ -100,24 +104,34 @@ Any object_value_native_function::invokeAdjusted(std::span<const Any> arguments)
     const std::vector<Parameter>& parameters = known.parameters();
     const std::size_t named = parameters.size() - (isVariadic(known) ? 1 : 0);
     if (arguments.size() > named)
-        return named == parameters.size() ? superfluousArgument(name_, parameters.size(), arguments) : call(arguments);
+        return named == parameters.size()
+                   ? superfluousArgument(calledName(arguments), named, arguments, independent_ ? 0 : 1)
+                   : call(arguments);
     argument_frame frame(named);
     frame.addAll(arguments);
     for (std::size_t i = arguments.size(); i < named; ++i) {
         if (!parameters[i].hasDefault())
-            return missingArgument(name_, parameters[i].name());
+            return missingArgument(calledName(arguments), parameters[i].name());
         frame.add(parameters[i].defaultValue());
     }
     return call(frame);
 }
 
-Any object_value_native_function::argumentError(std::size_t index, const Any& found, const Any& reason) const {
+/// The name by which the caller called it: an initialiser by that of the class.
+String object_value_native_function::calledName(std::span<const Any> arguments) const {
+    const bool initialises = !independent_ && !arguments.empty() && name_ == Any::$__init__.name();
+    return initialises ? raw_class_of(arguments.front()).name() : name_;
+}
+
+Any object_value_native_function::argumentError(std::size_t index, std::span<const Any> arguments,
+                                                const Any& reason) const {
     if (is_error_result(reason))
         return reason;
     const Signature known = *signature();
     const Parameter& parameter = parameter_of_argument(known, index);
     const Error error(String(u"Argument '{}' of '{}' must be of type '{}', not '{}'.")
-                          .arg(parameter.name(), name_, parameter.type().toString(), qualname(raw_class_of(found))),
+                          .arg(parameter.name(), calledName(arguments), parameter.type().toString(),
+                               qualname(raw_class_of(arguments[index]))),
                       true);
     if (!reason.isNone())
         error.setCause(reason);
@@ -139,10 +153,12 @@ public:
           count_(leading.size() + (before_.isNone() ? 0 : before()->count_)) {}
 
     Any invoke(std::span<const Any> arguments) override {
-        argument_frame frame(count_ + arguments.size());
-        addLeading(frame);
-        frame.addAll(arguments);
-        return target_.invoke(frame);
+        return contain([&] {
+            argument_frame frame(count_ + arguments.size());
+            addLeading(frame);
+            frame.addAll(arguments);
+            return target_.invoke(frame);
+        });
     }
     Any invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) override {
         argument_frame frame(count_ + positional.size());
@@ -221,24 +237,28 @@ Any I_Invokable_Generic::notInvokable() const {
 }
 
 Any I_Invokable_Generic::invokeWith(const I_Sequence_Generic& arguments) const {
-    Result<List_Generic> list = arguments.collectImpl();
-    if (!list)
-        return list.error();
-    return invoke(list->copyItems());
+    return internal::contain([&] {
+        Result<List_Generic> list = arguments.collectImpl();
+        return list ? invoke(list->copyItems()) : list.error();
+    });
 }
 
 Any I_Invokable_Generic::invokeWith(const I_Map_Generic& arguments) const { return invokeWith({}, arguments); }
 
 Any I_Invokable_Generic::invokeWith(std::span<const Any> positional, const I_Map_Generic& named) const {
-    std::vector<NamedArgument> pairs;
-    Any problem = internal::take_names(*this, named, pairs);
-    return internal::is_error_result(problem) ? problem : invokeWith(positional, pairs);
+    return internal::contain([&] {
+        std::vector<NamedArgument> pairs;
+        Any problem = internal::take_names(*this, named, pairs);
+        return internal::is_error_result(problem) ? problem : invokeWith(positional, pairs);
+    });
 }
 
 Any I_Invokable_Generic::invokeWith(std::span<const Any> positional, std::span<const NamedArgument> named) const {
-    return named.empty() ? invoke(positional)
-           : isHeap()    ? heapObject()->invokeNamed(positional, named)
-                         : notInvokable();
+    return internal::contain([&] {
+        return named.empty() ? invoke(positional)
+               : isHeap()    ? heapObject()->invokeNamed(positional, named)
+                             : notInvokable();
+    });
 }
 
 Result<Signature> I_Invokable_Generic::signature() const {

@@ -86,6 +86,16 @@ Any cannotCarryMembers(const Any& value) {
     return failure(String(u"A value of class '{}' cannot carry members.").arg(qualname(raw_class_of(value))));
 }
 
+Any insertOwn(const Any& value, own_member_list own_members::*members, const identifier& id, const Any& member) {
+    return contain([&]() -> Any {
+        object_value* object = value.object();
+        if (object == nullptr)
+            return cannotCarryMembers(value);
+        (ensure_own_members(*object).*members).put(id.data(), member);
+        return Any();
+    });
+}
+
 /// The override of a member-changing protocol method in the class of `value`, or none.
 Any changeProtocol(const Any& value, const method_ident_untyped& id) {
     return Any::share(raw_class_record(value)->findMethod(id).member);
@@ -166,37 +176,34 @@ List_Generic own_properties_of(const Any& value) {
 }
 
 Any raw_insert_property(const Any& value, const property_ident_untyped& id, const Property& property) {
-    internal::object_value* object = value.object();
-    if (object == nullptr)
-        return internal::cannotCarryMembers(value);
-    internal::ensure_own_members(*object).properties.put(id.data(), property);
-    if (id == Module::$$bindMembers)
+    Any problem = internal::insertOwn(value, &internal::own_members::properties, id, property);
+    if (problem.isNone() && id == Module::$$bindMembers)
         internal::note_binding(value);
-    return Any();
+    return problem;
 }
 
 Any raw_insert_method(const Any& value, const method_ident_untyped& id, const I_Invokable_Generic& method) {
-    internal::object_value* object = value.object();
-    if (object == nullptr)
-        return internal::cannotCarryMembers(value);
-    internal::ensure_own_members(*object).methods.put(id.data(), method);
-    return Any();
+    return internal::insertOwn(value, &internal::own_members::methods, id, method);
 }
 
 Any insert_property(const Any& value, const property_ident_untyped& id, const Property& property) {
-    if (Any protocol = internal::changeProtocol(value, Any::$__insertProperty__); !protocol.isNone())
-        return unchecked<I_Invokable_Generic>(protocol)(value, id.name(), property);
-    return raw_insert_property(value, id, property);
+    return internal::contain([&] {
+        const Any protocol = internal::changeProtocol(value, Any::$__insertProperty__);
+        return protocol.isNone() ? raw_insert_property(value, id, property)
+                                 : unchecked<I_Invokable_Generic>(protocol)(value, id.name(), property);
+    });
 }
 
 Any insert_property_value(const Any& value, const property_ident_untyped& id, const Any& propertyValue) {
-    return insert_property(value, id, Property::ofValue(propertyValue));
+    return internal::contain([&] { return insert_property(value, id, Property::ofValue(propertyValue)); });
 }
 
 Any insert_method(const Any& value, const method_ident_untyped& id, const I_Invokable_Generic& method) {
-    if (Any protocol = internal::changeProtocol(value, Any::$__insertMethod__); !protocol.isNone())
-        return unchecked<I_Invokable_Generic>(protocol)(value, id.name(), method);
-    return raw_insert_method(value, id, method);
+    return internal::contain([&] {
+        const Any protocol = internal::changeProtocol(value, Any::$__insertMethod__);
+        return protocol.isNone() ? raw_insert_method(value, id, method)
+                                 : unchecked<I_Invokable_Generic>(protocol)(value, id.name(), method);
+    });
 }
 
 bool remove_property(const Any& value, const property_ident_untyped& id) {
@@ -208,35 +215,43 @@ bool remove_method(const Any& value, const method_ident_untyped& id) {
 }
 
 Any Any::boundMethod(const method_ident_untyped& id) const {
-    found_method found = internal::find_method(*this, id);
-    if (found.method.isNone())
-        return internal::helpers::error_method_not_found(id.name(), *this);
-    if (!found.takesReceiver)
-        return std::move(found.method);
-    return unchecked<I_Invokable_Generic>(found.method).bindArgs(*this);
+    return internal::contain([&]() -> Any {
+        found_method found = internal::find_method(*this, id);
+        if (found.method.isNone())
+            return internal::helpers::error_method_not_found(id.name(), *this);
+        if (!found.takesReceiver)
+            return std::move(found.method);
+        return unchecked<I_Invokable_Generic>(found.method).bindArgs(*this);
+    });
 }
 
 Any Any::callMethod(const method_ident_untyped& id, std::span<const Any> arguments) const {
-    found_method found = internal::find_method(*this, id);
-    if (found.method.isNone())
-        return internal::helpers::error_method_not_found(id.name(), *this);
-    if (!found.takesReceiver)
-        return found.method.object()->invoke(arguments);
-    internal::argument_frame frame(arguments.size() + 1);
-    frame.add(*this);
-    frame.addAll(arguments);
-    return found.method.object()->invoke(frame);
+    return internal::contain([&] {
+        found_method found = internal::find_method(*this, id);
+        if (found.method.isNone())
+            return internal::helpers::error_method_not_found(id.name(), *this);
+        if (!found.takesReceiver)
+            return found.method.object()->invoke(arguments);
+        internal::argument_frame frame(arguments.size() + 1);
+        frame.add(*this);
+        frame.addAll(arguments);
+        return found.method.object()->invoke(frame);
+    });
 }
 
 Any Any::propertyValue(const property_ident_untyped& id) const {
-    const Property property = property_of(*this, id);
-    return property.isNone() ? internal::helpers::error_property_not_found(id.name(), *this) : property.get(*this);
+    return internal::contain([&] {
+        const Property property = property_of(*this, id);
+        return property.isNone() ? internal::helpers::error_property_not_found(id.name(), *this) : property.get(*this);
+    });
 }
 
 Any Any::setPropertyValue(const property_ident_untyped& id, const Any& value) const {
-    const Property property = property_of(*this, id);
-    return property.isNone() ? internal::helpers::error_property_not_found(id.name(), *this)
-                             : property.set(*this, value);
+    return internal::contain([&] {
+        const Property property = property_of(*this, id);
+        return property.isNone() ? internal::helpers::error_property_not_found(id.name(), *this)
+                                 : property.set(*this, value);
+    });
 }
 
 namespace {

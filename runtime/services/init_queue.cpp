@@ -1,7 +1,8 @@
 #include "services/init_queue.h"
 
+#include "ling/error.h"
+
 #include <algorithm>
-#include <exception>
 
 namespace ling {
 
@@ -17,15 +18,7 @@ void add_init_handler(InitLevel level, init_handler handler) {
         init_handlers_unsafe().emplace_back(level, handler);
 }
 
-String describe_exception() {
-    try {
-        throw;
-    } catch (const std::exception& exception) {
-        return exception.what();
-    } catch (...) {
-        return "An exception of an unknown kind.";
-    }
-}
+String describe_exception() { return unchecked<Error>(error_of_exception()).message(); }
 
 namespace {
 

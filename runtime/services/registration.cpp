@@ -1,6 +1,7 @@
 #include "ling/error.h"
 #include "ling/members.h"
 #include "ling/module.h"
+#include "model/accessor_names.h"
 #include "services/module_tree.h"
 
 namespace ling {
@@ -49,11 +50,19 @@ claim takeName(const Module& module, const String& name, const Property& propert
     return {occupant->isSameAs(member) ? Any() : name_is_taken(memberName(module, name))};
 }
 
-}  // namespace
+/// Lists what has just taken its name. Where there is no memory for that, the name is given back.
+template <class Add>
+void list(const Module& module, const String& name, Add&& add) {
+    const property_ident_untyped id(name);
+    try {
+        add();
+    } catch (...) {
+        (void)remove_property(module, id);
+        throw;
+    }
+}
 
-Any register_module(const Module& module) { return module_tree::instance().add(module); }
-
-Any register_function(std::string_view moduleName, const FunctionCL_Generic& function) {
+Any registerFunction(std::string_view moduleName, const FunctionCL_Generic& function) {
     const String name = function.name();
     const member_place place = findPlace(moduleName, name, function);
     if (place.isThere || is_error_result(place.problem))
@@ -61,19 +70,20 @@ Any register_function(std::string_view moduleName, const FunctionCL_Generic& fun
     const Property property = Property::ofValue(function, function.record()->doc());
     const claim taken = takeName(place.module, name, property, function);
     if (taken.isNew)
-        record(place.module).addFunction(function);
+        list(place.module, name, [&] { record(place.module).addFunction(function); });
     return taken.problem;
 }
 
-Any register_property(std::string_view moduleName, std::string_view name, const Property& property) {
+Any registerProperty(std::string_view moduleName, std::string_view name, const Property& property) {
     const member_place place = findPlace(moduleName, String(name), property);
     if (place.isThere || is_error_result(place.problem))
         return place.problem;
     const Any member = property.isValue() ? property.value() : Any(property);
-    return takeName(place.module, String(name), property, member).problem;
+    return takeName(place.module, String(name), name_accessors(property, property_ident_untyped(String(name))), member)
+        .problem;
 }
 
-Any register_class(std::string_view moduleName, const Class_Generic& cls) {
+Any registerClass(std::string_view moduleName, const Class_Generic& cls) {
     const String name = cls.name();
     const member_place place = findPlace(moduleName, name, cls);
     if (place.isThere || is_error_result(place.problem))
@@ -84,10 +94,28 @@ Any register_class(std::string_view moduleName, const Class_Generic& cls) {
     cls.record()->set_module_unsafe(place.module);
     const claim taken = takeName(place.module, name, property, cls);
     if (taken.isNew)
-        record(place.module).addClass(cls);
+        list(place.module, name, [&] { record(place.module).addClass(cls); });
     else if (is_error_result(taken.problem))
         cls.record()->set_module_unsafe(before);
     return taken.problem;
+}
+
+}  // namespace
+
+Any register_module(const Module& module) {
+    return contain([&] { return module_tree::instance().add(module); });
+}
+
+Any register_function(std::string_view moduleName, const FunctionCL_Generic& function) {
+    return contain([&] { return registerFunction(moduleName, function); });
+}
+
+Any register_property(std::string_view moduleName, std::string_view name, const Property& property) {
+    return contain([&] { return registerProperty(moduleName, name, property); });
+}
+
+Any register_class(std::string_view moduleName, const Class_Generic& cls) {
+    return contain([&] { return registerClass(moduleName, cls); });
 }
 
 }  // namespace internal

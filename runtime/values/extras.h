@@ -40,7 +40,7 @@ struct object_extras {
     ~object_extras();
     std::atomic<weak_anchor*> anchor{nullptr};
     std::atomic<own_members_base*> ownMembers{nullptr};
-    object_value* nextDead = nullptr;  ///< Links objects that wait to be taken apart.
+    object_value* nextDead = nullptr;  ///< Links objects that wait to be taken apart, those without extras aside.
 };
 
 /// Puts `fresh` where nothing is yet; answers what stands there afterwards and deletes a `fresh` that came too late.

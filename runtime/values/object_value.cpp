@@ -13,7 +13,8 @@ namespace {
 std::atomic<std::size_t> liveObjects{0};
 
 /// Objects whose last reference went while another object was being taken apart this deep on the same thread wait
-/// in a chain, so that a list nested a million deep does not need a million stack frames.
+/// in a chain, so that a list nested a million deep does not need a million stack frames. The links are in the dead
+/// objects: where memory is given back, none may be asked for.
 struct deferred_deaths {
     static constexpr int kDeepest = 48;
     int depth;
@@ -69,17 +70,42 @@ void object_value::destroy() noexcept {
     (void)count_.load(std::memory_order_acquire);
     deferred_deaths& deaths = deferredDeaths;
     if (deaths.depth >= deferred_deaths::kDeepest) {
-        ensureExtras().nextDead = std::exchange(deaths.first, this);
+        waitBefore(std::exchange(deaths.first, this));
         return;
     }
     ++deaths.depth;
     dismantle();
     while (deaths.depth == 1 && deaths.first != nullptr) {
         object_value* next = deaths.first;
-        deaths.first = next->findExtras()->nextDead;
+        deaths.first = next->takeNext();
         next->dismantle();
     }
     --deaths.depth;
+}
+
+namespace {
+
+/// Marks a link that stands in the place of the extras.
+constexpr std::uintptr_t kLink = 1;
+
+}  // namespace
+
+/// Nobody else knows a dead object, so that the link to the next one may take the place of extras that were never made.
+void object_value::waitBefore(object_value* next) noexcept {
+    if (object_extras* extras = findExtras())
+        extras->nextDead = next;
+    else
+        extras_.store(reinterpret_cast<object_extras*>(reinterpret_cast<std::uintptr_t>(next) | kLink),
+                      std::memory_order_relaxed);
+}
+
+object_value* object_value::takeNext() noexcept {
+    object_extras* const present = extras_.load(std::memory_order_relaxed);
+    const auto bits = reinterpret_cast<std::uintptr_t>(present);
+    if ((bits & kLink) == 0)
+        return present->nextDead;
+    extras_.store(nullptr, std::memory_order_relaxed);
+    return reinterpret_cast<object_value*>(bits & ~kLink);
 }
 
 void object_value::dismantle() noexcept {

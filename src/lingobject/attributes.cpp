@@ -52,12 +52,14 @@ PyObject* raiseMissing(PyObject* self, PyObject* name) {
 
 enum class MessageEnd : bool { Bare, FullStop };
 
-/// "name: message", with or without a full stop: the texts differ by the kind of store that failed.
+/// "name: message", with or without a full stop: the texts differ by the kind of store that failed. A message that has
+/// one gets no other.
 int refuse(PyObject* name, const ling::Any& error, MessageEnd end) {
     if (mustRaiseInterruption())
         return -1;
     const std::string message = messageOf(error).toStdString();
-    PyErr_Format(PyExc_RuntimeError, end == MessageEnd::FullStop ? "%U: %s." : "%U: %s", name, message.c_str());
+    const bool isComplete = end == MessageEnd::Bare || message.ends_with('.');
+    PyErr_Format(PyExc_RuntimeError, isComplete ? "%U: %s" : "%U: %s.", name, message.c_str());
     return -1;
 }
 

@@ -9,6 +9,10 @@
 
 namespace ling::internal {
 
+/// What accessors are called until a class takes the property in, which names them after it.
+inline constexpr std::string_view kGetterName = "getter";
+inline constexpr std::string_view kSetterName = "setter";
+
 /// Builds a property from native code. A getter is called with the receiver, a setter with the receiver and the
 /// value; one without a receiver makes the property independent.
 class property_builder : public property_builder_base {
@@ -17,15 +21,15 @@ public:
     property_builder& getter(F&& code) {
         constexpr auto shape = shape_of<F>;
         if constexpr (parameters(shape) == 0)
-            assign_getter(make_function("getter", "", std::forward<F>(code)));
+            assign_getter(make_function(kGetterName, "", std::forward<F>(code)));
         else
-            assign_getter(make_method("getter", "", std::forward<F>(code)));
+            assign_getter(make_method(kGetterName, "", std::forward<F>(code)));
         assign_type(argument_type(shape));
         return *this;
     }
     template <class F>
     property_builder& setter(F&& code) {
-        assign_setter(make_method("setter", "value", std::forward<F>(code)));
+        assign_setter(make_method(kSetterName, "value", std::forward<F>(code)));
         return *this;
     }
     property_builder& value(const Any& stored) {

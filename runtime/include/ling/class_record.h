@@ -14,7 +14,8 @@ namespace ling::internal {
 struct class_declarations;
 struct class_tables;
 
-/// Native behaviour of a class. Each entry is inherited by derived classes until one of them gives its own.
+/// Native behaviour of a class. Each entry is inherited by derived classes until one of them gives its own. What one
+/// throws becomes the error of the call; from `finalize`, a line in the assertion log.
 struct class_hooks {
     /// Makes an instance without arguments, one reference, of the given class or of one derived from it.
     object_value* (*allocate)(object_value_class* klass) = nullptr;
@@ -56,6 +57,8 @@ public:
     std::span<object_value_class* const> ancestry() const;
     bool isAncestor(const object_value_class* ancestor) const noexcept;
     const class_hooks& hooks() const;  ///< With what is inherited.
+    /// The hook `finalize`, or null. It is found without any memory too, since instances die then as well.
+    void (*finaliser() const noexcept)(object_value_object&);
 
     /// Instance level: what a value of this class answers, class-level members of the class included. As all answers
     /// here, it stays where it is as long as the class lives, whatever is changed meanwhile.

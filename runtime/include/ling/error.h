@@ -83,6 +83,22 @@ private:
 /// An error result of the class `Error`.
 inline Any failure(const String& message) { return Error(message, true); }
 
+/// The exception that is being handled, as an error result with its `what()`; memory that has ended is "Out of
+/// memory.", an error that is there without getting any. The one place where exceptions become errors, for `catch
+/// (...)` alone: what unwinds a thread that ends goes on.
+LING_EXPORT Any error_of_exception();
+
+/// What `operation` answers, or the error that stands for the exception that it threw. Foreign code, and all that may
+/// get memory on the way to it, runs inside one of these, so that no exception leaves a call.
+template <class Operation>
+Any contain(Operation&& operation) {
+    try {
+        return operation();
+    } catch (...) {
+        return error_of_exception();
+    }
+}
+
 }  // namespace internal
 
 /// An error result on its way through C++ code that has no other way to pass it on: what a callback throws when it

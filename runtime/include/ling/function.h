@@ -172,28 +172,31 @@ private:
 class LING_EXPORT object_value_native_function : public object_value_function {
 public:
     object_value_native_function(String name, Signature signature, String doc, bool independent);
-    /// Checks the number of arguments, fills defaults, and calls.
-    Any invoke(std::span<const Any> arguments) override {
-        return isExact(arguments) ? call(arguments) : invokeAdjusted(arguments);
-    }
+    /// Checks the number of arguments, fills defaults, and calls. Lets no exception through.
+    Any invoke(std::span<const Any> arguments) override;
     Any invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) override;
     String name() const final { return name_; }
     String doc() const final { return doc_; }
     Result<Signature> signature() const final;
     bool isIndependent() const noexcept final { return independent_; }
     Any setParameterDefaults(std::span<const Any> defaults) final;
+    /// Gives a function that was made before its place was known the name of that place. For builders, before anybody
+    /// else knows the function.
+    void nameAfter(const String& name) { name_ = name; }
 
 protected:
     /// One argument for each parameter, and the rest of a variadic function: the order is that of `ParameterMode`.
     virtual Any call(std::span<const Any> arguments) = 0;
     /// The standard error for an argument of the wrong type. `reason` may say more: an error result stands in the
     /// place of the standard error, an error that is none becomes its cause.
-    Any argumentError(std::size_t index, const Any& found, const Any& reason = Any()) const;
+    Any argumentError(std::size_t index, std::span<const Any> arguments, const Any& reason = Any()) const;
     /// There are as many arguments as parameters, so that nothing has to be adjusted.
     bool isExact(std::span<const Any> arguments) const noexcept { return arguments.size() == exactCount_; }
     Any invokeAdjusted(std::span<const Any> arguments);
 
 private:
+    String calledName(std::span<const Any> arguments) const;
+
     String name_;
     String doc_;
     Signature signature_;   // Guarded by guard(): its defaults may be replaced.

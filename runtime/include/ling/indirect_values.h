@@ -45,7 +45,7 @@ private:
 class LING_EXPORT object_value_external final : public object_value {
 public:
     explicit object_value_external(std::function<Any()> load, std::function<Any(const Any&)> store = nullptr);
-    Any load() const { return load_(); }
+    Any load() const;
     Any store(const Any& value) const;  ///< None, or an error result when it cannot be written.
 
 private:

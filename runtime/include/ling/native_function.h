@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ling/conversion.h"
+#include "ling/error.h"
 #include "ling/function.h"
 #include "ling/parameter_list.h"
 
@@ -17,6 +18,7 @@
 ///
 /// The callable has one signature: no `auto` parameters, no overloads. `std::span<const T>` as the last parameter takes
 /// all arguments that remain.
+/// What the code throws becomes an error result: no exception leaves the function.
 
 namespace ling::internal {
 
@@ -136,7 +138,7 @@ public:
 
     /// As the base class has it, but with the code known, which saves a step of dispatch.
     Any invoke(std::span<const Any> arguments) override {
-        return isExact(arguments) ? call(arguments) : invokeAdjusted(arguments);
+        return contain([&] { return isExact(arguments) ? call(arguments) : invokeAdjusted(arguments); });
     }
 
 protected:
@@ -148,18 +150,12 @@ private:
         [[maybe_unused]] auto values = std::make_tuple(native_parameter<Ps>::read(arguments, Is)...);
         if (!(static_cast<bool>(std::get<Is>(values)) && ...))
             return refuse(values, arguments, positions);
-        try {
-            if constexpr (std::is_void_v<R>) {
-                call_code(code_, native_parameter<Ps>::give(std::get<Is>(values))...);
-                return Any();
-            } else {
-                return conversion<std::remove_cvref_t<R>>::give(
-                    call_code(code_, native_parameter<Ps>::give(std::get<Is>(values))...));
-            }
-        } catch (const ErrorException& thrown) {
-            return thrown.error();
-        } catch (const std::exception& thrown) {
-            return internal::failure(String(thrown.what()));
+        if constexpr (std::is_void_v<R>) {
+            call_code(code_, native_parameter<Ps>::give(std::get<Is>(values))...);
+            return Any();
+        } else {
+            return conversion<std::remove_cvref_t<R>>::give(
+                call_code(code_, native_parameter<Ps>::give(std::get<Is>(values))...));
         }
     }
 
@@ -175,7 +171,7 @@ private:
     template <class P, class Read>
     Any refuseOne(const Read& read, std::span<const Any> arguments, std::size_t index) const {
         const std::size_t wrong = native_parameter<P>::wrong(read, index);
-        return argumentError(wrong, arguments[wrong], native_parameter<P>::explain(read, arguments[wrong]));
+        return argumentError(wrong, arguments, native_parameter<P>::explain(read, arguments[wrong]));
     }
 
     F code_;

@@ -68,6 +68,8 @@ protected:
 private:
     void destroy() noexcept;
     void dismantle() noexcept;
+    void waitBefore(object_value* next) noexcept;
+    object_value* takeNext() noexcept;
 
     std::atomic<std::uint32_t> count_{1};
     const Kind kind_;

@@ -50,7 +50,7 @@ TEST_F(Error_, ACalledClassMakesAResult) {
         EXPECT_FALSE(is_error_result(cls.allocateInstance()));
     }
     EXPECT_EQ(shown(Error::getClass()(5)),
-              "error: Argument 'message' of '__init__' must be of type 'String', not 'ling.Integer'.");
+              "error: Argument 'message' of 'Error' must be of type 'String', not 'ling.Integer'.");
     EXPECT_TRUE(derived.resultType().specializes(Error::getType()));
 }
 

@@ -86,7 +86,7 @@ TEST_F(List_, IsMadeFromAnyIterable) {
     EXPECT_EQ(shown(cls(listOf(1, 2).iter())), "[1, 2]");
     EXPECT_EQ(shown(cls(5)), "error: Unable to cast a value of class 'ling.Integer' to 'ling.I_Iterable'.");
     EXPECT_TRUE(cls().isSameAs(cls()) == false);
-    EXPECT_EQ(shown(cls(1, 2)), "error: Superfluous argument 2 of '__init__': it takes 2, 3 were given.");
+    EXPECT_EQ(shown(cls(1, 2)), "error: Superfluous argument 2 of 'List': it takes 1, 2 were given.");
 }
 
 TEST_F(List_, AddsAndMultiplies) {

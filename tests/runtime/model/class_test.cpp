@@ -196,7 +196,7 @@ TEST(Class, CallingMakesAnInstanceThroughItsInitialiser) {
             .build();
     EXPECT_TRUE(cls(4).fieldValue($size).isSameAs(Any(4)));
     EXPECT_EQ(messageOf(cls(-1)), u"Too small.");
-    EXPECT_EQ(messageOf(cls()), u"Missing argument 'size' of '__init__'.");
+    EXPECT_EQ(messageOf(cls()), u"Missing argument 'size' of 'Sized'.");
     const std::pair<Any, Any> named[] = {{String(u"size"), Any(5)}};
     EXPECT_TRUE(cls.invokeWith(Map_Generic(named)).fieldValue($size).isSameAs(Any(5)));
     EXPECT_EQ(messageOf(plainClass("Bare")(1)), u"The class 'Bare' takes no arguments.");
