@@ -29,8 +29,18 @@ inline ling::Any failure(const ling::String& message) { return ling::Error(messa
 inline void rememberOrigin(const ling::Error& error, const ling::Any& origin) { error.setOrigin(origin); }
 inline ling::Any originOf(const ling::Error& error) { return error.origin(); }
 
+/// The exception that is being handled as an error result. For `catch (...)` alone.
+inline ling::Any errorOfException() { return ling::internal::error_of_exception(); }
+/// What `operation` answers, or the error that stands for what it threw.
+template <class Operation>
+ling::Any contain(Operation&& operation) {
+    return ling::internal::contain(std::forward<Operation>(operation));
+}
+
 /// The text in the wide form that `PyConfig` takes.
 inline std::wstring wideText(const ling::String& text) { return text.toWide(); }
+/// Whether bytes are UTF-8.
+inline bool isText(std::string_view bytes) { return ling::String::isWellFormedUTF8(bytes); }
 /// Where the last `unit` stands in `text`, or -1.
 inline std::int64_t lastIndexOf(const ling::String& text, char16_t unit) { return text.lastIndexOf({&unit, 1}); }
 

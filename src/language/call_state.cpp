@@ -1,5 +1,6 @@
 #include "language/call_state.h"
 
+#include "bridge/contained.h"
 #include "bridge/convert.h"
 #include "host/interruption.h"
 #include "language/code_wrap.h"
@@ -61,10 +62,10 @@ PyObject* storeLocal(PyObject* capsule, PyObject* const* arguments, Py_ssize_t c
     Py_RETURN_NONE;
 }
 
-PyMethodDef kStoreResultDefinition = {names::kStoreResult, storeResult, METH_O,
+PyMethodDef kStoreResultDefinition = {names::kStoreResult, contained<storeResult>, METH_O,
                                       "Keeps a value as the result of the evaluation."};
 PyMethodDef kStoreLocalDefinition = {names::kStoreLocal,
-                                     reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(storeLocal)),
+                                     reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(contained<storeLocal>)),
                                      METH_FASTCALL, "Hands a variable back to the caller of the evaluation."};
 
 PyRef makeCapsule(const ling::I_Map_Generic& outLocals) {

@@ -2,6 +2,7 @@
 
 #include <Python.h>
 
+#include "bridge/contained.h"
 #include "host/stack_room.h"
 
 #include <type_traits>
@@ -21,11 +22,11 @@ constexpr auto guardSlot(Result (*)(Arguments...)) {
     };
 }
 
-/// The slot function `Slot`, which raises `RecursionError` instead where the stack is used up. Python code that goes
+/// The slot function `Slot`, contained, which raises `RecursionError` instead where the stack is used up. Python code that goes
 /// round through `ling` comes by a slot each time, so none of these rounds goes on for ever.
 ///
 /// Slots that have an answer of their own for values that are nested too deeply (text, comparison, hash) go without.
 template <auto Slot>
-inline constexpr auto guarded = guardSlot<Slot>(Slot);
+inline constexpr auto guarded = guardSlot<contained<Slot>>(contained<Slot>);
 
 }  // namespace ling::python

@@ -1,5 +1,6 @@
 #include "lingobject/types.h"
 
+#include "bridge/contained.h"
 #include "ling/comparison.h"
 #include "ling/error.h"
 #include "ling/module.h"
@@ -37,14 +38,14 @@ PyTypeObject* makeType(const char* name, const char* doc) {
     type->tp_basicsize = sizeof(Instance);
     type->tp_flags = Py_TPFLAGS_DEFAULT;
     type->tp_dealloc = deallocate;
-    type->tp_repr = representation;
+    type->tp_repr = contained<representation>;
     type->tp_as_sequence = sequenceTable();
     type->tp_as_mapping = mappingTable();
-    type->tp_hash = hash;
-    type->tp_str = text;
+    type->tp_hash = contained<hash>;
+    type->tp_str = contained<text>;
     type->tp_getattro = guarded<lookUpAttribute>;
     type->tp_setattro = guarded<assignAttribute>;
-    type->tp_richcompare = compare;
+    type->tp_richcompare = contained<compare>;
     type->tp_iter = guarded<iterate>;
     type->tp_iternext = guarded<nextItem>;
     return type;
@@ -141,8 +142,8 @@ public:
         PyTypeObject* type = make();
         if (type == nullptr)
             return nullptr;
-        types_.emplace(cls.record(), type);
         kept_.push_back(cls);  // The address of a class that is gone must not be taken for that of a new one.
+        types_.emplace(cls.record(), type);
         return type;
     }
 

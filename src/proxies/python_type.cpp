@@ -34,8 +34,10 @@ public:
     /// Calling the class calls the type.
     ling::Any invoke(std::span<const ling::Any> arguments) override { return invokeNamed(arguments, {}); }
     ling::Any invokeNamed(std::span<const ling::Any> positional, std::span<const ling::NamedArgument> named) override {
-        PythonEntry entry;
-        return callPython(object(), positional, named);
+        return platform::contain([&] {
+            PythonEntry entry;
+            return callPython(object(), positional, named);
+        });
     }
 
 protected:

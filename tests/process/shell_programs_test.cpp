@@ -238,4 +238,45 @@ TEST_P(ShellCalls, WorkAsUnderPython) {
 INSTANTIATE_TEST_SUITE_P(Rows, ShellCalls, testing::ValuesIn(kCalls),
                          [](const auto& row) { return std::string(row.param.name); });
 
+// The checkers map more than any limit leaves.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(ShellMemory, AProgramOutlivesTheEndOfItsMemory) {
+    const Ended ended = run(shell({"-c", R"(
+import resource
+numbers, texts = ling.List([1, 2]), ling.List(["a"])
+long = "x" * (240 << 20)
+def repeat_in_place():
+    same = numbers
+    same *= 10 ** 7
+actions = [
+    lambda: numbers * 10 ** 7,
+    repeat_in_place,
+    lambda: texts.append(long),
+    lambda: texts.extend([long]),
+    lambda: texts.index(long),
+    lambda: long in texts,
+    lambda: ling.display(long),
+    lambda: texts[long],
+    lambda: setattr(texts, "own", long),
+    lambda: ling.Error(long),
+    lambda: ling.List(iter([long])),
+    lambda: texts == long,
+]
+resource.setrlimit(resource.RLIMIT_AS, (600 << 20, resource.RLIM_INFINITY))
+for action in actions:
+    try:
+        print(action())
+    except RuntimeError as error:
+        print(error)
+print(len(numbers), len(texts), list(numbers))
+)"}));
+    EXPECT_EQ(ended.err, "");
+    std::string expected;
+    for (int i = 0; i < 12; ++i)
+        expected += "Out of memory.\n";
+    EXPECT_EQ(ended.out, expected + "2 1 [1, 2]\n");
+    EXPECT_EQ(ended.status, 0);
+}
+#endif
+
 }  // namespace
