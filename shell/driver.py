@@ -166,7 +166,7 @@ def run_file(name, arguments):
 
 def run_stdin(name, arguments):
     _set_arguments(os.fsdecode(name), arguments)
-    sys.path.insert(0, "")
+    add_to_path("")
     try:
         return _ended(_run_stdin)
     finally:
@@ -180,13 +180,19 @@ def run_module(name, arguments):
 
 def run_code(code, arguments):
     _set_arguments("-c", arguments)
-    sys.path.insert(0, "")
+    add_to_path("")
     return _ended(_run_code, os.fsdecode(code))
 
 
 def show(text):
     """Prints a text that the shell has for the user, in order with what the program printed."""
     return _ended(print, text)
+
+
+def add_to_path(entry):
+    """Puts an entry on the path for the program. What is there is not imported when somebody asks for all modules."""
+    sys.path.insert(0, entry)
+    host_names["ling"].python.LanguagePython.programPath.append(entry)
 
 
 def _set_arguments(name, arguments):
@@ -198,7 +204,7 @@ def _run_file(name):
     if _is_importable_container(path):
         import runpy
 
-        sys.path.insert(0, path)
+        add_to_path(path)
         runpy._run_module_as_main("__main__", alter_argv=False)
         return
     try:
@@ -207,7 +213,7 @@ def _run_file(name):
     except OSError as error:
         print(f"lingsh: can't open file {path!r}: [Errno {error.errno}] {error.strerror}", file=sys.stderr)
         raise SystemExit(2) from None
-    sys.path.insert(0, os.path.dirname(os.path.realpath(path)))
+    add_to_path(os.path.dirname(os.path.realpath(path)))
     _run_in_main(_code_of_file(path, content), path)
 
 
@@ -309,7 +315,7 @@ def _run_module(name):
     import runpy
 
     try:
-        sys.path.insert(0, os.getcwd())
+        add_to_path(os.getcwd())
     except OSError:
         pass  # The folder is gone: the module is looked for elsewhere.
     package = name.partition(".")[0]
@@ -380,7 +386,7 @@ def watch_expression():
     global _fatal
     _fatal = None
     _set_arguments("-e", ())
-    sys.path.insert(0, "")
+    add_to_path("")
     monitoring = sys.monitoring
     monitoring.use_tool_id(WATCHER, "lingsh")
     monitoring.register_callback(WATCHER, monitoring.events.PY_UNWIND, _note_unwinding)

@@ -11,6 +11,32 @@
 
 namespace ling::internal {
 
+namespace {
+
+/// A class-level property, as far as the class has declared its members. One that it has left for later gives way to
+/// the child, since what a module carries itself comes before what its class says: to list a module is no reason to
+/// ask for all that is in its parent.
+Any declaredProperty(const Module& module, const property_ident_untyped& id) {
+    const object_value_class& cls = *raw_class_record(module);
+    if (cls.expectsMembers())
+        return Any();
+    const found_member declared = cls.findProperty(id);
+    return declared && declared.classLevel ? Any::share(declared.member) : Any();
+}
+
+Any ownProperty(const Module& module, const property_ident_untyped& id) {
+    own_members* own = find_own_members(module);
+    return own == nullptr ? Any() : own->properties.find(id.data());
+}
+
+/// A language's module may have a member and a submodule of one name. The member is what the name stands for in it; the
+/// submodule is found by its whole name.
+bool hidesSubmodule(const Module& module, const property_ident_untyped& id) {
+    return ownProperty(module, id).isNone() && !declaredProperty(module, id).isNone();
+}
+
+}  // namespace
+
 module_tree& module_tree::instance() {
     static module_tree& tree = *new module_tree;  // Modules live as long as the process.
     return tree;
@@ -71,7 +97,7 @@ Any module_tree::add(const Module& module) {
     Any parent = ensureAbove(name);
     if (is_error_result(parent))
         return parent;
-    const Any placed = place(unchecked<Module>(parent), module);
+    const Any placed = place(unchecked<Module>(parent), module, Hidden::Allowed);
     if (is_error_result(placed))
         return placed;
     return placed.isSameAs(module) ? Any() : name_is_taken(name);
@@ -100,7 +126,7 @@ Any module_tree::ensureAbove(const String& name) {
 /// Puts a module into the table and below its parent. Answers the module that has the name then, which is another one
 /// where another thread was faster, or an error result. A module that another thread has published but not linked as
 /// yet is linked here too: doing so twice does no harm, and nobody waits.
-Any module_tree::place(const Module& parent, const Module& module) {
+Any module_tree::place(const Module& parent, const Module& module, Hidden hidden) {
     if (parent.isNone()) {
         Module winner = publish(module);
         markLinked(winner);
@@ -108,14 +134,16 @@ Any module_tree::place(const Module& parent, const Module& module) {
     }
     const property_ident_untyped id(last_part(module.name()));
     const std::optional<Any> occupant = occupant_of(parent, id);
-    if (occupant && !occupant->isSameAs(module)) {
+    const bool mayStay = hidden == Hidden::Allowed && hidesSubmodule(parent, id);
+    if (occupant && !occupant->isSameAs(module) && !mayStay) {
         const Module listed = findListed(module.name());
         if (listed.isNone() || !occupant->isSameAs(listed))
             return name_is_taken(module.name());
     }
     Module winner = publish(module);
     // The name may have gone to something else meanwhile. Then the module stays unlinked, which nobody ever finds.
-    if (std::optional<Any> other = claim_name(parent, id, Property::ofValue(winner)); other && !other->isSameAs(winner))
+    if (std::optional<Any> other = mayStay ? std::nullopt : claim_name(parent, id, Property::ofValue(winner));
+        other && !other->isSameAs(winner))
         return name_is_taken(module.name());
     markLinked(winner);
     return winner;
@@ -137,6 +165,8 @@ bool answers_for_binding(const object_value_class& cls) {
 Module module_tree::publish(const Module& module) {
     const auto& record = static_cast<const object_value_module&>(*module.object());
     std::lock_guard hold(guard_);
+    if (entries_.size() == entries_.capacity())
+        entries_.reserve(entries_.size() * 2 + 16);  // Before anything changes: memory may end here.
     auto [position, isNew] = positions_.try_emplace(record.name().view(), entries_.size());
     if (isNew)
         entries_.push_back({module, false});
@@ -179,16 +209,6 @@ Any name_is_taken(const String& name) { return failure(String(u"The name '{}' is
 
 namespace {
 
-/// A class-level property, as far as the class has declared its members. One that it has left for later gives way to
-/// the child, since what a module carries itself comes before what its class says: to list a module is no reason to
-/// ask for all that is in its parent.
-Any declared_property(const object_value_class& cls, const property_ident_untyped& id) {
-    if (cls.expectsMembers())
-        return Any();
-    const found_member declared = cls.findProperty(id);
-    return declared && declared.classLevel ? Any::share(declared.member) : Any();
-}
-
 /// What a property stands for in the tree: its value where that is fixed, else the property itself.
 std::optional<Any> occupant_behind(const Any& property) {
     if (property.isNone())
@@ -200,14 +220,12 @@ std::optional<Any> occupant_behind(const Any& property) {
 }  // namespace
 
 std::optional<Any> occupant_of(const Module& module, const property_ident_untyped& id) {
-    Any property;
-    if (own_members* own = find_own_members(module))
-        property = own->properties.find(id.data());
-    return occupant_behind(property.isNone() ? declared_property(*raw_class_record(module), id) : property);
+    const Any property = ownProperty(module, id);
+    return occupant_behind(property.isNone() ? declaredProperty(module, id) : property);
 }
 
 std::optional<Any> claim_name(const Module& module, const property_ident_untyped& id, const Property& property) {
-    const Any declared = declared_property(*raw_class_record(module), id);
+    const Any declared = declaredProperty(module, id);
     if (!declared.isNone())
         return occupant_behind(declared);
     const Any present = ensure_own_members(*module.object()).properties.putUnlessPresent(id.data(), property);

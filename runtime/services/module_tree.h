@@ -13,7 +13,8 @@ namespace ling::internal {
 /// All modules of the process, by name.
 ///
 /// A module is found once it is linked: once it is a property of its parent. So whoever finds it can reach it from
-/// above as well. The lock is held to read and write the table alone; members of modules are changed outside of it.
+/// above as well, unless the class of the parent has a member of that name. The lock is held to read and write the
+/// table alone; members of modules are changed outside of it.
 class module_tree {
 public:
     static module_tree& instance();
@@ -34,8 +35,12 @@ private:
         bool linked;
     };
 
+    /// Whether a module may stand behind a member of its parent's class. One that a language registers may; nobody
+    /// makes a new one there.
+    enum class Hidden : bool { Refused, Allowed };
+
     Any ensureAbove(const String& name);
-    Any place(const Module& parent, const Module& module);
+    Any place(const Module& parent, const Module& module, Hidden hidden = Hidden::Refused);
     Module publish(const Module& module);
     void markLinked(const Module& module);
     void noteBindingLocked(std::size_t position);

@@ -15,6 +15,10 @@ namespace ling::python {
 namespace {
 
 constexpr const char* kAllModules = "import pkgutil\nreturn list(pkgutil.iter_modules())";
+/// The same without what an import would take from one of the paths in `program`.
+constexpr const char* kModulesOfOthers =
+    "import pkgutil\nown = [pkgutil.get_importer(path) for path in program]\n"
+    "return [each for each in pkgutil.iter_modules() if each.module_finder not in own]";
 
 /// What is not imported for its own sake. Every other module of CPython 3.13 was looked at: importing it starts no
 /// thread or process, opens nothing, and changes no signal handler, stream, path or hook. The one exception is
@@ -37,13 +41,19 @@ bool isLibrary(const ling::String& name) {
     return std::find(std::begin(kNeverImported), std::end(kNeverImported), name.view()) == std::end(kNeverImported);
 }
 
+ling::Any listModules() {
+    if (programPath().size() == 0)
+        return evaluateMethod(ling::Any(), kAllModules, platform::makeMap(), platform::makeMap(), platform::makeMap());
+    const ling::Map_Generic globals = platform::makeMap({{ling::String("program"), programPath()}});
+    return evaluateMethod(ling::Any(), kModulesOfOthers, platform::makeMap(), globals, platform::makeMap());
+}
+
 /// Under the lock that its caller took.
 ling::Any walk() {
     const ling::Any root = ling::find_or_create_module("python");
     if (ling::internal::is_error_result(root))
         return root;
-    const ling::Any listing =
-        evaluateMethod(ling::Any(), kAllModules, platform::makeMap(), platform::makeMap(), platform::makeMap());
+    const ling::Any listing = listModules();
     if (ling::internal::is_error_result(listing))
         return listing;
     const ImportLog log;
@@ -56,13 +66,18 @@ ling::Any walk() {
 
 }  // namespace
 
+const ling::List_Generic& programPath() {
+    static const ling::List_Generic& path = *new ling::List_Generic(ling::List_Generic::empty());
+    return path;
+}
+
 ling::Any importAllModules() {
     static constinit bool isUnderWay = false;  // Under the interpreter lock.
     PythonEntry entry;
     if (isUnderWay)
         return {};
     isUnderWay = true;
-    ling::Any outcome = walk();
+    ling::Any outcome = platform::contain(walk);
     isUnderWay = false;
     return outcome;
 }

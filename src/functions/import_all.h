@@ -1,13 +1,17 @@
 #pragma once
 
-#include "ling/any.h"
+#include "ling/list.h"
 
 namespace ling::python {
 
+/// What a host that runs programs has put on Python's search path for the program: the entries as they stand in
+/// `sys.path`, added by the host. What is found there is the program's, with scripts that act when they are imported.
+const ling::List_Generic& programPath();
+
 /// Exports every top-level module that Python can find under the `ling` module "python", packages with all that is in
-/// them, but for the few that are no libraries (the list is in the source). A module that fails in any way, be it by
-/// `sys.exit`, is left out and the walk goes on; `importProblems` tells of it, and of modules that wrote something. The
-/// standard output and error stay as they are.
+/// them, but for the few that are no libraries (the list is in the source) and what `programPath` leads to. A module
+/// that fails in any way, be it by `sys.exit`, is left out and the walk goes on; `importProblems` tells of it, and of
+/// modules that wrote something. The standard output and error stay as they are.
 ///
 /// Calling it again exports what has come since, and tries again what failed; packages that are in the tree are not
 /// walked again. A call during a walk returns at once and leaves the rest to that walk, on whichever thread it comes: a

@@ -18,6 +18,7 @@ namespace {
 constexpr const char* kScriptExample = "ling.python.LanguagePython.evaluateExpression( '[1, 2, 3]' )";
 
 const ling::property_ident_untyped $$importProblems("importProblems");
+const ling::property_ident_untyped $$programPath("programPath");
 
 /// The one object of the class; none until the class is there.
 ling::Any& languageInstance() {
@@ -72,6 +73,10 @@ void addNames(ling::internal::class_builder& builder) {
 
 void addImporting(ling::internal::class_builder& builder) {
     builder.classMethod("importAllModules", "", &importModules, "Imports all standard python modules.")
+        .classProperty($$programPath, ling::internal::property_builder()
+                                          .value(programPath())
+                                          .doc("A list for hosts: the entries of 'sys.path' that are there for the "
+                                               "program they run. 'importAllModules' leaves alone what they lead to."))
         .classProperty($$importProblems, ling::internal::property_builder()
                                              .getter([] { return importProblems(); })
                                              .doc("What 'importAllModules' met so far: for each module that it could "

@@ -355,4 +355,13 @@ TEST_F(ModuleTreeTest, ANewInstanceOfTheClassHoldsNoModule) {
     EXPECT_EQ(ModulePython::pythonModule(ling::Any(1)), nullptr);
 }
 
+/// `unittest` binds the class that its submodule `main` defines to the same name.
+TEST_F(ModuleTreeTest, ASubmoduleIsFoundBehindAMemberOfItsName) {
+    ASSERT_FALSE(ling::internal::is_error_result(exportAsChild("unittest")));
+    const ling::Any submodule = ling::find_module("python.unittest.main");
+    EXPECT_TRUE(ModulePython::isInstance(submodule));
+    const ling::Any member = ling::find_module("python.unittest").propertyValue(ling::property_ident_untyped("main"));
+    EXPECT_EQ(ling::Class_Generic::cast(member).valueOr(ling::Class_Generic()).name(), u"TestProgram");
+}
+
 }  // namespace

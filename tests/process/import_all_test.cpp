@@ -90,6 +90,7 @@ constexpr const char* kExpected =
     "writing: 1 2\n"
     "thread: ['from a module']\n"
     "left alone: []\n"
+    "of the program: False 44\n"
     "itself: True False\n"
     "kept\n"
     "again: cheap True new []\n"
@@ -98,10 +99,13 @@ constexpr const char* kExpected =
 TEST(ImportAll, ModulesThatMisbehaveAreToldOfAndNothingElseIsSeenOfThem) {
     const ScratchTree tree;
     writeModules(tree.extensions() / "site-packages");
-    const process::Folder empty;  // The current folder is on the path.
+    const process::Folder current;  // It is on the path, for the program.
+    current.write("beside.py", "import sys\nsys.ran = True\n");
+    current.write("json.py", "import sys\nsys.ran = True\n");
+    current.write("added/by_program.py", "def answer(): return 44\n");
     process::Command command = process::shell(
         {"--extensions", tree.extensions().string(), "-c", process::contentOf(LING_TEST_SCRIPTS "/import_all.py")});
-    command.directory = empty.path();
+    command.directory = current.path();
     const Ended ended = process::run(command);
     EXPECT_EQ(ended.out, kExpected);
     EXPECT_EQ(ended.err, "");

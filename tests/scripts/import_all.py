@@ -10,6 +10,7 @@ import time
 
 language = ling.python.LanguagePython
 streams = sys.stdin, sys.stdout, sys.stderr
+sys.path.append(os.path.abspath("added"))
 print("before")
 import asks  # Its body waits for a walk on another thread.
 
@@ -31,6 +32,7 @@ print("asking:", python.asks.answer())
 print("writing:", python.prints.answer(), python.warns.answer())
 print("thread:", [thread.name for thread in threading.enumerate() if thread.daemon])
 print("left alone:", [name for name in ("tests", "package.tests", "sitecustomize", "antigravity", "this") if name in sys.modules])
+print("of the program:", hasattr(sys, "ran"), python.by_program.answer())
 print("itself:", hasattr(python.package, "itself"), "package.itself.itself" in sys.modules)
 sys.stdout.flush()
 python.tells.say()
