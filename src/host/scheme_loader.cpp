@@ -61,11 +61,9 @@ ling::FunctionCL_Generic makeLoader() {
 
 ling::Any loadResource(const ling::Any& path, const ling::Any& uri) {
     const BrokenPipesIgnored guard;
-    // As globals: the wrapping declares each of the locals in front of the body, indented by one tab, and the script,
-    // which is indented further, could not follow such a line. The code reads them from the same place either way.
     const ling::Map_Generic variables =
         platform::makeMap({{ling::String("in_path"), path}, {ling::String("in_uri"), uri}});
-    return evaluateMethod(ling::Any(), kScript, platform::makeMap(), variables, platform::makeMap());
+    return evaluateMethod(ling::Any(), kScript, variables, platform::makeMap(), platform::makeMap());
 }
 
 void registerSchemeProviders() {

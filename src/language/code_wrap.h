@@ -21,7 +21,8 @@ inline constexpr const char* kBodyFunction = "func";
 
 /// A module that runs `code` as the body of a function, hands what it returns to `ling_store_result`, and then each of
 /// the `variables` to `ling_store_local`. The function assigns to these as globals. Each line of the code is
-/// indented by one tab and not changed otherwise, so lines that share an indentation of their own stay a block.
+/// indented by one tab and not changed otherwise, so lines that share an indentation of their own stay a block; the
+/// lines in front that declare the globals take that indentation too.
 ling::String wrapMethod(const ling::String& code, std::span<const ling::String> variables);
 
 /// A function `func` of any number of positional arguments, `args`, with `body` as its body.

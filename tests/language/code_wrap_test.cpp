@@ -33,6 +33,11 @@ const Row kRows[] = {
      "\n    a\n\n      b\n",
      {},
      "def ling_outer():\n\t\n\t    a\n\t\n\t      b\n\t\nling_store_result( ling_outer() )\n"},
+    {"variables of an indented body",
+     "\n  # none of this counts\n \f\n    return a\n    ",
+     {"a"},
+     "def ling_outer():\n\t    global a\n\t\n\t  # none of this counts\n\t \f\n\t    return a\n\t    \n"
+     "ling_store_result( ling_outer() )\nling_store_local('a',a)\n"},
     {"only line feeds divide", "a\r\nb", {}, "def ling_outer():\n\ta\r\n\tb\nling_store_result( ling_outer() )\n"},
     {"names are not looked at",
      "pass",

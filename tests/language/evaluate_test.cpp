@@ -124,6 +124,13 @@ TEST_F(EvaluateTest, ABodyThatIsIndentedLessLaterFails) {
               std::string::npos);
 }
 
+TEST_F(EvaluateTest, AnEvenlyIndentedBodyTakesVariables) {
+    const Map_Generic out;
+    const char* body = "\n  # a comment\n\n        a = a + 1\n        return a\n    ";
+    EXPECT_EQ(describe(evaluate(body, mapOf({{String("a"), 1}}), Map_Generic(), out)), "integer 2");
+    EXPECT_EQ(describe(out.get(String("a"))), "integer 2");
+}
+
 TEST_F(EvaluateTest, LaterVariablesOverrideEarlierOnes) {
     const Map_Generic globals = mapOf({{String("a"), 1}, {String("b"), 1}, {String("c"), 1}, {String("d"), 1}});
     const Map_Generic out = mapOf({{String("b"), 2}, {String("c"), 2}, {String("ling"), 2}});
