@@ -100,8 +100,19 @@ String start(void* library) {
     return runHandlers();
 }
 
+/// What stands in a path and means something else to the loader, which would look for the file in another place.
+std::string_view replacedByLoader(std::string_view path) {
+    for (const std::string_view name : {"$ORIGIN", "${ORIGIN}", "$LIB", "${LIB}", "$PLATFORM", "${PLATFORM}"})
+        if (path.find(name) != path.npos)
+            return name;
+    return {};
+}
+
 /// A library that is skipped stays loaded: what its initialisers left behind may point into it.
 String load(const fs::path& file) {
+    if (const std::string_view replaced = replacedByLoader(file.native()); !replaced.empty())
+        return String(u"The system's loader replaces '{}' in a path, so that it cannot load this one.")
+            .arg(String(replaced));
     const own_queue queue;
     void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)

@@ -2,6 +2,7 @@
 
 #include "host/once.h"
 #include "host/platform.h"
+#include "host/py_ref.h"
 #include "host/search_paths.h"
 #include "host/utf8_locale.h"
 
@@ -48,6 +49,18 @@ void setSearchPaths(PyConfig& config, const std::vector<ling::Any>& paths) {
                                       platform::wideText(ling::unchecked<ling::String>(path)).c_str());
 }
 
+/// Python has looked for a `python3` on PATH and taken these from it, which is none of ours. What we brought is beside
+/// the plug-in; there is no program that runs Python alone.
+void describeInstallation() {
+    PyRef home = PyRef::steal(PyUnicode_DecodeFSDefault((ownDirectory() + "/python3").c_str()));
+    PyRef nothing = PyRef::steal(PyUnicode_FromString(""));
+    for (const char* name : {"prefix", "exec_prefix", "base_prefix", "base_exec_prefix"})
+        (void)PySys_SetObject(name, home.get());
+    for (const char* name : {"executable", "_base_executable"})
+        (void)PySys_SetObject(name, nothing.get());
+    PyErr_Clear();
+}
+
 /// The core first, then, with search paths, the rest: Python imports nothing before it knows where to look. Without
 /// any path it stays at the core. What the two calls answer is not looked at; those who need an interpreter ask
 /// whether there is one.
@@ -60,7 +73,8 @@ void initialise() {
     if (!paths.empty()) {
         config._init_main = 1;
         setSearchPaths(config, paths);
-        (void)Py_InitializeFromConfig(&config);
+        if (PyStatus_Exception(Py_InitializeFromConfig(&config)) == 0)
+            describeInstallation();
     }
     PyConfig_Clear(&config);
 }

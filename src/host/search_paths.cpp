@@ -3,12 +3,14 @@
 #include "bridge/convert.h"
 #include "host/entry.h"
 #include "host/names.h"
+#include "host/platform.h"
 #include "host/py_ref.h"
 
 #include <dlfcn.h>
 #include <climits>
 #include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 
 namespace ling::python {
 
@@ -50,6 +52,8 @@ std::string ownDirectory() {
 
 void addOwnSearchPaths() {
     const std::string directory = ownDirectory();
+    if (!platform::isText(directory))  // Paths are texts, here and for the start.
+        throw std::runtime_error("The path of the library is not UTF-8: " + directory);
     const std::string packages = directory + std::string(kSitePackages);
     for (const auto& entry : std::filesystem::directory_iterator(packages)) {
         if (isArchive(entry))

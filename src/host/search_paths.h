@@ -11,13 +11,14 @@ namespace ling::python {
 /// the thread that loads extensions, and so unguarded.
 const ling::List_Generic& pendingSysPaths();
 
-/// The directory that holds the plug-in's own file: absolute, symbolic links resolved, UTF-8, without a "/" at its
-/// end. Empty when it cannot be found out.
+/// The directory that holds the plug-in's own file: absolute, symbolic links resolved, without a "/" at its end. Empty
+/// when it cannot be found out.
 std::string ownDirectory();
 
 /// Queues the plug-in's own search paths: each ".zip" archive directly in "site-packages", then "site-packages"
 /// itself, then the zipped standard library, all beside the plug-in's file. Throws `std::filesystem::filesystem_error`
-/// when "site-packages" cannot be read; the last two are not queued then.
+/// when "site-packages" cannot be read; the last two are not queued then. Throws `std::runtime_error` when the path of
+/// the plug-in is no UTF-8.
 void addOwnSearchPaths();
 
 /// Adds a directory or archive to Python's search path: before the interpreter runs to `pendingSysPaths`, unseen;

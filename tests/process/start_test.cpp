@@ -153,6 +153,36 @@ TEST(StartTest, AMovedTreeWithSpacesAndOtherLettersWorks) {
     EXPECT_EQ(lines, (Lines{"module python: yes", expectedPath(tree.extensions()), "_decimal", "json"}));
 }
 
+TEST(StartTest, NoPythonOnThePathIsTakenForOurs) {
+    const Lines names = {"executable", "_base_executable", "prefix", "exec_prefix", "base_prefix", "base_exec_prefix"};
+    Lines questions;
+    for (const std::string& name : names)
+        questions.push_back(sysModule(name) + " + '.'");
+    const fs::path found = fs::path(LING_TEST_PYTHON).parent_path();
+    const std::string home = (kExtensions / "python3").string() + ".";
+    EXPECT_EQ(start("plain", kExtensions, questions, {{"PATH", found.string()}}),
+              (Lines{"module python: yes", ".", ".", home, home, home, home}));
+    EXPECT_EQ(start("plain", kExtensions,
+                    {"[n for n in dir(__import__('sys')) if '" + found.parent_path().string() +
+                     "' in str(getattr(__import__('sys'), n))]"},
+                    {{"PATH", found.string()}})
+                  .at(1),
+              "[]");
+}
+
+TEST(StartTest, AFolderThatCannotBeWorkedFromIsTold) {
+    const std::pair<std::u8string, const char*> rows[] = {
+        {u8"of $ORIGIN", "The system's loader replaces '$ORIGIN' in a path"},
+        {std::u8string(u8"no \xff text"), "The path of the library is not UTF-8"},
+    };
+    for (const auto& [name, reason] : rows) {
+        const ScratchTree tree(name);
+        const Ended ended = runHost("start_host", {"plain", tree.extensions().string()});
+        EXPECT_EQ(ended.status, 1);
+        EXPECT_NE(ended.err.find(reason), std::string::npos) << ended.err;
+    }
+}
+
 TEST(StartTest, ASymbolicLinkToThePluginLeadsToItsOwnDirectory) {
     ScratchTree tree;
     const fs::path elsewhere = tree.path() / "links";
