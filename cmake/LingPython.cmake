@@ -109,8 +109,13 @@ set(staged_stamp "${PROJECT_BINARY_DIR}/python_stage.stamp")
 add_custom_command(
     OUTPUT "${staged_stamp}"
     COMMAND "${LING_PYTHON_EXECUTABLE}" -I -B "${PROJECT_SOURCE_DIR}/tools/stage_stdlib.py"
-        --library "${LING_PYTHON_LIBRARY}" --stamp "${staged_stamp}" "${LING_STAGED_EXTENSIONS}"
-    DEPENDS "${PROJECT_SOURCE_DIR}/tools/stage_stdlib.py" "${LING_PYTHON_LIBRARY}"
+        --library "${LING_PYTHON_LIBRARY}" "${LING_STAGED_EXTENSIONS}"
+    COMMAND "${CMAKE_COMMAND}"
+        "-DLIBRARIES=${LING_STAGED_EXTENSIONS}/python3/lib/*.so*;${LING_STAGED_EXTENSIONS}/site-packages/*.so"
+        -P "${PROJECT_SOURCE_DIR}/cmake/strip_run_paths.cmake"
+    COMMAND "${CMAKE_COMMAND}" -E touch "${staged_stamp}"
+    DEPENDS "${PROJECT_SOURCE_DIR}/tools/stage_stdlib.py" "${PROJECT_SOURCE_DIR}/cmake/strip_run_paths.cmake"
+        "${LING_PYTHON_LIBRARY}"
     COMMENT "Staging CPython's library and standard library"
     VERBATIM)
 add_custom_target(ling_python_stage DEPENDS "${staged_stamp}")

@@ -50,6 +50,15 @@ def unfound_libraries(stage):
                 yield f"{NATIVE_MODULES}/{module.name}: {line.split()[0]} is not found"
 
 
+def stray_run_paths(stage):
+    """What was copied from an installation of Python must not look for libraries on the machine that built it."""
+    for folder in ("python3/lib", "site-packages"):
+        for library in sorted((stage / "qcomponents/qextensions" / folder).glob("*.so*")):
+            for kind in ("RPATH", "RUNPATH"):
+                for path in dynamic_entries(library, kind):
+                    yield f"{folder}/{library.name}: looks for libraries in {path}"
+
+
 def problems_of(stage):
     missing = [name for name in PROMISES if not (stage / name).is_file()]
     if missing:
@@ -68,6 +77,7 @@ def problems_of(stage):
     if exports(stage / plugin) != PLUGIN_EXPORTS:
         yield f"{plugin}: exports {sorted(exports(stage / plugin))}"
     yield from unfound_libraries(stage)
+    yield from stray_run_paths(stage)
 
 
 def main():

@@ -104,7 +104,6 @@ def fresh_folder(path):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--library", required=True, type=pathlib.Path, help="the shared library to copy")
-    parser.add_argument("--stamp", required=True, type=pathlib.Path, help="a file to touch when all is done")
     parser.add_argument("target", type=pathlib.Path, help="the folder of the plug-in")
     options = parser.parse_args()
 
@@ -112,7 +111,6 @@ def main():
     shutil.copyfile(options.library, libraries / LIBRARY)
     write_archive(pathlib.Path(sysconfig.get_path("stdlib")), libraries / ARCHIVE)
     copy_native_modules(fresh_folder(options.target / "site-packages"))
-    options.stamp.touch()
 
 
 if __name__ == "__main__":
