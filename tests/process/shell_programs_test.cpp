@@ -247,13 +247,13 @@ numbers, texts = ling.List([1, 2]), ling.List(["a"])
 long = "x" * (240 << 20)
 def repeat_in_place():
     same = numbers
-    same *= 10 ** 7
+    same *= 10 ** 8
 actions = [
-    lambda: numbers * 10 ** 7,
+    lambda: numbers * 10 ** 8,
     repeat_in_place,
     lambda: texts.append(long),
     lambda: texts.extend([long]),
-    lambda: texts.index(long),
+    lambda: texts.indexOf(long),
     lambda: long in texts,
     lambda: ling.display(long),
     lambda: texts[long],
