@@ -1,5 +1,6 @@
 #include "lingobject/type_members.h"
 
+#include "bridge/contained.h"
 #include "bridge/convert.h"
 #include "bridge/travel.h"
 #include "host/names.h"
@@ -72,12 +73,12 @@ PyObject* readDocumentation(PyObject* self, void*) {
 PyObject* copy(PyObject* self, PyObject*) { return copyWrapper(self); }
 PyObject* reduce(PyObject* self, PyObject*) { return reduceWrapper(self); }
 
-PyGetSetDef kSignature{"__signature__", readSignature, nullptr,
+PyGetSetDef kSignature{"__signature__", contained<readSignature>, nullptr,
                        "The parameters and the result, for the module inspect.", nullptr};
-PyGetSetDef kDocumentation{"__doc__", readDocumentation, nullptr, "The text of the value.", nullptr};
-PyMethodDef kCopying{"__copy__", copy, METH_NOARGS, "A copy of the value, with the same contents."};
-PyMethodDef kReducing{"__reduce_ex__", reduce, METH_O, "How deep copies and pickles take the value apart."};
-PyMethodDef kListing{"__dir__", listMembers, METH_NOARGS, "The names of all members."};
+PyGetSetDef kDocumentation{"__doc__", contained<readDocumentation>, nullptr, "The text of the value.", nullptr};
+PyMethodDef kCopying{"__copy__", contained<copy>, METH_NOARGS, "A copy of the value, with the same contents."};
+PyMethodDef kReducing{"__reduce_ex__", contained<reduce>, METH_O, "How deep copies and pickles take the value apart."};
+PyMethodDef kListing{"__dir__", contained<listMembers>, METH_NOARGS, "The names of all members."};
 
 /// Takes the descriptor over; null stands for a failure.
 bool put(PyTypeObject* type, const char* name, PyObject* descriptor) {

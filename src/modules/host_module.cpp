@@ -1,5 +1,6 @@
 #include "modules/host_module.h"
 
+#include "bridge/contained.h"
 #include "bridge/convert.h"
 #include "bridge/text.h"
 #include "host/cached_import.h"
@@ -185,7 +186,7 @@ int writeComputed(PyObject* self, PyObject* value, void* closure) {
 }
 
 constexpr PyGetSetDef rowOf(const Computed& computed, const char* doc) {
-    return {computed.name, readComputed, writeComputed, doc, const_cast<Computed*>(&computed)};
+    return {computed.name, contained<readComputed>, writeComputed, doc, const_cast<Computed*>(&computed)};
 }
 
 PyGetSetDef kComputed[] = {
@@ -204,8 +205,8 @@ PyObject* reduce(PyObject* self, PyObject*) {
 }
 
 PyMethodDef kMethods[] = {
-    {"__dir__", listAll, METH_NOARGS, "The names of all members."},
-    {"__reduce__", reduce, METH_NOARGS, "By its name."},
+    {"__dir__", contained<listAll>, METH_NOARGS, "The names of all members."},
+    {"__reduce__", contained<reduce>, METH_NOARGS, "By its name."},
     {},
 };
 
@@ -228,8 +229,8 @@ PyTypeObject makeTypeObject() {
     type.tp_flags = Py_TPFLAGS_DEFAULT | Py_TPFLAGS_DISALLOW_INSTANTIATION;
     type.tp_base = &PyModule_Type;
     type.tp_dealloc = deallocate;
-    type.tp_getattro = lookUp;
-    type.tp_setattro = assign;
+    type.tp_getattro = contained<lookUp>;
+    type.tp_setattro = contained<assign>;
     type.tp_methods = kMethods;
     type.tp_getset = kComputed;
     return type;

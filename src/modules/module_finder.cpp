@@ -1,5 +1,6 @@
 #include "modules/module_finder.h"
 
+#include "bridge/contained.h"
 #include "bridge/text.h"
 #include "host/cached_import.h"
 #include "host/gil_guard.h"
@@ -82,12 +83,13 @@ PyCFunction withKeywords(PyCFunctionWithKeywords function) {
 }
 
 PyMethodDef kMethods[] = {
-    {"find_spec", withKeywords(findSpec), METH_VARARGS | METH_KEYWORDS, "Finds a module of the host by its name."},
-    {"create_module", createModule, METH_O, "Makes the Python module that reads through to the host's."},
+    {"find_spec", withKeywords(contained<findSpec>), METH_VARARGS | METH_KEYWORDS,
+     "Finds a module of the host by its name."},
+    {"create_module", contained<createModule>, METH_O, "Makes the Python module that reads through to the host's."},
     {"exec_module", doNothing, METH_O, "Does nothing: a module of the host is complete when it is made."},
     {"get_code", doNothing, METH_O, "None: there is no Python code."},
     {"get_source", doNothing, METH_O, "None: there is no Python source."},
-    {"is_package", isPackage, METH_O, "Whether there are modules below the host's module."},
+    {"is_package", contained<isPackage>, METH_O, "Whether there are modules below the host's module."},
     {},
 };
 

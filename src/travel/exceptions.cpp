@@ -1,5 +1,6 @@
 #include "travel/exceptions.h"
 
+#include "bridge/contained.h"
 #include "bridge/convert.h"
 #include "bridge/errors.h"
 #include "bridge/text.h"
@@ -82,7 +83,7 @@ PyObject* reduce(PyObject*, PyObject* arguments) {
     return make != nullptr ? Py_BuildValue("O(OO)O", make, name.get(), message.get(), attributes.get()) : nullptr;
 }
 
-PyMethodDef kReduceDefinition = {"__reduce_ex__", reduce, METH_VARARGS, "By the name of the error class."};
+PyMethodDef kReduceDefinition = {"__reduce_ex__", contained<reduce>, METH_VARARGS, "By the name of the error class."};
 
 }  // namespace
 

@@ -1,5 +1,6 @@
 #include "travel/rebuild.h"
 
+#include "bridge/contained.h"
 #include "bridge/text.h"
 #include "host/names.h"
 #include "host/platform.h"
@@ -158,9 +159,10 @@ PyObject* exception(PyObject*, PyObject* arguments) {
     return makeException(name, message);
 }
 
-PyMethodDef kRebuild = {"_rebuild", rebuild, METH_VARARGS, "Makes a copied or pickled value again."};
-PyMethodDef kOpen = {"_open", open, METH_O, "The value that was copied or pickled."};
-PyMethodDef kException = {"_exception", exception, METH_VARARGS, "Makes a copied or pickled exception again."};
+PyMethodDef kRebuild = {"_rebuild", contained<rebuild>, METH_VARARGS, "Makes a copied or pickled value again."};
+PyMethodDef kOpen = {"_open", contained<open>, METH_O, "The value that was copied or pickled."};
+PyMethodDef kException = {"_exception", contained<exception>, METH_VARARGS,
+                          "Makes a copied or pickled exception again."};
 
 /// Made once; under the interpreter lock.
 PyObject* functionFor(PyMethodDef& definition, PyObject*& made) {

@@ -1,5 +1,6 @@
 #include "travel/traveller.h"
 
+#include "bridge/contained.h"
 #include "lingobject/slot_result.h"
 #include "travel/contents.h"
 #include "travel/form.h"
@@ -65,14 +66,14 @@ PyObject* setState(PyObject* self, PyObject* state) {
 PyObject* reduce(PyObject* self, PyObject*) { return reduceValue(valueIn(self)); }
 
 PyMethodDef kMethods[] = {
-    {"append", append, METH_O, "Adds to a list or set."},
-    {"__setstate__", setState, METH_O, "Gives an object its state, and what it carries beyond its class."},
-    {"__reduce_ex__", reduce, METH_O, "How the value is taken apart."},
+    {"append", contained<append>, METH_O, "Adds to a list or set."},
+    {"__setstate__", contained<setState>, METH_O, "Gives an object its state, and what it carries beyond its class."},
+    {"__reduce_ex__", contained<reduce>, METH_O, "How the value is taken apart."},
     {},
 };
 
 PyTypeObject makeTypeObject() {
-    static PyMappingMethods mapping{nullptr, nullptr, assignItem};
+    static PyMappingMethods mapping{nullptr, nullptr, contained<assignItem>};
     PyTypeObject type{};
     Py_SET_REFCNT(reinterpret_cast<PyObject*>(&type), 1);
     type.tp_name = "LingTraveller";
