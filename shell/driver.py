@@ -93,8 +93,11 @@ def configure(warning_filters, extras, unbuffered):
     for extra in map(os.fsdecode, extras):
         name, given, value = extra.partition("=")
         sys._xoptions[name] = value if given else True
-        if name in _EXTRAS:
-            _EXTRAS[name](value)
+        try:
+            _EXTRAS.get(name, _leave)(value)
+        except ValueError as error:
+            print(f"lingsh: -X {name}: {error}", file=sys.stderr)
+            return 1
     filters = [*(["default"] if "dev" in sys._xoptions else []), *map(os.fsdecode, warning_filters)]
     if filters:
         import warnings
@@ -132,6 +135,10 @@ def _trace_memory(value):
 
 def _set_cache_prefix(value):
     sys.pycache_prefix = value or None
+
+
+def _leave(_value):
+    """Of interest to those alone who look for it."""
 
 
 # Those of `-X` that have an effect besides being found in `sys._xoptions`.

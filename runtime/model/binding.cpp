@@ -17,9 +17,8 @@ Any missingArgument(const String& function, const String& parameter) {
 
 Any superfluousArgument(const String& function, std::size_t parameters, std::span<const Any> arguments,
                         std::size_t receivers) {
-    return failure(
-        String(u"Superfluous argument {} of '{}': it takes {}, {} were given.")
-            .arg(arguments[parameters], function, parameters - receivers, arguments.size() - receivers));
+    return failure(String(u"Superfluous argument {} of '{}': it takes {}, {} were given.")
+                       .arg(arguments[parameters], function, parameters - receivers, arguments.size() - receivers));
 }
 
 bool takes_one_position(ParameterMode mode) noexcept {

@@ -41,9 +41,9 @@ bool raiseCarried(const ling::Any& error);
 
 /// Makes `error` the pending Python exception, in place of one that is pending already. Always answers null, for
 /// callers that pass it on. An error that stands for a very exception is raised as that. A plain `Error` becomes a
-/// `RuntimeError` with its message; any other an instance, made without arguments, of the class that stands for its own,
-/// with the error in the attribute "ling" and its message as a note. Where the error came from an exception, that one is
-/// the cause (`__cause__`).
+/// `RuntimeError` with its message; any other an instance, made without arguments, of the class that stands for its
+/// own, with the error in the attribute "ling" and its message as a note. Where the error came from an exception, that
+/// one is the cause (`__cause__`).
 PyObject* raiseError(const ling::Error& error);
 
 }  // namespace ling::python

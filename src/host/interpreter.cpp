@@ -58,6 +58,9 @@ void describeInstallation() {
         (void)PySys_SetObject(name, home.get());
     for (const char* name : {"executable", "_base_executable"})
         (void)PySys_SetObject(name, nothing.get());
+    // Modules that are frozen into the interpreter say by it where their source is.
+    PyRef library = PyRef::steal(PyUnicode_DecodeFSDefault(standardLibrary().c_str()));
+    (void)PySys_SetObject("_stdlib_dir", library.get());
     PyErr_Clear();
 }
 

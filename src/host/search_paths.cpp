@@ -17,7 +17,6 @@ namespace ling::python {
 namespace {
 
 constexpr std::string_view kSitePackages = "/site-packages";
-constexpr std::string_view kStandardLibrary = "/python3/lib/python313.zip";
 
 bool isArchive(const std::filesystem::directory_entry& entry) {
     return entry.is_regular_file() && entry.path().extension() == ".zip";
@@ -50,6 +49,8 @@ std::string ownDirectory() {
     return file.substr(0, file.rfind('/'));
 }
 
+std::string standardLibrary() { return ownDirectory() + "/python3/lib/python313.zip"; }
+
 void addOwnSearchPaths() {
     const std::string directory = ownDirectory();
     if (!platform::isText(directory))  // Paths are texts, here and for the start.
@@ -60,7 +61,7 @@ void addOwnSearchPaths() {
             addPath(entry.path().string());
     }
     addPath(packages);
-    addPath(directory + std::string(kStandardLibrary));
+    addPath(standardLibrary());
 }
 
 ling::Any addSysPathOnce(const ling::String& path) {

@@ -14,6 +14,8 @@ const ling::List_Generic& pendingSysPaths();
 /// The directory that holds the plug-in's own file: absolute, symbolic links resolved, without a "/" at its end. Empty
 /// when it cannot be found out.
 std::string ownDirectory();
+/// The zipped standard library, beside the plug-in's file.
+std::string standardLibrary();
 
 /// Queues the plug-in's own search paths: each ".zip" archive directly in "site-packages", then "site-packages"
 /// itself, then the zipped standard library, all beside the plug-in's file. Throws `std::filesystem::filesystem_error`

@@ -22,8 +22,8 @@ constexpr auto guardSlot(Result (*)(Arguments...)) {
     };
 }
 
-/// The slot function `Slot`, contained, which raises `RecursionError` instead where the stack is used up. Python code that goes
-/// round through `ling` comes by a slot each time, so none of these rounds goes on for ever.
+/// The slot function `Slot`, contained, which raises `RecursionError` instead where the stack is used up. Python code
+/// that goes round through `ling` comes by a slot each time, so none of these rounds goes on for ever.
 ///
 /// Slots that have an answer of their own for values that are nested too deeply (text, comparison, hash) go without.
 template <auto Slot>

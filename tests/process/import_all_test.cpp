@@ -101,7 +101,7 @@ TEST(ImportAll, ModulesThatMisbehaveAreToldOfAndNothingElseIsSeenOfThem) {
     writeModules(tree.extensions() / "site-packages");
     const process::Folder current;  // It is on the path, for the program.
     current.write("beside.py", "import sys\nsys.ran = True\n");
-    current.write("json.py", "import sys\nsys.ran = True\n");
+    current.write("colorsys.py", "import sys\nsys.ran = True\n");
     current.write("added/by_program.py", "def answer(): return 44\n");
     process::Command command = process::shell(
         {"--extensions", tree.extensions().string(), "-c", process::contentOf(LING_TEST_SCRIPTS "/import_all.py")});

@@ -41,8 +41,10 @@ protected:
         return shown;
     }
 
-    /// Ends the console and answers its status.
+    /// Ends the console and answers its status. The end of input counts at a prompt alone: a statement waits for that.
     static int leave(Terminal& terminal) {
+        (void)expectAfter(terminal, "'bye' 'bye'\r", "'byebye'");
+        (void)terminal.expect(">>> ");
         terminal.type("\x04");
         return terminal.finish().status;
     }
@@ -123,7 +125,7 @@ TEST_F(ShellConsole, SharesItsHistory) {
         (void)second.expect(">>> ");
         (void)expectAfter(second, "\x10\x10\r", "'one'");  // Ctrl-P twice.
         EXPECT_EQ(leave(second), 0);
-        EXPECT_EQ(contentOf(home_.path() / "state/lingsh/history"), contentOf(file) + "'on' 'e'\n");
+        EXPECT_EQ(contentOf(home_.path() / "state/lingsh/history"), contentOf(file) + "'on' 'e'\n'bye' 'bye'\n");
     }
     EXPECT_EQ(leave(first), 0);
 }

@@ -15,8 +15,8 @@ struct failure_source {
     void (*forget)();
     /// The failure beside what this thread was answered last, as an error result, or none. It is not kept any longer.
     Any (*take)();
-    /// Whether that failure is somebody's wish to end the program. The answer that it met may then be any: the operation
-    /// should end with it, and change nothing that rests on the answer.
+    /// Whether that failure is somebody's wish to end the program. The answer that it met may then be any: the
+    /// operation should end with it, and change nothing that rests on the answer.
     bool (*isInterruption)();
 };
 

@@ -314,7 +314,7 @@ TEST(NativeClass, RefusesWhatIsNoObjectOfItsOwn) {
     const Any named = find_class("peers.Named");
     EXPECT_EQ(textOf(unchecked<Class_Generic>(named)()), "error: The class 'Named' has no constructor.");
     EXPECT_EQ(textOf(counterClass()("x")),
-              "error: Argument 'start' of '__init__' must be of type 'Integer', not 'ling.String'.");
+              "error: Argument 'start' of 'Counter' must be of type 'Integer', not 'ling.String'.");
     EXPECT_EQ(textOf(counter.callMethod(Any::$__init__, {1})),
               "error: An object of class 'Counter' cannot be initialised again.");
     EXPECT_EQ(textOf(counterClass().allocateInstance().callMethod("add", {1})),
@@ -359,7 +359,8 @@ TEST(NativeClass, ABuildThatFailsSaysSo) {
     EXPECT_EQ(textOf(native_class<Counter>("Again", "peers").build().toAny()),
               "error: The C++ class of 'Again' is bound already.");
     struct Other {};
-    EXPECT_EQ(textOf(native_class<Other>("Counter", "peers").build().toAny()), "error: The name 'peers.Counter' is taken.");
+    EXPECT_EQ(textOf(native_class<Other>("Counter", "peers").build().toAny()),
+              "error: The name 'peers.Counter' is taken.");
     struct Derived : Unbound {};
     EXPECT_EQ(textOf(native_class<Derived>("Derived", "").inherits<Unbound>().build().toAny()),
               "error: A base of 'Derived' is not bound yet.");
