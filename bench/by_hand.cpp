@@ -1,5 +1,7 @@
 #include "by_hand.h"
 
+#include "measure.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -89,8 +91,19 @@ PyObject* add(PyObject*, PyObject* const* arguments, Py_ssize_t) {
     return PyLong_FromLongLong(PyLong_AsLongLong(arguments[0]) + PyLong_AsLongLong(arguments[1]));
 }
 
+/// A host holds what it is given in a counted value of its own.
+struct Held {
+    explicit Held(PyObject* given) : object(Py_NewRef(given)) {}
+    ~Held() { Py_DECREF(object); }
+    std::size_t count = 1;
+    PyObject* object;
+};
+
 PyObject* take(PyObject*, PyObject* object) {
-    Py_DECREF(Py_NewRef(object));
+    auto* held = new Held(object);
+    keep(held);
+    if (--held->count == 0)
+        delete held;
     Py_RETURN_NONE;
 }
 

@@ -251,8 +251,7 @@ bool object_value_class::isAncestor(const object_value_class* ancestor) const no
     if (ancestor == this)
         return true;
     try {
-        const std::vector<object_value_class*>& all = tables().ancestry;
-        return std::find(all.begin(), all.end(), ancestor) != all.end();
+        return tables().ancestors.has(ancestor);
     } catch (const std::bad_alloc&) {
         std::lock_guard hold(class_structure::guard());
         return class_structure::search(this, [&](const object_value_class& klass) { return &klass == ancestor; });
@@ -482,10 +481,7 @@ Any object_value_class::invokeNamed(std::span<const Any> positional, std::span<c
 }
 
 object_value_object::object_value_object(object_value_class* klass)
-    : object_value(Kind::Object, klass), fieldCount_(klass->fieldCount()) {
-    if (fieldCount_ != 0)
-        fields_ = std::make_unique<Any[]>(fieldCount_);
-}
+    : object_value(Kind::Object, klass), fieldCount_(0) {}
 
 object_value_object::~object_value_object() = default;
 
@@ -523,7 +519,8 @@ bool object_value_object::storeField(std::size_t position, Any& value) {
     return true;
 }
 
-/// For fields that the class gained after this instance was made.
+/// Fields take room when the first of them is set: many objects, proxies above all, never use theirs. And the class may
+/// gain some after this instance was made.
 void object_value_object::makeRoom(std::size_t count) {
     auto larger = std::make_unique<Any[]>(count);
     std::lock_guard hold(guard());

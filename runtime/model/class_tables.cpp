@@ -158,6 +158,16 @@ bool update_tables(class_tables& tables, const identifier& id) {
            update(tables.properties, id, property ? property : classProperty);
 }
 
+ancestor_set::ancestor_set(std::span<object_value_class* const> classes)
+    : mask_(std::bit_ceil(2 * classes.size() + 1) - 1), slots_(mask_ + 1, nullptr) {
+    for (const object_value_class* cls : classes) {
+        std::size_t at = home(cls);
+        while (slots_[at & mask_] != nullptr)
+            ++at;
+        slots_[at & mask_] = cls;
+    }
+}
+
 std::unique_ptr<class_tables> build_tables(object_value_class* klass,
                                            const class_tables& (*tablesOf)(const object_value_class*)) {
     auto tables = std::make_unique<class_tables>();
@@ -170,6 +180,7 @@ std::unique_ptr<class_tables> build_tables(object_value_class* klass,
     }
     lists.push_back(parents);
     tables->ancestry = linearise(klass, std::move(lists));
+    tables->ancestors = ancestor_set(tables->ancestry);
     for (const object_value_class* ancestor : tables->ancestry)
         inherit(tables->hooks, ancestor->declarations().hooks);
     tables->fields = arrangeFields(tables->ancestry, own.layout);

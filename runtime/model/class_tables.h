@@ -4,8 +4,12 @@
 #include "ling/member_table.h"
 #include "ling/module.h"
 
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -84,9 +88,32 @@ struct class_declarations {
     std::uint64_t lastChange = 0;                       ///< The number of the last change that this class has followed.
 };
 
+/// The classes of an ancestry by their addresses, at most half full: nearly always the first look decides.
+class ancestor_set {
+public:
+    ancestor_set() = default;
+    explicit ancestor_set(std::span<object_value_class* const> classes);
+    bool has(const object_value_class* wanted) const noexcept {
+        for (std::size_t at = home(wanted);; ++at) {
+            const object_value_class* present = slots_[at & mask_];
+            if (present == wanted || present == nullptr)
+                return present != nullptr;
+        }
+    }
+
+private:
+    std::size_t home(const object_value_class* wanted) const noexcept {
+        return reinterpret_cast<std::uintptr_t>(wanted) / alignof(std::max_align_t);
+    }
+
+    std::size_t mask_ = 0;
+    std::vector<const object_value_class*> slots_{nullptr};
+};
+
 /// The flattened view of a class and its ancestry.
 struct class_tables : member_tables {
     std::vector<object_value_class*> ancestry;  ///< Kept alive by the parents' references.
+    ancestor_set ancestors;                     ///< The same.
     class_hooks hooks;
     std::vector<declared_field> fields;  ///< By their places in an instance.
     found_member methodProtocol;

@@ -10,7 +10,19 @@ namespace ling::internal {
 
 namespace {
 
-std::atomic<std::size_t> liveObjects{0};
+/// How many objects are alive, in parts: threads count in parts of their own, as far as there are enough of them, so
+/// that those who make objects at the same time do not wait for each other. One part alone may fall below zero.
+struct alignas(64) live_count {
+    std::atomic<std::ptrdiff_t> objects{0};
+};
+constexpr std::size_t kLiveCounts = 32;
+live_count liveCounts[kLiveCounts];
+
+std::atomic<std::ptrdiff_t>& liveObjects() noexcept {
+    static std::atomic<std::size_t> threads{0};
+    thread_local const std::size_t own = threads.fetch_add(1, std::memory_order_relaxed) % kLiveCounts;
+    return liveCounts[own].objects;
+}
 
 /// Objects whose last reference went while another object was being taken apart this deep on the same thread wait
 /// in a chain, so that a list nested a million deep does not need a million stack frames. The links are in the dead
@@ -33,7 +45,7 @@ object_extras::~object_extras() {
 }
 
 object_value::object_value(Kind kind, object_value_class* klass) noexcept : kind_(kind), class_(klass) {
-    liveObjects.fetch_add(1, std::memory_order_relaxed);
+    liveObjects().fetch_add(1, std::memory_order_relaxed);
     if (class_ != nullptr)
         class_->retain();
 }
@@ -42,7 +54,7 @@ object_value::~object_value() {
     delete extras_.load(std::memory_order_relaxed);
     if (class_ != nullptr)
         class_->release();
-    liveObjects.fetch_sub(1, std::memory_order_relaxed);
+    liveObjects().fetch_sub(1, std::memory_order_relaxed);
 }
 
 bool object_value::retainIfAlive() noexcept {
@@ -120,6 +132,11 @@ void object_value::dismantle() noexcept {
     delete this;
 }
 
-std::size_t live_object_count() noexcept { return liveObjects.load(std::memory_order_relaxed); }
+std::size_t live_object_count() noexcept {
+    std::ptrdiff_t objects = 0;
+    for (const live_count& count : liveCounts)
+        objects += count.objects.load(std::memory_order_relaxed);
+    return static_cast<std::size_t>(objects);
+}
 
 }  // namespace ling::internal

@@ -59,10 +59,7 @@ String String::fromUTF8(std::string_view utf8) {
 String String::fromUTF8(const ByteArray& utf8) { return fromUTF8(utf8.view()); }
 
 String String::fromLatin1(std::string_view latin1) {
-    return filled(latin1.size(), [&](char16_t* to) {
-        for (const char byte : latin1)
-            *to++ = static_cast<unsigned char>(byte);
-    });
+    return filled(latin1.size(), [&](char16_t* to) { internal::widen_latin1(latin1, to); });
 }
 
 bool String::isWellFormedUTF8(std::string_view bytes) noexcept { return internal::is_well_formed_utf8(bytes); }

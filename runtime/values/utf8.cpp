@@ -50,6 +50,14 @@ std::size_t widenBlocks(const char* from, std::size_t size, char16_t* to) noexce
     return done;
 }
 
+/// The same for bytes of any value.
+std::size_t widenAnyBlocks(const char* from, std::size_t size, char16_t* to) noexcept {
+    std::size_t done = 0;
+    for (; done + kBlock <= size; done += kBlock)
+        widenBlock(blockAt(from + done, 0), to + done);
+    return done;
+}
+
 bool isAsciiUnits(__m128i units) noexcept {
     const __m128i foreign = _mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0xFF80)));
     return _mm_movemask_epi8(_mm_cmpeq_epi16(foreign, _mm_setzero_si128())) == 0xFFFF;
@@ -79,6 +87,7 @@ std::size_t asciiBlocks(const char* from, std::size_t size) noexcept {
 #else
 
 std::size_t widenBlocks(const char*, std::size_t, char16_t*) noexcept { return 0; }
+std::size_t widenAnyBlocks(const char*, std::size_t, char16_t*) noexcept { return 0; }
 std::size_t narrowBlocks(const char16_t*, std::size_t, char*) noexcept { return 0; }
 std::size_t asciiBlocks(const char*, std::size_t) noexcept { return 0; }
 
@@ -159,6 +168,11 @@ char16_t* encodeUtf16(char32_t code, char16_t* to) noexcept {
 char32_t replaced(char32_t code) noexcept { return code == kIllFormed ? kReplacement : code; }
 
 }  // namespace
+
+void widen_latin1(std::string_view latin1, char16_t* to) noexcept {
+    for (std::size_t done = widenAnyBlocks(latin1.data(), latin1.size(), to); done < latin1.size(); ++done)
+        to[done] = static_cast<unsigned char>(latin1[done]);
+}
 
 std::size_t narrow_ascii(std::u16string_view units, char* to) noexcept {
     std::size_t done = narrowBlocks(units.data(), units.size(), to);

@@ -11,6 +11,9 @@ namespace ling::internal {
 /// Writes the text as UTF-16 and answers how many units that are: never more than the bytes of the text.
 std::size_t utf8_to_utf16(std::string_view utf8, char16_t* to) noexcept;
 
+/// Writes one unit for each byte.
+void widen_latin1(std::string_view latin1, char16_t* to) noexcept;
+
 /// Copies the ASCII characters at the beginning, up to the first other one, and answers how many there were.
 std::size_t narrow_ascii(std::u16string_view units, char* to) noexcept;
 /// How many bytes the text takes in UTF-8, and writing them.

@@ -11,13 +11,15 @@ namespace ling::python {
 /// first guard and keeps it until the thread ends, so that `threading.local`, context variables and tracing last from
 /// one call to the next, and so that later guards cost a fraction of the first.
 ///
+/// A thread that has a current thread state holds the lock already: for it there is nothing to do.
+///
 /// Must only be constructed while an interpreter runs (`ensureStarted`, or `ifAlive` where that is not certain).
 class GilGuard {
 public:
-    GilGuard() : state_(acquire()) {}
+    GilGuard() : holds_(!isHeld()), state_(holds_ ? acquire() : PyGILState_LOCKED) {}
     /// A failing release has no way on: it ends the process.
     ~GilGuard() {
-        if (held_)
+        if (holds_)
             PyGILState_Release(state_);
     }
     GilGuard(const GilGuard&) = delete;
@@ -27,18 +29,21 @@ public:
     /// after a start that failed, and once the interpreter is being finalised. For code that may run so late, such as
     /// the destructors of values. Ask the guard before touching Python.
     static GilGuard ifAlive() noexcept { return GilGuard(isInterpreterAlive()); }
-    explicit operator bool() const noexcept { return held_; }
+    explicit operator bool() const noexcept { return alive_; }
 
 private:
-    explicit GilGuard(bool alive) : state_(alive ? acquire() : PyGILState_UNLOCKED), held_(alive) {}
+    explicit GilGuard(bool alive)
+        : alive_(alive), holds_(alive && !isHeld()), state_(holds_ ? acquire() : PyGILState_LOCKED) {}
     static bool isInterpreterAlive() noexcept { return Py_IsInitialized() != 0 && Py_IsFinalizing() == 0; }
+    static bool isHeld() noexcept { return PyThreadState_GetUnchecked() != nullptr; }
     static PyGILState_STATE acquire() {
         return PyGILState_GetThisThreadState() != nullptr ? PyGILState_Ensure() : acquireAsNewcomer();
     }
     static PyGILState_STATE acquireAsNewcomer();
 
+    const bool alive_ = true;
+    const bool holds_;  // Took the lock itself.
     const PyGILState_STATE state_;
-    const bool held_ = true;
 };
 
 }  // namespace ling::python

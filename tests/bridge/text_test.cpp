@@ -2,6 +2,7 @@
 
 #include "support/python_test.h"
 
+#include <algorithm>
 #include <string_view>
 
 using ling::String;
@@ -122,6 +123,30 @@ TEST_F(TextTest, ToPythonAgreesWithTheWayOverUtf8) {
         EXPECT_EQ(PyUnicode_KIND(made.get()), PyUnicode_KIND(expected.get()));
         EXPECT_EQ(PyUnicode_IS_ASCII(made.get()), PyUnicode_IS_ASCII(expected.get()));
         EXPECT_EQ(PyObject_Hash(made.get()), PyObject_Hash(expected.get()));
+    }
+}
+
+/// Texts are looked at in blocks: a unit that is wider than its neighbours is seen wherever it stands.
+TEST_F(TextTest, EachPlaceInABlockCounts) {
+    GilGuard gil;
+    for (const char16_t odd : {u'a', u'\u007F', u'\u0080', u'\u00FF', u'\u0100', u'\uD7FF', u'\uE000', u'\xD800'}) {
+        for (std::size_t place = 0; place < 40; ++place) {
+            for (const std::size_t length : {place + 1, std::size_t(40), place + 33}) {
+                std::u16string units(std::max(length, place + 1), u'x');
+                units[place] = odd;
+                const String text(units);
+                PyRef made = PyRef::steal(textToPython(text));
+                PyRef expected = overUtf8(text);
+                ASSERT_EQ(PyUnicode_Compare(made.get(), expected.get()), 0)
+                    << static_cast<unsigned>(odd) << " at " << place;
+                ASSERT_EQ(PyUnicode_KIND(made.get()), PyUnicode_KIND(expected.get()))
+                    << static_cast<unsigned>(odd) << " at " << place;
+                ASSERT_EQ(PyUnicode_IS_ASCII(made.get()), PyUnicode_IS_ASCII(expected.get()))
+                    << static_cast<unsigned>(odd) << " at " << place;
+                ASSERT_EQ(textFromPython(made.get()).view(), overUtf8(made.get()).view())
+                    << static_cast<unsigned>(odd) << " at " << place;
+            }
+        }
     }
 }
 

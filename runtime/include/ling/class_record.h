@@ -173,7 +173,7 @@ private:
     bool storeField(std::size_t position, Any& value);
     void makeRoom(std::size_t count);
 
-    std::unique_ptr<Any[]> fields_;  // Guarded by guard(), as is their number.
+    std::unique_ptr<Any[]> fields_;  // None until one is set. Guarded by guard(), as is their number.
     std::size_t fieldCount_;
 };
 
