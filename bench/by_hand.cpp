@@ -93,7 +93,7 @@ PyObject* add(PyObject*, PyObject* const* arguments, Py_ssize_t) {
 
 /// A host holds what it is given in a counted value of its own.
 struct Held {
-    explicit Held(PyObject* given) : object(Py_NewRef(given)) {}
+    explicit Held(PyObject* taken) : object(Py_NewRef(taken)) {}
     ~Held() { Py_DECREF(object); }
     std::size_t count = 1;
     PyObject* object;

@@ -107,7 +107,7 @@ Any multiplyInPlace(const List_Generic& self, const Any& count) {
         list_storage(self).clear();
         return self;
     }
-    Result<std::vector<Any>> added = repeat_items(list_storage(self).snapshot().items(), *times - 1);
+    Result<std::vector<Any>> added = repeat_items(list_storage(self).snapshot().items(), count, 1);
     if (!added)
         return added.error();
     list_storage(self).append(*std::move(added));

@@ -28,8 +28,6 @@ bool isPlain(const Any& value, int depth) noexcept {
         return true;
     if (object->kind() == Kind::Object)
         return object->ownClass() == nullptr || isText(value);
-    if (object->kind() == Kind::Function)
-        return true;
     if (object->ownClass() != nullptr)
         return false;  // A derived class may compare as it likes.
     switch (object->kind()) {

@@ -19,14 +19,14 @@ Result<std::vector<Any>> tooLong(std::size_t length, const Any& count) {
 
 }  // namespace
 
-Result<std::vector<Any>> repeat_items(std::span<const Any> items, const Any& count) {
+Result<std::vector<Any>> repeat_items(std::span<const Any> items, const Any& count, std::int64_t present) {
     const Result<std::int64_t> wanted = read_index(count);
     if (!wanted)
         return Result<std::vector<Any>>::failure(wanted.error());
     std::vector<Any> result;
-    if (*wanted < 1 || items.empty())
+    if (*wanted <= present || items.empty())
         return result;
-    const auto times = static_cast<std::size_t>(*wanted);
+    const auto times = static_cast<std::size_t>(*wanted - present);
     if (times > kLongest / items.size())
         return tooLong(items.size(), count);
     result.reserve(items.size() * times);

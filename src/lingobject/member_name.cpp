@@ -48,6 +48,8 @@ namespace {
 
 /// No text, with the Python error set, for a name that is none or cannot be encoded.
 std::optional<std::string_view> textOf(PyObject* name) {
+    if (!isText(name))
+        return std::nullopt;
     Py_ssize_t size = 0;
     const char* utf8 = PyUnicode_AsUTF8AndSize(name, &size);
     return utf8 == nullptr ? std::nullopt : std::optional(std::string_view(utf8, static_cast<std::size_t>(size)));
@@ -79,8 +81,15 @@ LookupName::LookupName(PyObject* name) : data_(cache.find(name)) {
         data_ = unknown_.emplace(*text).property().data();
 }
 
+bool isText(PyObject* name) noexcept {
+    if (PyUnicode_Check(name))
+        return true;
+    PyErr_Format(PyExc_TypeError, "attribute name must be string, not '%.200s'", Py_TYPE(name)->tp_name);
+    return false;
+}
+
 bool isPrivateName(PyObject* name) noexcept {
-    return PyUnicode_GET_LENGTH(name) > 0 && PyUnicode_READ_CHAR(name, 0) == '_';
+    return PyUnicode_Check(name) && PyUnicode_GET_LENGTH(name) > 0 && PyUnicode_READ_CHAR(name, 0) == '_';
 }
 
 }  // namespace ling::python

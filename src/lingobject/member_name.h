@@ -27,6 +27,10 @@ private:
     const ling::internal::identifier_data* data_;
 };
 
+/// Whether the name is a text at all, as slots that are called by hand may find that it is not. False with Python's own
+/// error set.
+bool isText(PyObject* name) noexcept;
+
 /// Whether the name begins with "_".
 bool isPrivateName(PyObject* name) noexcept;
 

@@ -66,6 +66,8 @@ PyObject* readThrough(PyObject* self, PyObject* name) {
 }
 
 PyObject* lookUp(PyObject* self, PyObject* name) {
+    if (!isText(name))
+        return nullptr;
     if (isPrivateName(name))
         return PyObject_GenericGetAttr(self, name);
     PyObject* own = nullptr;
@@ -93,6 +95,8 @@ int remove(PyObject* self, PyObject* name) {
 }
 
 int assign(PyObject* self, PyObject* name, PyObject* value) {
+    if (!isText(name))
+        return -1;
     if (isPrivateName(name))
         return PyObject_GenericSetAttr(self, name, value);
     if (value == nullptr)

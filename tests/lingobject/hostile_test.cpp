@@ -52,6 +52,16 @@ constexpr ScriptRow kMembers[] = {
      "left = [5]\ndef act():\n    left[0] -= 1\n    return 'end' if left[0] == 0 else x.act()\n"
      "x = make('Puppet', act=act)\nresult = x.act()\ndel act, x\nreturn result",
      "end"},
+    {"NamesThatAreNone",
+     "x = ling.List()\nreturn [probe(x.__getattribute__, 1.5), probe(x.__setattr__, 2**3000, 1), probe(x.__delattr__, "
+     "())]",
+     "[\"TypeError: attribute name must be string, not 'float'\", \"TypeError: attribute name must be string, not "
+     "'int'\", "
+     "\"TypeError: attribute name must be string, not 'tuple'\"]"},
+    {"EqualFunctionsAreOneKey",
+     "x = ling.List()\nreturn [ling.Set([x.append, x.append, x.pop]).length, ling.Map({x.append: "
+     "1, x.pop: 2}).get(x.append)]",
+     "[2, 1]"},
     {"MemberAppearsAndVanishes",
      "x = make('Puppet')\nseen = []\nfor turn in range(3):\n    x.mark = turn\n    seen.append(x.mark)\n    del "
      "x.mark\n"

@@ -115,7 +115,7 @@ TEST_F(List_, AddsAndMultipliesInPlace) {
     EXPECT_TRUE(list.callMethod(Any::$__imul__, {2}).isSameAs(list));
     EXPECT_EQ(list.size(), 8u);
     EXPECT_EQ(shown(list.callMethod(Any::$__imul__, {INT64_MAX})),
-              "error: The result would be too long: 8 items, 9223372036854775806 times.");
+              "error: The result would be too long: 8 items, 9223372036854775807 times.");
     EXPECT_TRUE(list.callMethod(Any::$__imul__, {1}).isSameAs(list));
     EXPECT_EQ(list.size(), 8u);
     EXPECT_TRUE(list.callMethod(Any::$__imul__, {0}).isSameAs(list));

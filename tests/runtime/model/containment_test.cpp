@@ -2,6 +2,7 @@
 
 #include "ling/ling.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
