@@ -38,6 +38,10 @@ Any ask_class(const found_member& method, std::initializer_list<Any> arguments) 
         depth_check::noteExceeded();
         return Any();
     }
+    return call_class(method, arguments);
+}
+
+Any call_class(const found_member& method, std::initializer_list<Any> arguments) {
     const Any kept = Any::share(method.member);  // The class may be changed while its method runs.
     return result_unwrap_lazy(kept.object()->invoke({arguments.begin(), arguments.size()}));
 }

@@ -15,6 +15,10 @@ found_member class_answer(const Any& value, const method_ident_untyped& id);
 /// for the `depth_check` of the thread. Nothing may be locked: any code runs.
 Any ask_class(const found_member& method, std::initializer_list<Any> arguments);
 
+/// The same for callers that have seen themselves that there is room, and have an answer of their own where there is
+/// none: a look further down could tell otherwise.
+Any call_class(const found_member& method, std::initializer_list<Any> arguments);
+
 /// What stands for `value` where its content counts: lazy, external and weak values are resolved. Runs foreign code for
 /// those alone.
 class resolved_value {

@@ -76,7 +76,7 @@ std::optional<String> display_run::ownText(const Any& value) {
     const shown_scope shown(value.object());
     if (!has_stack_room() || !shown.isNew())
         return u"...";
-    const Any answer = ask_class(method, {value});
+    const Any answer = call_class(method, {value});
     Result<String> given = String::cast(answer);
     return given ? std::optional(*given) : std::nullopt;
 }
