@@ -71,6 +71,9 @@ PyObject* binarySlot(PyObject* self, PyObject* other) {
     // Python also calls with the operands the other way round; a wrapper on the right is not supported.
     if (!isLingObject(self) || !takeArgument(other, operand))
         return nullptr;
+    // Like the receiver, what stands for another value stands for it as an operand too.
+    if (isIndirect(operand) && raisesItself(operand = ling::internal::unwrap(operand)))
+        return nullptr;
     return applyOperator(Row, self, operand);
 }
 

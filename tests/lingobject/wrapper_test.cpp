@@ -105,6 +105,8 @@ constexpr Row kWeakReferences[] = {
      "w = things.weak(t)\nreturn [ling.kind_of(w), ling.is_same(w, t), ling.is_same(things.same(w), w), "
      "ling.is_same(ling.bound_method(w, 'lock')(), t)]",
      "['weak_reference', False, True, True]"},
+    {"IsAnOperandAsItsTarget", "l = ling.List([1])\nw = things.weak(l)\nreturn [list(l + w), list(w + w)]",
+     "[[1, 1], [1, 1]]"},
     {"TargetIsGone", "w = things.weak(things.Thing('x'))\nreturn [str(w), repr(w), hasattr(w, 'name')]",
      "['none', 'None', False]"},
 };
