@@ -2,15 +2,22 @@
 
 #include <pthread.h>
 
+#include <cstddef>
 #include <functional>
 
 namespace ling::testing {
+
+#ifdef __SANITIZE_THREAD__
+constexpr std::size_t kSmallStack = 2048 * 1024;  // The checker has data of its own there.
+#else
+constexpr std::size_t kSmallStack = 512 * 1024;
+#endif
 
 /// Runs `work` on a thread with a stack of 512 KiB, as hosts give their helper threads.
 inline void onSmallStack(std::function<void()> work) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, 512 * 1024);
+    pthread_attr_setstacksize(&attributes, kSmallStack);
     pthread_t thread;
     pthread_create(
         &thread, &attributes,
