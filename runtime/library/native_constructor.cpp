@@ -27,7 +27,9 @@ bool initialisesItself(const Class_Generic& called, const Class_Generic& native)
     return initialiser && initialiser.definer != native.record();
 }
 
-Any initialise(const Class_Generic& called, std::span<const Any> arguments) {
+}  // namespace
+
+Any construct_by_initialiser(const Class_Generic& called, std::span<const Any> arguments) {
     Any instance = called.allocateInstance();
     if (is_error_result(instance))
         return instance;
@@ -35,13 +37,11 @@ Any initialise(const Class_Generic& called, std::span<const Any> arguments) {
     return is_error_result(outcome) ? outcome : instance;
 }
 
-}  // namespace
-
 Any native_constructor::construct(const Class_Generic& called, std::span<const Any> arguments) const {
     if (called == cls)
         return make.invoke(arguments);
     if (initialisesItself(called, cls))
-        return initialise(called, arguments);
+        return construct_by_initialiser(called, arguments);
     Any value = make.invoke(arguments);
     if (is_error_result(value) || copy == nullptr)
         return value;

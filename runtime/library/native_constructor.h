@@ -8,6 +8,10 @@
 
 namespace ling::internal {
 
+/// What calling a class answers whose instances are made first and initialised then: the instance, or the error of
+/// either step.
+Any construct_by_initialiser(const Class_Generic& called, std::span<const Any> arguments);
+
 /// How the values of a native class are made when the class is called. They never change, so they are made whole and
 /// there is nothing for `$__init__` to do.
 struct native_constructor {

@@ -1,5 +1,6 @@
 #include "ling/native_type.h"
 
+#include "library/native_constructor.h"
 #include "ling/error.h"
 
 #include <mutex>
@@ -83,18 +84,8 @@ Any object_value_native::initialise(const native_type& type, std::shared_ptr<voi
 }
 
 namespace {
+
 object_value* allocate_native(object_value_class* klass) { return new object_value_native(klass); }
-}  // namespace
-
-namespace {
-
-Any construct(const Class_Generic& cls, std::span<const Any> arguments) {
-    Any instance = cls.allocateInstance();
-    if (is_error_result(instance))
-        return instance;
-    Any outcome = instance.callMethod(Any::$__init__, arguments);
-    return is_error_result(outcome) ? outcome : instance;
-}
 
 Any refuseConstruction(const Class_Generic& cls, std::span<const Any>) {
     return failure(String(u"The class '{}' has no constructor.").arg(cls.name()));
@@ -103,7 +94,7 @@ Any refuseConstruction(const Class_Generic& cls, std::span<const Any>) {
 }  // namespace
 
 class_hooks native_hooks(bool constructible) {
-    return {.allocate = &allocate_native, .construct = constructible ? &construct : &refuseConstruction};
+    return {.allocate = &allocate_native, .construct = constructible ? &construct_by_initialiser : &refuseConstruction};
 }
 
 object_value_native* native_instance(const Any& value) noexcept {
