@@ -1,100 +1,63 @@
-#include "runtime/support/live_objects.h"
 #include "runtime/support/values.h"
 
-namespace ling {
+namespace ling::testing {
 namespace {
-
-using namespace ling::testing;
 
 class ContainerLifetime : public LiveObjects {};
 
 /// Each way in which a container lets go of an item, with a destructor that comes back to the container.
-struct DropCase {
+const struct DropCase {
     const char* name;
-    void (*drop)(const List_Generic& list);
-};
-
-const DropCase kListDrops[] = {
-    {"Clear", [](const List_Generic& list) { list.clear(); }},
-    {"Pop", [](const List_Generic& list) { list.pop(0); }},
-    {"RemoveAt", [](const List_Generic& list) { list.removeAt(0, 2); }},
-    {"RemoveOne", [](const List_Generic& list) { list.removeOne(list.at(0)); }},
-    {"Set", [](const List_Generic& list) { unchecked<I_MutableSequence_Generic>(list).set(0, 7); }},
+    void (*drop)(const List_Generic& list, const Map_Generic& map);
+} kDrops[] = {
+    {"Clear", [](auto& list, auto&) { list.clear(); }},
+    {"Pop", [](auto& list, auto&) { list.pop(0); }},
+    {"RemoveAt", [](auto& list, auto&) { list.removeAt(0, 2); }},
+    {"RemoveOne", [](auto& list, auto&) { list.removeOne(list.at(0)); }},
+    {"Set", [](auto& list, auto&) { unchecked<I_MutableSequence_Generic>(list).set(0, 7); }},
+    {"MultiplyByNothing", [](auto& list, auto&) { list.callMethod(Any::$__imul__, {0}); }},
     {"ClearWhileIterated",
-     [](const List_Generic& list) {
-         const Any iterator = list.iter();
+     [](auto& list, auto& map) {
+         const Any iterators[] = {list.iter(), map.iter()};
          list.clear();
+         map.clear();
      }},
-    {"MultiplyByNothing", [](const List_Generic& list) { list.callMethod(Any::$__imul__, {0}); }},
-};
-
-class ListDrop : public LiveObjectsOf<::testing::TestWithParam<DropCase>> {};
-
-TEST_P(ListDrop, LetsTheDestructorComeBack) {
-    const List_Generic list;
-    int dropped = 0;
-    auto comeBack = [&] {
-        ++dropped;
-        list.append(String(u"late"));
-        list.size();
-        walked(list);
-        list.removeOne(String(u"late"));
-    };
-    list.append(onDrop(comeBack));
-    list.append(onDrop(comeBack));
-    GetParam().drop(list);
-    EXPECT_GE(dropped, 1);
-    list.clear();
-    EXPECT_EQ(dropped, 2);
-    EXPECT_EQ(shown(list), "[]");
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, ListDrop, ::testing::ValuesIn(kListDrops),
-                         [](const auto& row) { return row.param.name; });
-
-struct MapDropCase {
-    const char* name;
-    void (*drop)(const Map_Generic& map);
-};
-
-const MapDropCase kMapDrops[] = {
-    {"Clear", [](const Map_Generic& map) { map.clear(); }},
-    {"Remove", [](const Map_Generic& map) { map.remove(1); }},
-    {"Set", [](const Map_Generic& map) { map.set(1, 7); }},
-    {"RemoveWhileIterated",
-     [](const Map_Generic& map) {
-         const Any iterator = map.iter();
-         map.remove(1);
-     }},
+    {"MapClear", [](auto&, auto& map) { map.clear(); }},
+    {"MapRemove", [](auto&, auto& map) { map.remove(1); }},
+    {"MapSet", [](auto&, auto& map) { map.set(1, 7); }},
     {"RemoveKeyByKey",
-     [](const Map_Generic& map) {
+     [](auto&, auto& map) {
          for (iteration walk = map.beginImpl(); walk.advance();)
              map.remove(walk.item());
      }},
 };
+LING_TABLE(ContainerDrop, LiveObjects, kDrops);
 
-class MapDrop : public LiveObjectsOf<::testing::TestWithParam<MapDropCase>> {};
-
-TEST_P(MapDrop, LetsTheDestructorComeBack) {
+TEST_P(ContainerDrop, LetsTheDestructorComeBack) {
+    const List_Generic list;
     const Map_Generic map;
     int dropped = 0;
-    auto comeBack = [&] {
+    const auto comeBack = [&] {
         ++dropped;
+        list.append(String(u"late"));
+        walked(list);
+        list.removeOne(String(u"late"));
         for (int i = 100; i < 140; ++i)
             map.set(i, i);
         for (int i = 100; i < 140; ++i)
             map.remove(i);
     };
+    list.append(onDrop(comeBack));
+    list.append(onDrop(comeBack));
     map.set(1, onDrop(comeBack));
     map.set(onDrop(comeBack), 2);
-    GetParam().drop(map);
+    GetParam().drop(list, map);
     EXPECT_GE(dropped, 1);
+    list.clear();
     map.clear();
-    EXPECT_EQ(dropped, 2);
-    EXPECT_EQ(map.size(), 0u);
+    EXPECT_EQ(dropped, 4);
+    EXPECT_EQ(shown(list) + shown(map), "[]{}");
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, MapDrop, ::testing::ValuesIn(kMapDrops), [](const auto& row) { return row.param.name; });
 
 TEST_F(ContainerLifetime, AnIteratorKeepsItsItems) {
     int dropped = 0;
@@ -126,17 +89,15 @@ TEST_F(ContainerLifetime, AMillionItemsGo) {
         }
         EXPECT_EQ(list.size(), static_cast<std::size_t>(kCount));
         EXPECT_EQ(map.size(), set.size());
-        EXPECT_GT(internal::live_object_count(), static_cast<std::size_t>(kCount));
+        EXPECT_GT(live_object_count(), static_cast<std::size_t>(kCount));
     }
 }
 
 /// A value, `depth` containers deep.
-struct NestingCase {
+const struct NestingCase {
     const char* name;
     Any (*around)(const Any& inner);
-};
-
-const NestingCase kNestings[] = {
+} kNestings[] = {
     {"Lists", [](const Any& inner) { return Any(listOf(inner)); }},
     {"Tuples", [](const Any& inner) { return Any(tupleOf(inner)); }},
     {"MapValues",
@@ -167,7 +128,7 @@ const NestingCase kNestings[] = {
     {"UnevaluatedLazyValues", [](const Any& inner) { return Any(Lazy_Generic([inner] { return inner; })); }},
 };
 
-class Nesting : public LiveObjectsOf<::testing::TestWithParam<NestingCase>> {};
+LING_TABLE(Nesting, LiveObjects, kNestings);
 
 TEST_P(Nesting, GoesWithoutADeepStack) {
     Any value;
@@ -175,7 +136,5 @@ TEST_P(Nesting, GoesWithoutADeepStack) {
         value = GetParam().around(value);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, Nesting, ::testing::ValuesIn(kNestings), [](const auto& row) { return row.param.name; });
-
 }  // namespace
-}  // namespace ling
+}  // namespace ling::testing

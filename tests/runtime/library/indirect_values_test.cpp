@@ -1,12 +1,9 @@
-#include "runtime/support/live_objects.h"
 #include "runtime/support/values.h"
 
-namespace ling {
-namespace {
+/// Values that lead to another one, boxed values and errors.
 
-using namespace ling::testing;
-using internal::result_unwrap_lazy;
-using internal::unwrap;
+namespace ling::testing {
+namespace {
 
 class Indirect : public LiveObjects {};
 
@@ -19,19 +16,8 @@ TEST_F(Indirect, ALazyValueIsComputedOnce) {
     EXPECT_EQ(computed, 0);
     EXPECT_EQ(shown(lazy.evaluate()), "1");
     EXPECT_EQ(shown(result_unwrap_lazy(lazy)), "1");
-    EXPECT_EQ(shown(lazy.callMethod(method_ident_untyped("evaluate"))), "1");
+    EXPECT_EQ(shown(lazy.callMethod("evaluate")), "1");
     EXPECT_EQ(class_of(lazy), Integer::getClass());
-    EXPECT_EQ(computed, 1);
-}
-
-TEST_F(Indirect, ALazyErrorIsTheErrorOfAllWhoAsk) {
-    int computed = 0;
-    const Lazy_Generic lazy([&]() -> Any {
-        ++computed;
-        return internal::failure(u"Not to be had.");
-    });
-    EXPECT_EQ(shown(lazy.evaluate()), "error: Not to be had.");
-    EXPECT_EQ(shown(lazy.evaluate()), "error: Not to be had.");
     EXPECT_EQ(computed, 1);
 }
 
@@ -47,10 +33,10 @@ TEST_F(Indirect, WhatAnotherComputationStoodInTheWayOfIsComputedLater) {
     Any outer;
     const Lazy_Generic inner([&]() -> Any {
         const Any part = unchecked<Lazy_Generic>(outer).evaluate();
-        return internal::is_error_result(part) ? part : Any(part.asInteger() + 1);
+        return is_error_result(part) ? part : Any(part.asInteger() + 1);
     });
     const Lazy_Generic between([&]() -> Any { return inner; });
-    outer = Lazy_Generic([&] { return Any(internal::is_error_result(result_unwrap_lazy(between)) ? 10 : 20); });
+    outer = Lazy_Generic([&] { return Any(is_error_result(result_unwrap_lazy(between)) ? 10 : 20); });
     EXPECT_EQ(shown(result_unwrap_lazy(outer)), "10") << "It cannot have its own value.";
     EXPECT_EQ(shown(result_unwrap_lazy(between)), "11");
     EXPECT_EQ(shown(inner.evaluate()), "11");
@@ -100,12 +86,11 @@ TEST_F(Indirect, AnExternalValueIsReadAnew) {
     EXPECT_TRUE(external.is(Kind::External));
     EXPECT_EQ(shown(result_unwrap_lazy(external)), "1");
     value = 2;
-    EXPECT_EQ(shown(external.callMethod(method_ident_untyped("load"))), "2");
-    EXPECT_EQ(shown(external.callMethod(method_ident_untyped("store"), {3})), "none");
+    EXPECT_EQ(shown(external.callMethod("load")), "2");
+    EXPECT_EQ(shown(external.callMethod("store", {3})), "none");
     EXPECT_EQ(shown(unwrap(external)), "3");
     const External_Generic constant([] { return Any(5); });
-    EXPECT_EQ(shown(constant.callMethod(method_ident_untyped("store"), {3})),
-              "error: The external value is read-only.");
+    EXPECT_EQ(shown(constant.callMethod("store", {3})), "error: The external value is read-only.");
 }
 
 TEST_F(Indirect, AWeakReferenceDoesNotKeepItsTarget) {
@@ -116,7 +101,7 @@ TEST_F(Indirect, AWeakReferenceDoesNotKeepItsTarget) {
     EXPECT_TRUE(unwrap(weak).isSameAs(list));
     EXPECT_TRUE(unwrap(Lazy_Generic([&] { return weak; })).isSameAs(list));
     EXPECT_TRUE(result_unwrap_lazy(weak).is(Kind::Weak)) << "Only what is lazy is resolved.";
-    EXPECT_TRUE(weak.callMethod(method_ident_untyped("lock")).isSameAs(list));
+    EXPECT_TRUE(weak.callMethod("lock").isSameAs(list));
     list = Any();
     EXPECT_TRUE(weak.lock().isNone());
     EXPECT_TRUE(unwrap(weak).isNone());
@@ -130,17 +115,6 @@ TEST_F(Indirect, AWeakReferenceToAnImmediateOrToAnotherIsTheSameThing) {
     EXPECT_TRUE(Weak_Generic(weak).isSameAs(weak));
     EXPECT_TRUE(Weak_Generic::cast(weak));
     EXPECT_EQ(shown(Weak_Generic::cast(5)), "error: Unable to cast a value of class 'ling.Integer' to 'ling.Weak'.");
-}
-
-TEST_F(Indirect, TheirClassesMakeNoInstances) {
-    EXPECT_EQ(shown(Lazy_Generic::getClass()()), "error: The interface 'ling.Lazy' has no instances of its own.");
-    EXPECT_EQ(shown(External_Generic::getClass()()),
-              "error: The interface 'ling.External' has no instances of its own.");
-    EXPECT_EQ(shown(Weak_Generic::getClass()()), "error: The interface 'ling.Weak' has no instances of its own.");
-    EXPECT_EQ(shown(Boxed_Generic::getClass()()), "error: The interface 'ling.Boxed' has no instances of its own.");
-    // A class that derives from one of them makes plain objects, which are not taken for the native values.
-    const Class_Generic derived = internal::defclass_impl("Derived", "").parent(Lazy_Generic::getClass()).build();
-    EXPECT_FALSE(Lazy_Generic::cast(derived.allocateInstance()));
 }
 
 struct point {
@@ -180,17 +154,70 @@ TEST(BoxedValue, StaysUsableWhenACopyThrows) {
     EXPECT_EQ(box.value().text, fragile().text);
 }
 
-TEST(BoxedValue, IsMadeWithTheDefaultAndAssigned) {
-    const Any made = Boxed<point>::getClass().allocateInstance();
-    ASSERT_TRUE(Boxed<point>::cast(made));
-    auto* storage = static_cast<internal::object_value_boxed*>(made.object());
-    EXPECT_EQ(unchecked<Boxed<point>>(made).value().x, 0);
-    EXPECT_EQ(shown(storage->assign(Boxed<point>(point{3, 4}))), "none");
-    EXPECT_EQ(unchecked<Boxed<point>>(made).value().x, 3);
-    EXPECT_EQ(shown(storage->assign(Boxed<int>(1))), "error: Types mismatch.");
-    EXPECT_EQ(shown(storage->assign(5)), "error: Types mismatch.");
-    EXPECT_EQ(unchecked<Boxed<point>>(made).value().x, 3);
+class Error_ : public LiveObjects {};
+
+TEST_F(Error_, IsAValueOrTheResultOfAFailure) {
+    const Error plain(u"Plain.");
+    const Error flagged(u"Flagged.", true);
+    EXPECT_FALSE(is_error_result(plain));
+    EXPECT_TRUE(is_error_result(flagged));
+    for (const Any& error : {Any(plain), Any(flagged)})
+        EXPECT_TRUE(Error::cast(error)) << "Being an error result is no failure of the cast.";
+    EXPECT_EQ(display(flagged), u"Flagged.");
+    EXPECT_EQ(shown(Error::cast(1)), "error: Unable to cast a value of class 'ling.Integer' to 'ling.Error'.");
+    EXPECT_EQ(shown(Error::cast(Any())), "error: Unable to cast a value of class 'ling.None' to 'ling.Error'.");
+}
+
+TEST_F(Error_, KeepsItsCauseAndException) {
+    const Error inner(u"Inner.");
+    const Error outer(u"Outer.");
+    EXPECT_TRUE(outer.cause().isNone());
+    EXPECT_TRUE(outer.exception().isNone());
+    outer.setCause(inner);
+    outer.setException(listOf(1));
+    EXPECT_TRUE(outer.cause().isSameAs(inner));
+    EXPECT_EQ(shown(outer.exception()), "[1]");
+    const property_ident_untyped cause{"cause"};
+    EXPECT_TRUE(outer.propertyValue(cause).isSameAs(inner));
+    EXPECT_EQ(shown(outer.propertyValue("message")), "Outer.");
+    EXPECT_EQ(shown(outer.setPropertyValue(cause, Any())), "none");
+    EXPECT_TRUE(outer.cause().isNone());
+    outer.setCause(outer);
+    EXPECT_TRUE(outer.cause().isNone()) << "Nothing is its own cause.";
+}
+
+TEST_F(Error_, ACalledClassMakesAResult) {
+    const Class_Generic derived = defclass_impl("MyError", "").parent(Error::getClass()).build();
+    for (const Class_Generic& cls : {Error::getClass(), derived, StopIteration::getClass()}) {
+        const Any made = cls(u"What happened.");
+        EXPECT_TRUE(is_error_result(made));
+        EXPECT_EQ(raw_class_of(made), cls);
+        EXPECT_EQ(Error::cast(made)->message(), u"What happened.");
+        EXPECT_EQ(Error::cast(cls())->message(), u"");
+        EXPECT_FALSE(is_error_result(cls.allocateInstance()));
+    }
+    EXPECT_EQ(shown(Error::getClass()(5)),
+              "error: Argument 'message' of 'Error' must be of type 'String', not 'ling.Integer'.");
+    EXPECT_TRUE(derived.resultType().specializes(Error::getType()));
+    EXPECT_EQ(raw_class_of(Error(derived, u"Text.")), derived);
+    EXPECT_FALSE(is_error_result(Error(derived, u"Text.", false)));
+    EXPECT_TRUE(is_error_result(StopIteration()));
+}
+
+TEST_F(Error_, ADerivedClassHasFieldsAndAnInitialiser) {
+    const field_ident_untyped code{"content"};
+    const Class_Generic derived =
+        defclass_impl("Coded", "")
+            .parent(Error::getClass())
+            .field(code)
+            .method(Any::$__init__, "number",
+                    [code](const Any& self, std::int64_t number) -> Any { return self.setFieldValue(code, number); })
+            .build();
+    const Any made = derived(7);
+    EXPECT_TRUE(is_error_result(made));
+    EXPECT_EQ(shown(made.fieldValue(code)), "7");
+    EXPECT_EQ(Error::cast(made)->message(), u"");
 }
 
 }  // namespace
-}  // namespace ling
+}  // namespace ling::testing

@@ -1,6 +1,4 @@
-#include "ling/ling.h"
-
-#include <gtest/gtest.h>
+#include "runtime/support/values.h"
 
 #include <fstream>
 #include <functional>
@@ -11,7 +9,7 @@
 
 /// C++ values as values of the runtime: native functions, and classes bound by `native_class`.
 
-namespace ling {
+namespace ling::testing {
 namespace {
 
 std::string textOf(const Any& value) {
@@ -78,73 +76,67 @@ I_Invokable_Generic lengthOf() {
     });
 }
 
-class Conversion : public ::testing::TestWithParam<ConversionCase> {};
+const ConversionCase kConversionRows[] = {
+    {"Float", native(kHalf), {3}, "1.5"},
+    {"SmallInteger", native([](signed char c) { return c; }), {-128}, "-128"},
+    {"IntegerThatDoesNotFit",
+     native([](unsigned char c) { return c; }),
+     {256},
+     "error: Argument 'a' of 'f' must be of type 'Integer', not 'ling.Integer'."},
+    {"LargeResult", native([] { return ~std::uint64_t(0); }), {}, "18446744073709551615"},
+    {"LargestIntegerStaysOne", native([] { return std::uint64_t(1) << 62; }), {}, "4611686018427387904"},
+    {"Vector", native(kJoin), {List_Generic{"a", "b"}, "-"}, "a-b"},
+    {"VectorOfASet", native(kJoin), {Set_Generic{"a"}, ""}, "a"},
+    {"TextIsNoVector",
+     native(kJoin),
+     {"ab", "-"},
+     "error: Argument 'a' of 'f' must be of type 'I_Iterable<String>', not 'ling.String'."},
+    {"WrongItem",
+     native(kJoin),
+     {List_Generic{"a", 2}, "-"},
+     "error: Argument 'a' of 'f' must be of type 'I_Iterable<String>', not 'ling.List'. / Item 1 "
+     "must be of type 'String', not 'ling.Integer'."},
+    {"Rest", native(kSum), {1, 2, 0.5}, "3.5"},
+    {"EmptyRest", native(kSum), {}, "0.0"},
+    {"WrongRest", native(kSum), {1, "x"}, "error: Argument 'a' of 'f' must be of type 'Float', not 'ling.String'."},
+    {"Callback", native(kApply), {lengthOf(), 4}, "42"},
+    {"FailingCallback", native(kApply), {lengthOf(), -4}, "error: Negative: -4"},
+    {"CallbackOfAnotherType",
+     native(kApply),
+     {make_function("g", "", [](const Any&, const Any&) { return "text"; }), 1},
+     "error: Unable to cast a value of class 'ling.String' to 'Integer'."},
+    {"NoCallback",
+     native(kApply),
+     {3, 1},
+     "error: Argument 'a' of 'f' must be of type 'I_Invokable', not 'ling.Integer'."},
+    {"Option", native(kOption), {"x"}, "x"},
+    {"NoOption", native(kOption), {Any()}, "none"},
+    {"WrongOption",
+     native(kOption),
+     {1},
+     "error: Argument 'a' of 'f' must be of type 'Option<String>', not 'ling.Integer'."},
+    {"Nested", native(kNested), {List_Generic{List_Generic{1}, Tuple_Generic{2, 3}}}, "[[1], [2, 3]]"},
+    {"Document", native(kDocument), {Map_Generic{{"a", 1}}}, "1"},
+    {"Typed", native(kTyped), {List_Generic{"a", "b"}, Map_Generic{{"a", 1}, {"b", 2}}}, "3"},
+    {"TypedItem",
+     native(kTyped),
+     {List_Generic{1}, Map_Generic()},
+     "error: Unable to cast a value of class 'ling.Integer' to 'ling.String'."},
+    {"TypedValue", native(kTyped), {List_Generic{"a"}, Map_Generic()}, "error: Key not found: a."},
+    {"None",
+     native([](None) { return "yes"; }),
+     {1},
+     "error: Argument 'a' of 'f' must be of type 'None', not 'ling.Integer'."},
+    {"Union",
+     native([](const Union<String, Integer>& value) { return value; }),
+     {1.5},
+     "error: Argument 'a' of 'f' must be of type 'String|Integer', not 'ling.Float'."},
+};
+LING_TABLE(Conversion, ::testing::Test, kConversionRows);
+
 TEST_P(Conversion, TakesWhatFitsAndNamesWhatDoesNot) {
     EXPECT_EQ(textOf(call(GetParam().function, GetParam().arguments)), GetParam().outcome);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, Conversion,
-    ::testing::Values(
-        ConversionCase{"Float", native(kHalf), {3}, "1.5"},
-        ConversionCase{"SmallInteger", native([](signed char c) { return c; }), {-128}, "-128"},
-        ConversionCase{"IntegerThatDoesNotFit",
-                       native([](unsigned char c) { return c; }),
-                       {256},
-                       "error: Argument 'a' of 'f' must be of type 'Integer', not 'ling.Integer'."},
-        ConversionCase{"LargeResult", native([] { return ~std::uint64_t(0); }), {}, "18446744073709551615"},
-        ConversionCase{
-            "LargestIntegerStaysOne", native([] { return std::uint64_t(1) << 62; }), {}, "4611686018427387904"},
-        ConversionCase{"Vector", native(kJoin), {List_Generic{"a", "b"}, "-"}, "a-b"},
-        ConversionCase{"VectorOfASet", native(kJoin), {Set_Generic{"a"}, ""}, "a"},
-        ConversionCase{"TextIsNoVector",
-                       native(kJoin),
-                       {"ab", "-"},
-                       "error: Argument 'a' of 'f' must be of type 'I_Iterable<String>', not 'ling.String'."},
-        ConversionCase{"WrongItem",
-                       native(kJoin),
-                       {List_Generic{"a", 2}, "-"},
-                       "error: Argument 'a' of 'f' must be of type 'I_Iterable<String>', not 'ling.List'. / Item 1 "
-                       "must be of type 'String', not 'ling.Integer'."},
-        ConversionCase{"Rest", native(kSum), {1, 2, 0.5}, "3.5"}, ConversionCase{"EmptyRest", native(kSum), {}, "0.0"},
-        ConversionCase{"WrongRest",
-                       native(kSum),
-                       {1, "x"},
-                       "error: Argument 'a' of 'f' must be of type 'Float', not 'ling.String'."},
-        ConversionCase{"Callback", native(kApply), {lengthOf(), 4}, "42"},
-        ConversionCase{"FailingCallback", native(kApply), {lengthOf(), -4}, "error: Negative: -4"},
-        ConversionCase{"CallbackOfAnotherType",
-                       native(kApply),
-                       {make_function("g", "", [](const Any&, const Any&) { return "text"; }), 1},
-                       "error: Unable to cast a value of class 'ling.String' to 'Integer'."},
-        ConversionCase{"NoCallback",
-                       native(kApply),
-                       {3, 1},
-                       "error: Argument 'a' of 'f' must be of type 'I_Invokable', not 'ling.Integer'."},
-        ConversionCase{"Option", native(kOption), {"x"}, "x"},
-        ConversionCase{"NoOption", native(kOption), {Any()}, "none"},
-        ConversionCase{"WrongOption",
-                       native(kOption),
-                       {1},
-                       "error: Argument 'a' of 'f' must be of type 'Option<String>', not 'ling.Integer'."},
-        ConversionCase{
-            "Nested", native(kNested), {List_Generic{List_Generic{1}, Tuple_Generic{2, 3}}}, "[[1], [2, 3]]"},
-        ConversionCase{"Document", native(kDocument), {Map_Generic{{"a", 1}}}, "1"},
-        ConversionCase{"Typed", native(kTyped), {List_Generic{"a", "b"}, Map_Generic{{"a", 1}, {"b", 2}}}, "3"},
-        ConversionCase{"TypedItem",
-                       native(kTyped),
-                       {List_Generic{1}, Map_Generic()},
-                       "error: Unable to cast a value of class 'ling.Integer' to 'ling.String'."},
-        ConversionCase{"TypedValue", native(kTyped), {List_Generic{"a"}, Map_Generic()}, "error: Key not found: a."},
-        ConversionCase{"None",
-                       native([](None) { return "yes"; }),
-                       {1},
-                       "error: Argument 'a' of 'f' must be of type 'None', not 'ling.Integer'."},
-        ConversionCase{"Union",
-                       native([](const Union<String, Integer>& value) { return value; }),
-                       {1.5},
-                       "error: Argument 'a' of 'f' must be of type 'String|Integer', not 'ling.Float'."}),
-    [](const auto& row) { return row.param.name; });
 
 TEST(NativeFunction, DeclaresDefaultsAndNameOnlyParameters) {
     const FunctionCL_Generic function = make_function("price", {"net", {"tax", 19}, "*", {"currency", "EUR"}},
@@ -166,10 +158,9 @@ struct TypeRow {
 template <class T>
 TypeRow typeRow(const char* cpp) {
     std::string taken;
-    if constexpr (requires { internal::native_parameter<T>::declaredType(); } &&
-                  (internal::readable<T> || internal::is_rest<T>))
-        taken = internal::native_parameter<T>::declaredType().toString().toStdString();
-    return {cpp, taken, internal::given_type<T>().toString().toStdString()};
+    if constexpr (requires { native_parameter<T>::declaredType(); } && (readable<T> || is_rest<T>))
+        taken = native_parameter<T>::declaredType().toString().toStdString();
+    return {cpp, taken, given_type<T>().toString().toStdString()};
 }
 #define LING_TYPE_ROW(...) typeRow<__VA_ARGS__>(#__VA_ARGS__)
 
@@ -269,11 +260,11 @@ std::shared_ptr<Counter>& kept() {
 
 const Class_Generic& counterClass() {
     static const Class_Generic& cls = *new Class_Generic([] {
-        (void)native_class<Named>("Named", "peers")
+        (void)ling::native_class<Named>("Named", "peers")
             .property("label", &Named::label)
             .method("shout", &Named::shout)
             .build();
-        return *native_class<Counter>("Counter", "peers")
+        return *ling::native_class<Counter>("Counter", "peers")
                     .inherits<Named>()
                     .constructor<long>({{"start", 5}})
                     .method("add", &Counter::add, "amount")
@@ -356,13 +347,13 @@ TEST(NativeClass, ADerivedClassOfAScriptStartsTheObjectOfItsBase) {
 }
 
 TEST(NativeClass, ABuildThatFailsSaysSo) {
-    EXPECT_EQ(textOf(native_class<Counter>("Again", "peers").build().toAny()),
+    EXPECT_EQ(textOf(ling::native_class<Counter>("Again", "peers").build().toAny()),
               "error: The C++ class of 'Again' is bound already.");
     struct Other {};
-    EXPECT_EQ(textOf(native_class<Other>("Counter", "peers").build().toAny()),
+    EXPECT_EQ(textOf(ling::native_class<Other>("Counter", "peers").build().toAny()),
               "error: The name 'peers.Counter' is taken.");
     struct Derived : Unbound {};
-    EXPECT_EQ(textOf(native_class<Derived>("Derived", "").inherits<Unbound>().build().toAny()),
+    EXPECT_EQ(textOf(ling::native_class<Derived>("Derived", "").inherits<Unbound>().build().toAny()),
               "error: A base of 'Derived' is not bound yet.");
     class_builder builder("Circle", "");
     builder.parent(builder.unfinished()).build();
@@ -377,4 +368,4 @@ TEST(Lookup, FunctionsAndLanguagesAreFoundByName) {
 }
 
 }  // namespace
-}  // namespace ling
+}  // namespace ling::testing

@@ -1,6 +1,5 @@
-#include "runtime/support/live_objects.h"
-#include "runtime/support/small_stack.h"
 #include "runtime/support/values.h"
+#include "support/small_stack.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,7 +18,7 @@ int sign(std::int64_t order) { return order < 0 ? -1 : order > 0 ? 1 : 0; }
 
 int ordered(const Any& a, const Any& b) { return sign(compare_objects(a, b)); }
 
-Any decimal(const char16_t* text) { return Decimal::fromString(text); }
+Any decimal(std::string_view text) { return Decimal::fromString(String(text)); }
 
 Any mapOf(std::vector<std::pair<Any, Any>> pairs) { return Map_Generic(pairs); }
 Any setOf(std::vector<Any> items) { return Set_Generic(items); }
@@ -29,218 +28,141 @@ String slice(std::u16string_view units) {
     return String(std::u16string(50, u'-') + std::u16string(units)).sliced(50, Any(units.size()));
 }
 
-struct OrderCase {
-    const char* name;
-    std::function<Any()> a;
-    std::function<Any()> b;
-    int order;
+/// Numbers of every kind, in their order; those of a row are equal.
+const std::vector<std::vector<Any>> kNumbers = {
+    {-kInfinity, decimal("-Infinity")},
+    {decimal("-1E+999999999"), decimal("-10E+999999998")},
+    {decimal("-9223372036854775809")},
+    {kSmallest, -0x1p63, decimal("-9223372036854775808")},
+    {decimal("-100.001")},
+    {-100, -100.0, decimal("-1E+2"), decimal("-100.0")},
+    {-2.75, decimal("-2.75")},
+    {-1, -1.0, decimal("-1")},
+    {decimal("-1E-999999999")},
+    {0, 0.0, -0.0, decimal("-0"), decimal("0.00"), decimal("0E+999999999")},
+    {decimal("1E-999999999")},
+    {5e-324},
+    {0x1p-100, decimal("7.8886090522101180541172856528278622967320643510902300477027893066406250E-31")},
+    {decimal("0.1")},
+    {0.1, decimal("0.1000000000000000055511151231257827021181583404541015625")},
+    {0.5, decimal("0.5")},
+    {1, 1.0, decimal("1.00"), decimal("10E-1")},
+    {decimal("1.1"), decimal("1.10")},
+    {1.5},
+    {10, decimal("1E+1")},
+    {std::int64_t{1} << 53, 0x1p53},
+    {(std::int64_t{1} << 53) + 1, decimal("9007199254740993")},
+    {decimal("9007199254740993.1")},
+    {2305843009213693951, decimal("2305843009213693951")},
+    {kLargest, decimal("9223372036854775807")},
+    {0x1p63, decimal("9223372036854775808")},
+    {1e22, decimal("1E+22")},
+    {0x1p100, decimal("1267650600228229401496703205376")},
+    {std::numeric_limits<double>::max()},
+    {decimal("1E+999999999")},
+    {kInfinity, decimal("Infinity")},
+    {kNaN, std::copysign(kNaN, -1.0), decimal("NaN"), decimal("-NaN"), decimal("NaN7"), decimal("sNaN")},
 };
 
-template <class T>
-std::function<Any()> just(const T& value) {
-    return [value] { return Any(value); };
+TEST(Numbers, CompareByValueWhateverTheirKinds) {
+    for (std::size_t i = 0; i < kNumbers.size(); ++i)
+        for (std::size_t j = 0; j < kNumbers.size(); ++j)
+            for (const Any& a : kNumbers[i])
+                for (const Any& b : kNumbers[j]) {
+                    ASSERT_EQ(ordered(a, b), i < j ? -1 : i > j ? 1 : 0) << shown(a) << " and " << shown(b);
+                    ASSERT_TRUE(i != j || hash_of(a) == hash_of(b)) << shown(a) << " and " << shown(b);
+                    ASSERT_EQ(shown(mapOf({{a, 1}}).callMethod("contains", {b})), i == j ? "true" : "false");
+                }
 }
 
-std::vector<OrderCase> numberCases() {
-    return {
-        {"Integers", just(2), just(10), -1},
-        {"EndsOfTheRange", just(kLargest), just(kSmallest), 1},
-        {"IntegerAndFloat", just(1), just(1.0), 0},
-        {"IntegerBelowFraction", just(1), just(1.5), -1},
-        {"NegativeFraction", just(-1), just(-1.5), 1},
-        {"NoRoundingUp", just((std::int64_t{1} << 53) + 1), just(9007199254740992.0), 1},
-        {"LargestIsBelow2To63", just(kLargest), just(0x1p63), -1},
-        {"SmallestIsMinus2To63", just(kSmallest), just(-0x1p63), 0},
-        {"AboveEveryInteger", just(kLargest), just(kInfinity), -1},
-        {"BelowEveryInteger", just(kSmallest), just(-kInfinity), 1},
-        {"Zeros", just(0.0), just(-0.0), 0},
-        {"IntegerZero", just(0), just(-0.0), 0},
-        {"NaNIsItself", just(kNaN), just(kNaN), 0},
-        {"NaNOfOtherBits", just(kNaN), just(std::copysign(kNaN, -1.0)), 0},
-        {"NaNIsAboveInfinity", just(kNaN), just(kInfinity), 1},
-        {"NaNIsAboveIntegers", just(kNaN), just(kLargest), 1},
-        {"NaNOfDecimals", just(kNaN), just(decimal(u"NaN")), 0},
-        {"NaNIsAboveDecimals", just(decimal(u"1E+999")), just(kNaN), -1},
-        {"DecimalNaNIsAboveIntegers", just(5), just(decimal(u"NaN")), -1},
-        {"DecimalsByValue", just(decimal(u"1.10")), just(decimal(u"1.1")), 0},
-        {"DecimalAndInteger", just(decimal(u"10E-1")), just(1), 0},
-        {"DecimalBeyondIntegers", just(kLargest), just(decimal(u"9223372036854775808")), -1},
-        {"DecimalAndItsFloat", just(decimal(u"0.5")), just(0.5), 0},
-        {"DecimalAndNoFloat", just(decimal(u"0.1")), just(0.1), -1},
-        {"DecimalInfinity", just(decimal(u"Infinity")), just(kInfinity), 0},
-        {"BooleanIsNoNumber", just(true), just(1), -1},
-        {"Booleans", just(false), just(true), -1},
-    };
+/// What is equal is one key of a map where it is immutable; containers are the keys that they are.
+const struct OrderCase {
+    const char* name;
+    Any a;
+    Any b;
+    int order;
+    bool isOneKey = order == 0;
+} kPairs[] = {
+    {"BooleanIsNoNumber", true, 1, -1},
+    {"Booleans", false, true, -1},
+    {"IntegersOfOneHash", 7, 7 + ((std::int64_t{1} << 61) - 1), -1},
+    {"NoneIsNone", Any(), Any(), 0},
+    {"NoneAndUndefined", Any(), Undefined(), -1},
+    {"NoneAndFalse", Any(), false, -1},
+    {"Texts", text(u"a"), text(u"b"), -1},
+    {"EqualTexts", text(u"ab"), String("a") + String("b"), 0},
+    {"EmptyText", String(), text(u"a"), -1},
+    {"EmptyTextAndBytes", String(), ByteArray(), -1},
+    {"TextsByUnits", text(u"\uFFFD"), text(u"\U0001F600"), 1},
+    {"NulInside", text({u"a\0b", 3}), text({u"a\0a", 3}), 1},
+    {"LoneSurrogates", text({u"\xD800", 1}), text({u"\xD801", 1}), -1},
+    {"LongSlice", slice(std::u16string(100, u'x')), text(std::u16string(100, u'x')), 0},
+    {"Bytes", ByteArray("\xFF"), ByteArray("a"), 1},
+    {"EqualBytes", ByteArray("a"), ByteArray("a"), 0},
+    {"BytesAreNoText", ByteArray("a"), text(u"a"), 1},
+    {"Tuples", tupleOf(1, 2), tupleOf(1, 3), -1},
+    {"ShorterTuple", tupleOf(1), tupleOf(1, Any()), -1},
+    {"EqualTuples", tupleOf(1, tupleOf(tupleOf(tupleOf(1)))), tupleOf(1.0, tupleOf(tupleOf(tupleOf(1.0)))), 0},
+    {"LongTuples", Tuple_Generic(std::vector<Any>(100, 1)), Tuple_Generic(std::vector<Any>(100, 1.0)), 0},
+    {"LongAndLonger", Tuple_Generic(std::vector<Any>(100, 1)), Tuple_Generic(std::vector<Any>(101, 1)), -1},
+    {"Lists", listOf(1, listOf(2)), listOf(1, listOf(3)), -1},
+    {"EqualLists", listOf(1, listOf()), listOf(1, listOf()), 0, false},
+    {"TuplesOfLists", tupleOf(listOf(1)), tupleOf(listOf(1)), 0, false},
+    {"ListIsNoTuple", listOf(1), tupleOf(1), 1},
+    {"MapsInAnyOrder", mapOf({{1, 2}, {3, 4}}), mapOf({{3, 4}, {1, 2}}), 0, false},
+    {"SmallerMap", mapOf({{9, 9}}), mapOf({{1, 2}, {3, 4}}), -1},
+    {"MapsWithin", mapOf({{1, listOf(2)}}), mapOf({{1, listOf(2)}}), 0, false},
+    {"Sets", setOf({1, 2}), setOf({2, 1}), 0, false},
+    {"LargerSet", setOf({1, 2, 3}), setOf({4, 5}), 1},
+    {"Dates", Date(2024, 2, 29), Date(2024, 3, 1), -1},
+    {"EqualDates", Date(2024, 2, 29), Date(2024, 2, 29), 0},
+    {"LazyIsItsValue", Lazy_Generic([] { return Any(5); }), 5, 0},
+    {"WithinLists", listOf(Lazy_Generic([] { return Any(5); })), listOf(5), 0, false},
+    {"Types", String::getType(), String::getType(), 0},
+};
+LING_TABLE(Comparison, LiveObjects, kPairs);
+
+TEST_P(Comparison, OrdersBothWaysAndTellsKeysApart) {
+    const auto& [name, a, b, order, isOneKey] = GetParam();
+    EXPECT_EQ(ordered(a, b), order);
+    EXPECT_EQ(ordered(b, a), -order);
+    EXPECT_EQ(ordered(tupleOf(a), tupleOf(b)), order);
+    for (const auto& [first, second] : {std::pair(a, b), std::pair(b, a)}) {
+        const Map_Generic map;
+        map.set(first, 1);
+        EXPECT_EQ(shown(map.contains(first)), "true");
+        EXPECT_EQ(shown(map.contains(second)), isOneKey ? "true" : "false");
+        map.set(second, 2);
+        EXPECT_EQ(map.size(), isOneKey ? 1u : 2u);
+        const Set_Generic set;
+        EXPECT_EQ(shown(set.insert(first)), "true");
+        EXPECT_EQ(shown(set.insert(second)), isOneKey ? "false" : "true");
+        EXPECT_EQ(shown(set.remove(second)), "true");
+        EXPECT_EQ(shown(set.contains(first)), isOneKey ? "false" : "true");
+    }
 }
-
-std::vector<OrderCase> contentCases() {
-    return {
-        {"NoneIsNone", just(Any()), just(Any()), 0},
-        {"NoneAndUndefined", just(Any()), just(Undefined()), -1},
-        {"Texts", just(text(u"a")), just(text(u"b")), -1},
-        {"EqualTexts", just(text(u"ab")), [] { return String("a") + String("b"); }, 0},
-        {"EmptyText", just(String()), just(text(u"a")), -1},
-        {"TextsByUnits", just(text(u"\uFFFD")), just(text(u"\U0001F600")), 1},
-        {"NulInside", just(text({u"a\0b", 3})), just(text({u"a\0a", 3})), 1},
-        {"LongSlice", [] { return slice(std::u16string(100, u'x')); }, just(text(std::u16string(100, u'x'))), 0},
-        {"Bytes", just(ByteArray("\xFF")), just(ByteArray("a")), 1},
-        {"BytesAreNoText", just(ByteArray("a")), just(text(u"a")), 1},
-        {"Tuples", just(tupleOf(1, 2)), just(tupleOf(1, 3)), -1},
-        {"ShorterTuple", just(tupleOf(1)), just(tupleOf(1, Any())), -1},
-        {"EqualTuples", just(tupleOf(1, u"x")), just(tupleOf(1.0, u"x")), 0},
-        {"Lists", just(listOf(1, listOf(2))), just(listOf(1, listOf(3))), -1},
-        {"EqualLists", just(listOf(1, listOf())), just(listOf(1, listOf())), 0},
-        {"ListIsNoTuple", just(listOf(1)), just(tupleOf(1)), 1},
-        {"MapsInAnyOrder",
-         [] {
-             return mapOf({{1, 2}, {3, 4}});
-         },
-         [] {
-             return mapOf({{3, 4}, {1, 2}});
-         },
-         0},
-        {"SmallerMap",
-         [] {
-             return mapOf({{9, 9}});
-         },
-         [] {
-             return mapOf({{1, 2}, {3, 4}});
-         },
-         -1},
-        {"MapsWithin",
-         [] {
-             return mapOf({{1, listOf(2)}});
-         },
-         [] {
-             return mapOf({{1, listOf(2)}});
-         },
-         0},
-        {"Sets",
-         [] {
-             return setOf({1, 2});
-         },
-         [] {
-             return setOf({2, 1});
-         },
-         0},
-        {"LargerSet",
-         [] {
-             return setOf({1, 2, 3});
-         },
-         [] {
-             return setOf({4, 5});
-         },
-         1},
-        {"Dates", just(Date(2024, 2, 29)), just(Date(2024, 3, 1)), -1},
-        {"LazyIsItsValue", [] { return Lazy_Generic([] { return Any(5); }); }, just(5), 0},
-        {"WithinLists", [] { return listOf(Lazy_Generic([] { return Any(5); })); }, just(listOf(5)), 0},
-        {"Types", [] { return String::getType(); }, [] { return String::getType(); }, 0},
-    };
-}
-
-class Comparison : public LiveObjectsOf<::testing::TestWithParam<OrderCase>> {};
-
-TEST_P(Comparison, OrdersBothWays) {
-    const Any a = GetParam().a();
-    const Any b = GetParam().b();
-    EXPECT_EQ(ordered(a, b), GetParam().order);
-    EXPECT_EQ(ordered(b, a), -GetParam().order);
-    EXPECT_EQ(ordered(tupleOf(a), tupleOf(b)), GetParam().order);
-}
-
-// The values of the cases live as long as the process, so they count as alive from the start.
-INSTANTIATE_TEST_SUITE_P(Numbers, Comparison, ::testing::ValuesIn(numberCases()),
-                         [](const auto& row) { return row.param.name; });
-INSTANTIATE_TEST_SUITE_P(Contents, Comparison, ::testing::ValuesIn(contentCases()),
-                         [](const auto& row) { return row.param.name; });
 
 /// Values of every kind, with several that are equal to each other.
 std::vector<Any> corpus() {
-    const Class_Generic plain = internal::defclass_impl("Plain", "").build();
+    const Class_Generic plain = defclass_impl("Plain", "").build();
     const Class_Generic key =
         keyClass([](const Any&, const Any&) { return Any(-1); }, [](const Any&) { return Any(1); });
     const List_Generic shared = listOf(1);
-    std::vector<Any> values{Any(),
-                            Undefined(),
-                            Any(false),
-                            Any(true),
-                            Any(0),
-                            Any(0.0),
-                            Any(-0.0),
-                            decimal(u"-0"),
-                            decimal(u"0E+9"),
-                            Any(1),
-                            Any(1.0),
-                            decimal(u"1.00"),
-                            Any(-1),
-                            Any(0.5),
-                            decimal(u"0.5"),
-                            Any(0.1),
-                            decimal(u"0.1"),
-                            Any(kLargest),
-                            Any(kSmallest),
-                            Any(0x1p63),
-                            Any(-0x1p63),
-                            decimal(u"9223372036854775808"),
-                            Any(0x1p53),
-                            Any((std::int64_t{1} << 53) + 1),
-                            Any(kInfinity),
-                            Any(-kInfinity),
-                            decimal(u"Infinity"),
-                            decimal(u"-Infinity"),
-                            Any(kNaN),
-                            Any(std::copysign(kNaN, -1.0)),
-                            decimal(u"NaN"),
-                            decimal(u"1E+999999999"),
-                            Any(5e-324),
-                            String(),
-                            text(u"1"),
-                            text(u"a"),
-                            slice(std::u16string(80, u'a')),
-                            text(std::u16string(80, u'a')),
-                            text({u"a\0", 2}),
-                            text(std::u16string{0xD800}),
-                            ByteArray(),
-                            ByteArray("a"),
-                            ByteArray(std::string_view("\0", 1)),
-                            tupleOf(),
-                            tupleOf(Any()),
-                            tupleOf(1),
-                            tupleOf(1.0),
-                            tupleOf(tupleOf(1), u"x"),
-                            tupleOf(tupleOf(1.0), u"x"),
-                            tupleOf(kNaN),
-                            tupleOf(decimal(u"NaN")),
-                            tupleOf(true),
-                            tupleOf(shared),
-                            tupleOf(shared),
-                            listOf(),
-                            listOf(1),
-                            listOf(1.0),
-                            listOf(listOf()),
-                            shared,
-                            Date(2024, 1, 1),
-                            Date(2024, 1, 1),
-                            Date(2025, 1, 1),
-                            Time(1, 2, 3),
-                            DateTime(Date(2024, 1, 1), Time(0, 0, 0)),
-                            Error(u"x"),
-                            Error(u"x"),
-                            String::getClass(),
-                            List_Generic::getClass(),
-                            String::getType(),
-                            Any::getType(),
-                            find_module(u"ling"),
-                            plain.allocateInstance(),
-                            plain.allocateInstance(),
-                            plain,
-                            make_function("f", "", [] {}),
-                            make_function("f", "", [] {}),
-                            key.allocateInstance(),
-                            Boxed<int>(1),
-                            Boxed<int>(1),
-                            Lazy_Generic([] { return Any(1); }),
-                            Weak_Generic(String::getClass())};
+    std::vector<Any> values =
+        listOf(Any(), Undefined(), false, true, 0, -0.0, decimal("0E+9"), 1, 1.0, 0.1, decimal("0.1"), kLargest, 0x1p63,
+               decimal("9223372036854775808"), kInfinity, kNaN, decimal("NaN"), decimal("1E+999999999"), String(),
+               text(u"1"), text(u"a"), slice(std::u16string(80, u'a')), text(std::u16string(80, u'a')),
+               text({u"a\0", 2}), text(std::u16string{0xD800}), ByteArray(), ByteArray("a"),
+               ByteArray(std::string_view("\0", 1)), tupleOf(), tupleOf(Any()), tupleOf(1), tupleOf(1.0),
+               tupleOf(tupleOf(1), u"x"), tupleOf(tupleOf(1.0), u"x"), tupleOf(kNaN), tupleOf(decimal("NaN")),
+               tupleOf(true), tupleOf(shared), tupleOf(shared), listOf(), listOf(1), listOf(1.0), listOf(listOf()),
+               shared, Date(2024, 1, 1), Date(2024, 1, 1), Date(2025, 1, 1), Time(1, 2, 3),
+               DateTime(Date(2024, 1, 1), Time(0, 0, 0)), Error(u"x"), Error(u"x"), String::getClass(),
+               List_Generic::getClass(), String::getType(), Any::getType(), find_module(u"ling"),
+               plain.allocateInstance(), plain.allocateInstance(), plain, make_function("f", "", [] {}),
+               make_function("f", "", [] {}), key.allocateInstance(), Boxed<int>(1), Boxed<int>(1),
+               Lazy_Generic([] { return Any(1); }), Weak_Generic(String::getClass()))
+            .copyItems();
     return values;
 }
 
@@ -376,14 +298,13 @@ TEST_F(ComparisonOf, TheClassOfEitherSideAnswers) {
     EXPECT_EQ(ordered(self, 1), 1);
     EXPECT_EQ(ordered(1, self), -1);
     EXPECT_EQ(ordered(self, listOf()), -1);
-    EXPECT_EQ(ordered(listOf(), self), 1);
-    EXPECT_EQ(ordered(decimal(u"1"), self), 1);
+    EXPECT_EQ(ordered(decimal("1"), self), 1);
     const Any smallest = comparedBy([](const Any&, const Any&) { return Any(kSmallest); }).allocateInstance();
     EXPECT_EQ(ordered(1, smallest), 1);
 }
 
 TEST_F(ComparisonOf, AnAnswerThatIsNoIntegerDoesNotCount) {
-    for (const Any& answer : {internal::failure(u"No order."), Any(true), Any(1.0), Any(), Any(String(u"less"))}) {
+    for (const Any& answer : {failure(u"No order."), Any(true), Any(1.0), Any(), Any(String(u"less"))}) {
         const Class_Generic cls = comparedBy([answer](const Any&, const Any&) { return answer; });
         const Any a = cls.allocateInstance();
         const Any b = cls.allocateInstance();
@@ -396,7 +317,7 @@ TEST_F(ComparisonOf, AnAnswerThatIsNoIntegerDoesNotCount) {
 }
 
 TEST_F(ComparisonOf, TheOtherSideAnswersWhereOneCannot) {
-    const Any silent = comparedBy([](const Any&, const Any&) { return internal::failure(u"No."); }).allocateInstance();
+    const Any silent = comparedBy([](const Any&, const Any&) { return failure(u"No."); }).allocateInstance();
     const Any speaking = comparedBy([](const Any&, const Any&) { return Any(1); }).allocateInstance();
     EXPECT_EQ(ordered(speaking, silent), 1);
     EXPECT_EQ(ordered(silent, speaking), -1);
@@ -405,14 +326,14 @@ TEST_F(ComparisonOf, TheOtherSideAnswersWhereOneCannot) {
 TEST_F(ComparisonOf, TheDerivedClassComesFirst) {
     const Class_Generic base = comparedBy([](const Any&, const Any&) { return Any(1); });
     const Class_Generic derived =
-        internal::defclass_impl("Derived", "")
+        defclass_impl("Derived", "")
             .parent(base)
             .method(Any::$__compare__, "other", [](const Any&, const Any&) { return std::int64_t{0}; })
             .build();
     EXPECT_EQ(ordered(base.allocateInstance(), derived.allocateInstance()), 0);
     EXPECT_EQ(ordered(derived.allocateInstance(), base.allocateInstance()), 0);
     const Class_Generic silent =
-        internal::defclass_impl("Silent", "")
+        defclass_impl("Silent", "")
             .parent(base)
             .method(Any::$__compare__, "other", [](const Any&, const Any&) { return String(); })
             .build();
@@ -425,15 +346,6 @@ TEST_F(ComparisonOf, LazyAnswersCount) {
                                        [](const Any&) { return Lazy_Generic([] { return Any(12); }); });
     EXPECT_EQ(ordered(cls.allocateInstance(), 1), -1);
     EXPECT_EQ(hash_of(cls.allocateInstance()), 12);
-}
-
-TEST_F(ComparisonOf, AHashThatIsNoIntegerIsThatOfIdentity) {
-    const Class_Generic cls = keyClass([](const Any&, const Any&) { return Any(0); },
-                                       [](const Any&) { return internal::failure(u"No hash."); });
-    const Any a = cls.allocateInstance();
-    const Any b = cls.allocateInstance();
-    EXPECT_EQ(hash_of(a), hash_of(a));
-    EXPECT_NE(hash_of(a), hash_of(b));
 }
 
 TEST_F(ComparisonOf, AnObjectThatComparesItselfEnds) {
@@ -453,7 +365,7 @@ const field_ident_untyped $next("_next");
 /// Objects that compare and hash by what the next of them says.
 TEST_F(ComparisonOf, ChainsAreFollowedAsFarAsTheStackReaches) {
     const Class_Generic cls =
-        internal::defclass_impl("Link", "")
+        defclass_impl("Link", "")
             .field($next)
             .method(
                 Any::$__compare__, "other",
@@ -474,7 +386,7 @@ TEST_F(ComparisonOf, ChainsAreFollowedAsFarAsTheStackReaches) {
     onSmallStack([&] {
         const Any deep = chain(20'000, 1);
         const Any same = chain(20'000, 1);
-        const Any kTooDeep = internal::failure(u"The value is nested too deeply.");
+        const Any kTooDeep = failure(u"The value is nested too deeply.");
         EXPECT_EQ(shown(try_compare(deep, same)), shown(kTooDeep));
         EXPECT_EQ(shown(try_compare(listOf(deep), listOf(same))), shown(kTooDeep));
         EXPECT_EQ(shown(try_hash(tupleOf(deep))), shown(kTooDeep));
@@ -510,19 +422,6 @@ TEST_F(ComparisonOf, AClassMayChangeTheContainersThatAreCompared) {
     const List_Generic b = listOf(1, 1, 1);
     EXPECT_EQ(ordered(a, b), 0) << "Those items are compared that were there at first.";
     EXPECT_EQ(a.size(), 0u);
-}
-
-TEST_F(ComparisonOf, ADerivedListAnswersForItself) {
-    const Class_Generic cls =
-        internal::defclass_impl("Bag", "")
-            .parent(List_Generic::getClass())
-            .method(Any::$__compare__, "other", [](const Any&, const Any&) { return std::int64_t{0}; })
-            .build();
-    const Class_Generic silent = internal::defclass_impl("Row", "").parent(List_Generic::getClass()).build();
-    EXPECT_EQ(ordered(cls.allocateInstance(), listOf(1)), 0);
-    EXPECT_EQ(ordered(listOf(1), cls.allocateInstance()), 0);
-    EXPECT_EQ(ordered(silent.allocateInstance(), listOf()), 0);
-    EXPECT_EQ(ordered(silent.allocateInstance(), listOf(1)), -1);
 }
 
 }  // namespace

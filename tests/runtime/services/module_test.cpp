@@ -1,46 +1,23 @@
 #include "runtime/support/values.h"
 
 #include <algorithm>
-#include <atomic>
-#include <thread>
 
 namespace ling::testing {
 namespace {
-
-using internal::defclass_impl;
-using internal::register_class;
-using internal::register_function;
-using internal::register_module;
-using internal::register_property;
 
 // Modules live as long as the process, so each test uses names of its own.
 
 Any valueAt(const Any& holder, std::string_view name) { return holder.propertyValue(property_ident_untyped(name)); }
 
-struct NameCase {
-    const char* name;
-    String text;
-};
-
-class ModuleName : public ::testing::TestWithParam<NameCase> {};
-
-TEST_P(ModuleName, IsRefused) {
-    const std::string expected = "error: Invalid module name: '" + GetParam().text.toStdString() + "'.";
-    EXPECT_EQ(shown(find_or_create_module(GetParam().text)), expected);
-    EXPECT_TRUE(find_module(GetParam().text).isNone());
-    EXPECT_EQ(shown(Module::getClass()(GetParam().text)), GetParam().text.toStdString());
-    const Any made = Module::getClass()(GetParam().text);
-    EXPECT_EQ(shown(register_module(unchecked<Module>(made))), expected);
+TEST(ModuleTree, RefusesNamesWithEmptyOrBrokenParts) {
+    for (const String& name : {String(), String(u"."), String(u".a"), String(u"names."), String(u"names..b"),
+                               String(std::u16string_view(u"names\0", 6)), String(std::u16string{u'a', 0xD800})}) {
+        const std::string expected = "error: Invalid module name: '" + name.toStdString() + "'.";
+        EXPECT_EQ(shown(find_or_create_module(name)), expected);
+        EXPECT_TRUE(find_module(name).isNone());
+        EXPECT_EQ(shown(register_module(unchecked<Module>(Module::getClass()(name)))), expected);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, ModuleName,
-                         ::testing::Values(NameCase{"Empty", String()}, NameCase{"Dot", String(u".")},
-                                           NameCase{"LeadingDot", String(u".a")},
-                                           NameCase{"TrailingDot", String(u"names.")},
-                                           NameCase{"EmptyPart", String(u"names..b")},
-                                           NameCase{"Nul", String(std::u16string_view(u"names\0", 6))},
-                                           NameCase{"LoneSurrogate", String(std::u16string{u'a', 0xD800})}),
-                         [](const auto& row) { return row.param.name; });
 
 TEST(ModuleTree, MakesWhatIsMissingAbove) {
     const Any made = find_or_create_module(u"tree_a.\u00e4\U0001F600.c");
@@ -54,16 +31,6 @@ TEST(ModuleTree, MakesWhatIsMissingAbove) {
     EXPECT_TRUE(find_or_create_module(u"tree_a.\u00e4\U0001F600.c").isSameAs(made));
     EXPECT_TRUE(find_module(u"tree_a.c").isNone());
     EXPECT_TRUE(find_module(u"Tree_a").isNone());
-}
-
-TEST(ModuleTree, ListsParentsBeforeChildren) {
-    find_or_create_module(u"tree_order.b.c");
-    find_or_create_module(u"tree_order.a");
-    std::vector<String> names;
-    for (const Any& module : modules().copyItems())
-        if (unchecked<Module>(module).name().startsWith(u"tree_order"))
-            names.push_back(unchecked<Module>(module).name());
-    EXPECT_EQ(names, (std::vector<String>{u"tree_order", u"tree_order.b", u"tree_order.b.c", u"tree_order.a"}));
 }
 
 TEST(ModuleTree, GathersWhatLanguagesBind) {
@@ -104,7 +71,7 @@ TEST(ModuleTree, WhatEveryModuleHasTakesNoName) {
 TEST(ModuleTree, TakesModulesMadeElsewhere) {
     const Class_Generic cls = defclass_impl("ForeignModule", "")
                                   .parent(Module::getClass())
-                                  .classProperty(property_ident_untyped("limit"), internal::property_builder().value(7))
+                                  .classProperty(property_ident_untyped("limit"), property_builder().value(7))
                                   .build();
     const Any made = cls(u"tree_foreign.inner");
     ASSERT_TRUE(Module::cast(made));
@@ -121,27 +88,18 @@ TEST(ModuleTree, TakesModulesMadeElsewhere) {
 }
 
 TEST(ModuleTree, ThreadsThatMakeOneModuleGetOne) {
-    constexpr int kThreads = 8;
-    constexpr int kRounds = 200;
-    std::atomic<int> waiting{0};
-    std::vector<std::vector<Any>> made(kThreads);
-    std::vector<std::thread> threads;
-    for (std::vector<Any>& mine : made)
-        threads.emplace_back([&] {
-            for (int round = 0; round < kRounds; ++round) {
-                for (++waiting; waiting < kThreads * (round + 1);)
-                    std::this_thread::yield();
-                const String name = String(u"tree_race.r{}.leaf").arg(round);
-                mine.push_back(find_or_create_module(name));
-                const Module parent = find_module(name.sliced(0, name.lastIndexOf(u".")));
-                EXPECT_TRUE(valueAt(parent, "leaf").isSameAs(mine.back())) << "Found, but not linked.";
-            }
+    for (int round = 0; round < 200; ++round) {
+        const String name = String(u"tree_race{}.leaf").arg(round);
+        std::vector<Any> made(4);
+        inThreads(4, [&](int number) {
+            Any& mine = made[static_cast<std::size_t>(number)];
+            mine = find_or_create_module(name);
+            const Module parent = find_module(name.sliced(0, name.lastIndexOf(u".")));
+            EXPECT_TRUE(valueAt(parent, "leaf").isSameAs(mine)) << "Found, but not linked.";
         });
-    for (std::thread& thread : threads)
-        thread.join();
-    for (const std::vector<Any>& mine : made)
-        EXPECT_TRUE(std::equal(mine.begin(), mine.end(), made[0].begin(),
-                               [](const Any& a, const Any& b) { return a.isSameAs(b); }));
+        for (const Any& each : made)
+            ASSERT_TRUE(each.isSameAs(made[0]));
+    }
     std::vector<String> names;
     for (const Any& module : modules().copyItems())
         names.push_back(unchecked<Module>(module).name());
@@ -182,21 +140,11 @@ TEST(ModuleMembers, ClassesKnowTheirModule) {
 }
 
 TEST(ModuleMembers, OneOfManyThreadsGetsAName) {
-    constexpr int kThreads = 8;
     for (int round = 0; round < 50; ++round) {
         const std::string module = "members_race" + std::to_string(round);
-        std::atomic<int> waiting{0};
         std::atomic<int> winners{0};
-        std::vector<std::thread> threads;
-        for (int i = 0; i < kThreads; ++i)
-            threads.emplace_back([&] {
-                const Class_Generic cls = defclass_impl("Item", "").build();
-                for (++waiting; waiting < kThreads;)
-                    std::this_thread::yield();
-                winners += register_class(module, cls).isNone() ? 1 : 0;
-            });
-        for (std::thread& thread : threads)
-            thread.join();
+        inThreads(8,
+                  [&](int) { winners += register_class(module, defclass_impl("Item", "").build()).isNone() ? 1 : 0; });
         EXPECT_EQ(winners, 1);
         const std::vector<Class_Generic> classes = find_module(String(module)).classes();
         ASSERT_EQ(classes.size(), 1u);
@@ -209,42 +157,20 @@ TEST(ModuleMembers, AFunctionAndAModuleDoNotShareAName) {
         const std::string module = "members_shared" + std::to_string(round);
         const Module parent = unchecked<Module>(find_or_create_module(String(module)));
         const FunctionCL_Generic function = make_function("leaf", "", [] {});
-        std::atomic<int> waiting{0};
-        const auto meet = [&] {
-            for (++waiting; waiting < 2;)
-                std::this_thread::yield();
-        };
         Any child;
-        std::thread other([&] {
-            meet();
-            child = find_or_create_module(String(module + ".leaf"));
+        Any registered;
+        inThreads(2, [&](int number) {
+            if (number == 0)
+                child = find_or_create_module(String(module + ".leaf"));
+            else
+                registered = register_function(module, function);
         });
-        meet();
-        const Any registered = register_function(module, function);
-        other.join();
         const bool isFunction = registered.isNone();
-        ASSERT_NE(isFunction, !internal::is_error_result(child)) << "Both or none has the name.";
+        ASSERT_NE(isFunction, !is_error_result(child)) << "Both or none has the name.";
         EXPECT_TRUE(valueAt(parent, "leaf").isSameAs(isFunction ? Any(function) : child));
         EXPECT_EQ(find_module(String(module + ".leaf")).isNone(), isFunction);
         EXPECT_EQ(parent.functions().size(), isFunction ? 1u : 0u);
     }
-}
-
-TEST(ModuleMembers, PropertiesAreReadAndWritten) {
-    static std::int64_t stored = 1;
-    const Property property = internal::property_builder()
-                                  .getter([] { return stored; })
-                                  .setter([](std::int64_t value) { stored = value; })
-                                  .build();
-    EXPECT_TRUE(register_property("members_p", "size", property).isNone());
-    const Module module = find_module(u"members_p");
-    EXPECT_EQ(shown(module.setPropertyValue(property_ident_untyped("size"), 9)), "none");
-    EXPECT_TRUE(valueAt(module, "size").isSameAs(Any(9)));
-    EXPECT_TRUE(register_property("members_p", "size", property).isNone()) << "It is there already.";
-    EXPECT_EQ(shown(register_property("members_p", "size", Property::ofValue(1))),
-              "error: The name 'members_p.size' is taken.");
-    EXPECT_EQ(shown(register_property("members_p", "", property)),
-              "error: A member of the module 'members_p' needs a name.");
 }
 
 TEST(ModuleMembers, DocumentationAndMarkAreItsOwn) {
@@ -267,22 +193,19 @@ class FindClass : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
         const Class_Generic inner = defclass_impl("Inner", "").build();
-        const Class_Generic outer =
-            defclass_impl("Outer", "classes.sub")
-                .classProperty(property_ident_untyped("Inner"), internal::property_builder().value(inner))
-                .classProperty(property_ident_untyped("number"), internal::property_builder().value(5))
-                .build();
+        const Class_Generic outer = defclass_impl("Outer", "classes.sub")
+                                        .classProperty(property_ident_untyped("Inner"), property_builder().value(inner))
+                                        .classProperty(property_ident_untyped("number"), property_builder().value(5))
+                                        .build();
         // A module of another class, whose members are those of its class.
         const Class_Generic exported =
             defclass_impl("ExportedModule", "")
                 .parent(Module::getClass())
-                .classProperty(property_ident_untyped("Outer"), internal::property_builder().value(outer))
-                .classProperty(property_ident_untyped("late"), internal::property_builder().getter([outer] {
-                    return Lazy_Generic([outer] { return outer; });
-                }))
-                .classProperty(property_ident_untyped("broken"), internal::property_builder().getter([]() -> Any {
-                    return internal::failure(u"Broken.");
-                }))
+                .classProperty(property_ident_untyped("Outer"), property_builder().value(outer))
+                .classProperty(property_ident_untyped("late"),
+                               property_builder().getter([outer] { return Lazy_Generic([outer] { return outer; }); }))
+                .classProperty(property_ident_untyped("broken"),
+                               property_builder().getter([]() -> Any { return failure(u"Broken."); }))
                 .build();
         register_module(unchecked<Module>(exported(u"classes.exported")));
     }
@@ -306,8 +229,8 @@ TEST_F(FindClass, LeavesNothingBehindOfUnknownNames) {
     for (const char* function : {"bound_method", "property_value"})
         (void)unchecked<I_Invokable_Generic>(module.propertyValue(property_ident_untyped(function)))(
             module, String(u"unknownToAll2"));
-    EXPECT_EQ(internal::find_interned(std::string_view("unknownToAll1")), nullptr);
-    EXPECT_EQ(internal::find_interned(std::string_view("unknownToAll2")), nullptr);
+    EXPECT_EQ(find_interned(std::string_view("unknownToAll1")), nullptr);
+    EXPECT_EQ(find_interned(std::string_view("unknownToAll2")), nullptr);
 }
 
 TEST_F(FindClass, AnswersNoneForAnythingElse) {

@@ -1,4 +1,3 @@
-#include "runtime/support/live_objects.h"
 #include "runtime/support/values.h"
 
 namespace ling::testing {
@@ -10,20 +9,38 @@ FunctionCL_Generic echo() {
                          [](const String& path, const String& uri) { return (path + String(u"|") + uri).toUTF8(); });
 }
 
-struct UriCase {
+const struct UriCase {
     const char* name;
     const char* uri;
     const char* outcome;
+} kUris[] = {
+    {"Authority", "echo://user@host:80/a/b?q=/c#/d", "b'/a/b|echo://user@host:80/a/b?q=/c#/d'"},
+    {"NoPath", "echo://host", "b'|echo://host'"},
+    {"NoPathButQuery", "echo://host?a/b", "b'|echo://host?a/b'"},
+    {"NoAuthority", "echo:text/plain,x", "b'text/plain,x|echo:text/plain,x'"},
+    {"EmptyAuthority", "echo:///a%20b", "b'/a%20b|echo:///a%20b'"},
+    {"Nothing", "echo:", "b'|echo:'"},
+    {"UpperCase", "ECHO:a", "b'a|ECHO:a'"},
+    {"EveryKindOfUnit", "mixed+1.X-Y:a:b", "b'a:b|mixed+1.X-Y:a:b'"},
+    {"Failure", "fails:a", "error: Not there."},
+    {"NoBytes", "text:a", "error: The provider of the URI scheme 'text' gave no bytes."},
+    {"Lazy", "lazy:a", "b'late'"},
+    {"Unknown", "ech:a", "error: Unknown URI scheme: 'ech'."},
+    {"NoScheme", "echo", "error: Unknown URI scheme: ''."},
+    {"EmptyScheme", ":a", "error: Unknown URI scheme: ''."},
+    {"Empty", "", "error: Unknown URI scheme: ''."},
+    {"DigitFirst", "1echo:a", "error: Unknown URI scheme: ''."},
+    {"PathWithColon", "/echo:a", "error: Unknown URI scheme: ''."},
+    {"NotAscii", "\u00e9cho:a", "error: Unknown URI scheme: ''."},
 };
 
-class Resource : public LiveObjectsOf<::testing::TestWithParam<UriCase>> {
+class Providers : public LiveObjects {
 protected:
     static void SetUpTestSuite() {
         register_scheme_provider("echo", echo());
         register_scheme_provider("Mixed+1.x-y", echo());
-        register_scheme_provider("fails", make_function("fail", "path, uri", [](const Any&, const Any&) {
-                                     return internal::failure(u"Not there.");
-                                 }));
+        register_scheme_provider(
+            "fails", make_function("fail", "path, uri", [](const Any&, const Any&) { return failure(u"Not there."); }));
         register_scheme_provider(
             "text", make_function("text", "path, uri", [](const Any&, const Any&) { return String(u"no bytes"); }));
         register_scheme_provider("lazy", make_function("lazy", "path, uri", [](const Any&, const Any&) {
@@ -32,29 +49,9 @@ protected:
     }
 };
 
-TEST_P(Resource, GoesToTheProviderOfItsScheme) { EXPECT_EQ(shown(load_resource(GetParam().uri)), GetParam().outcome); }
+LING_TABLE(Resource, Providers, kUris);
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, Resource,
-    ::testing::Values(UriCase{"Authority", "echo://user@host:80/a/b?q=/c#/d",
-                              "b'/a/b|echo://user@host:80/a/b?q=/c#/d'"},
-                      UriCase{"NoPath", "echo://host", "b'|echo://host'"},
-                      UriCase{"NoPathButQuery", "echo://host?a/b", "b'|echo://host?a/b'"},
-                      UriCase{"NoAuthority", "echo:text/plain,x", "b'text/plain,x|echo:text/plain,x'"},
-                      UriCase{"EmptyAuthority", "echo:///a%20b", "b'/a%20b|echo:///a%20b'"},
-                      UriCase{"Nothing", "echo:", "b'|echo:'"}, UriCase{"UpperCase", "ECHO:a", "b'a|ECHO:a'"},
-                      UriCase{"EveryKindOfUnit", "mixed+1.X-Y:a:b", "b'a:b|mixed+1.X-Y:a:b'"},
-                      UriCase{"Failure", "fails:a", "error: Not there."},
-                      UriCase{"NoBytes", "text:a", "error: The provider of the URI scheme 'text' gave no bytes."},
-                      UriCase{"Lazy", "lazy:a", "b'late'"},
-                      UriCase{"Unknown", "ech:a", "error: Unknown URI scheme: 'ech'."},
-                      UriCase{"NoScheme", "echo", "error: Unknown URI scheme: ''."},
-                      UriCase{"EmptyScheme", ":a", "error: Unknown URI scheme: ''."},
-                      UriCase{"Empty", "", "error: Unknown URI scheme: ''."},
-                      UriCase{"DigitFirst", "1echo:a", "error: Unknown URI scheme: ''."},
-                      UriCase{"PathWithColon", "/echo:a", "error: Unknown URI scheme: ''."},
-                      UriCase{"NotAscii", "\u00e9cho:a", "error: Unknown URI scheme: ''."}),
-    [](const auto& row) { return row.param.name; });
+TEST_P(Resource, GoesToTheProviderOfItsScheme) { EXPECT_EQ(shown(load_resource(GetParam().uri)), GetParam().outcome); }
 
 TEST(ResourceProviders, ALaterOneReplacesTheEarlier) {
     bool dropped = false;

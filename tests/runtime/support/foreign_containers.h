@@ -20,7 +20,7 @@ inline Any wrap(const Class_Generic& cls, const Any& content) {
 
 /// Only `iter`.
 inline Class_Generic foreignIterable() {
-    return internal::defclass_impl("ForeignIterable", "")
+    return defclass_impl("ForeignIterable", "")
         .parent(I_Iterable_Generic::getClass())
         .field(kContent)
         .method(I_Iterable_Generic::$iter, "", [](const Any& self) { return contentList(self).iter(); })
@@ -30,12 +30,12 @@ inline Class_Generic foreignIterable() {
 /// Only `at` and `length`, and for a mutable sequence `set`, `appendAt` and `removeAt`.
 inline Class_Generic foreignSequence() {
     using Mutable = I_MutableSequence_Generic;
-    return internal::defclass_impl("ForeignSequence", "")
+    return defclass_impl("ForeignSequence", "")
         .parent(Mutable::getClass())
         .field(kContent)
         .method(I_Sequence_Generic::$at, "index",
                 [](const Any& self, const Any& index) -> Any { return contentList(self).at(index); })
-        .property(I_Sequence_Generic::$$length, internal::property_builder().getter([](const Any& self) {
+        .property(I_Sequence_Generic::$$length, property_builder().getter([](const Any& self) {
             return static_cast<std::int64_t>(contentList(self).size());
         }))
         .method(Mutable::$set, "index, item",
@@ -56,7 +56,7 @@ inline Class_Generic foreignSequence() {
 /// Only `get`, `contains`, `keys` and `length`, and for a mutable map `set`, `remove` and `clear`.
 inline Class_Generic foreignMap(const Class_Generic& parent = I_MutableMap_Generic::getClass()) {
     using Mutable = I_MutableMap_Generic;
-    return internal::defclass_impl("ForeignMap", "")
+    return defclass_impl("ForeignMap", "")
         .parent(parent)
         .field(kContent)
         .method(I_Map_Generic::$get, "key, default",
@@ -66,8 +66,8 @@ inline Class_Generic foreignMap(const Class_Generic& parent = I_MutableMap_Gener
         .method(I_Map_Generic::$contains, "key",
                 [](const Any& self, const Any& key) -> Any { return contentMap(self).contains(key); })
         .property(I_Map_Generic::$$keys,
-                  internal::property_builder().getter([](const Any& self) -> Any { return contentMap(self).keys(); }))
-        .property(I_Map_Generic::$$length, internal::property_builder().getter([](const Any& self) {
+                  property_builder().getter([](const Any& self) -> Any { return contentMap(self).keys(); }))
+        .property(I_Map_Generic::$$length, property_builder().getter([](const Any& self) {
             return static_cast<std::int64_t>(contentMap(self).size());
         }))
         .method(
@@ -82,11 +82,11 @@ inline Class_Generic foreignMap(const Class_Generic& parent = I_MutableMap_Gener
 /// Only `iter` and `length`, and for a mutable set `insert`, `remove` and `clear`.
 inline Class_Generic foreignSet() {
     using Mutable = I_MutableSet_Generic;
-    return internal::defclass_impl("ForeignSet", "")
+    return defclass_impl("ForeignSet", "")
         .parent(Mutable::getClass())
         .field(kContent)
         .method(I_Iterable_Generic::$iter, "", [](const Any& self) { return contentSet(self).iter(); })
-        .property(I_Set_Generic::$$length, internal::property_builder().getter([](const Any& self) {
+        .property(I_Set_Generic::$$length, property_builder().getter([](const Any& self) {
             return static_cast<std::int64_t>(contentSet(self).size());
         }))
         .method(Mutable::$insert, "item",
