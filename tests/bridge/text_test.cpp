@@ -5,12 +5,6 @@
 #include <algorithm>
 #include <string_view>
 
-using ling::String;
-using ling::python::GilGuard;
-using ling::python::PyRef;
-using ling::python::textFromPython;
-using ling::python::textToPython;
-
 namespace {
 
 class TextTest : public PythonTest {

@@ -7,11 +7,6 @@
 
 #include <string_view>
 
-using ling::python::GilGuard;
-using ling::python::PyRef;
-using ling::python::toLing;
-using ling::python::toLingByRules;
-
 namespace {
 
 constexpr const char* kClasses = R"(
@@ -83,23 +78,17 @@ constexpr Row kRows[] = {
     {"True", "true"},
     {"False", "false"},
     // Bytes.
-    {"b''", "bytes ''"},
     {"b'a\\0b'", "bytes 'a\\x00b'"},
-    {"bytearray()", "bytes ''"},
     {"bytearray(b'xyz')", "bytes 'xyz'"},
     {"DerivedBytes(b'd')", "bytes 'd'"},
-    {"DerivedBytearray(b'd')", "bytes 'd'"},
     // Decimals.
     {"decimal.Decimal('1.10')", "Decimal 1.10"},
-    {"decimal.Decimal('-0')", "Decimal -0"},
     {"decimal.Decimal('1E+5')", "Decimal 1E+5"},
     {"decimal.Decimal('123456789012345678901234567890.5')", "Decimal 123456789012345678901234567890.5"},
     {"DerivedDecimal('1.10')", "integer 1"},
     {"BadDecimalText('2.5')", "integer 2"},
     // Floats.
-    {"0.0", "integer 0"},
     {"-0.0", "integer 0"},
-    {"3.0", "integer 3"},
     {"-3.0", "integer -3"},
     {"3.5", "float 3.5"},
     {"float('nan')", "float nan"},
@@ -108,14 +97,9 @@ constexpr Row kRows[] = {
     {"1e300", "integer -9223372036854775808"},
     {"2.0 ** 63", "integer -9223372036854775808"},
     {"-(2.0 ** 63)", "integer -9223372036854775808"},
-    {"2.0 ** 62", "integer 4611686018427387904"},
-    {"5e-324", "float 5e-324"},
     {"DerivedFloat(2.5)", "float 2.5"},
     {"DerivedFloat(2.0)", "integer 2"},
     // Numbers.
-    {"0", "integer 0"},
-    {"1", "integer 1"},
-    {"-1", "integer -1"},
     {"2 ** 63 - 1", "integer 9223372036854775807"},
     {"-(2 ** 63)", "integer -9223372036854775808"},
     {"2 ** 63", "integer -1", "OverflowError: int too big to convert"},
@@ -136,40 +120,29 @@ constexpr Row kRows[] = {
     {"SystemExit(3)", "PythonProxy"},
     // Types.
     {"int", "class int"},
-    {"collections.OrderedDict", "class OrderedDict"},
     {"OfMeta", "class OfMeta"},
-    {"Meta", "class Meta"},
     // Callables.
     {"len", "FunctionPython"},
     {"lambda: 0", "FunctionPython"},
-    {"''.join", "FunctionPython"},
     {"Called()", "FunctionPython"},
     {"CallableStr('c')", "FunctionPython"},
     // Text.
-    {"''", "string ''"},
     {"'abc'", "string 'abc'"},
     {"'\\U0001f600'", "string '\U0001F600'"},
     {"DerivedStr('d')", "string 'd'"},
     {"'\\ud800'", "string ''",
      "UnicodeEncodeError: 'utf-8' codec can't encode character '\\ud800' in position 0: surrogates not allowed"},
     // Containers.
-    {"{}", "PythonProxyMapping"},
     {"collections.defaultdict(int)", "PythonProxyMapping"},
     {"DerivedDict()", "PythonProxyMapping"},
     {"types.MappingProxyType({})", "PythonProxyIterable"},
-    {"[]", "PythonProxySequence"},
-    {"()", "PythonProxySequence"},
     {"range(3)", "PythonProxySequence"},
     {"memoryview(b'a')", "PythonProxySequence"},
     {"collections.deque()", "PythonProxySequence"},
-    {"collections.UserDict()", "PythonProxySequence"},
-    {"DerivedList()", "PythonProxySequence"},
     {"Items()", "PythonProxySequence"},
     {"set()", "PythonProxySet"},
-    {"DerivedSet()", "PythonProxySet"},
     {"frozenset()", "PythonProxyIterable"},
     {"iter([])", "PythonProxyIterable"},
-    {"{}.keys()", "PythonProxyIterable"},
     {"(i for i in ())", "PythonProxyIterable"},
     {"Loop()", "PythonProxyIterable"},
     {"NoLoop()", "PythonProxyIterable"},
@@ -182,8 +155,6 @@ constexpr Row kRows[] = {
     {"Plain()", "PythonProxy"},
     {"BadClass()", "PythonProxy"},
     {"Ellipsis", "PythonProxy"},
-    {"collections", "PythonProxy"},
-    {"object()", "PythonProxy"},
 };
 
 class ToLingTest : public PythonTest {};
@@ -195,19 +166,11 @@ TEST_F(ToLingTest, TheFirstRuleThatTakesAnObjectDecides) {
         SCOPED_TRACE(row.expression);
         PyRef object = eval(row.expression);
         ASSERT_TRUE(object);
-        EXPECT_EQ(describe(toLing(object.get())), row.expected);
-        EXPECT_EQ(takePending(), row.pending);
-    }
-}
-
-TEST_F(ToLingTest, TheShortWayForCommonTypesChangesNothing) {
-    GilGuard gil;
-    define("to_ling_test_classes", kClasses);
-    for (const Row& row : kRows) {
-        SCOPED_TRACE(row.expression);
-        PyRef object = eval(row.expression);
-        EXPECT_EQ(describe(toLingByRules(object.get())), row.expected);
-        EXPECT_EQ(takePending(), row.pending);
+        // There is a short way for common types, which changes nothing.
+        for (const auto& convert : {&toLing, &toLingByRules}) {
+            EXPECT_EQ(describe(convert(object.get())), row.expected);
+            EXPECT_EQ(takePending(), row.pending);
+        }
     }
 }
 
@@ -230,37 +193,28 @@ TEST_F(ToLingTest, TakesTheLockItself) {
 
 TEST_F(ToLingTest, AProxyOrAnErrorKeepsItsObjectAliveAndNothingElseDoes) {
     GilGuard gil;
-    for (const char* expression :
-         {"[1]", "{1: 2}", "set([1])", "iter([1])", "type('C', (), {})()", "lambda: 0", "ValueError('x')"}) {
+    define("to_ling_test_classes", kClasses);
+    const std::pair<const char*, int> rows[] = {{"[1]", 1},           {"iter([1])", 1},          {"Plain()", 1},
+                                                {"lambda: 0", 1},     {"ValueError('x')", 1},    {"'text' * 50", 0},
+                                                {"b'bytes' * 50", 0}, {"2 ** 40 + 1", 0},        {"1.5 + 1e-9", 0},
+                                                {"2 ** 70", 0},       {"decimal.Decimal(1)", 0}, {"1j", 0}};
+    for (const auto& [expression, kept] : rows) {
         SCOPED_TRACE(expression);
         PyRef object = eval(expression);
         const Py_ssize_t before = Py_REFCNT(object.get());
         {
-            const ling::Any value = toLing(object.get());
-            EXPECT_EQ(Py_REFCNT(object.get()), before + 1);
+            const Any value = toLing(object.get());
+            (void)takePending();
+            EXPECT_EQ(Py_REFCNT(object.get()), before + kept);
         }
         EXPECT_EQ(Py_REFCNT(object.get()), before);
     }
 }
 
-TEST_F(ToLingTest, ValuesKeepNoReference) {
-    GilGuard gil;
-    define("to_ling_test_classes", kClasses);
-    for (const char* expression : {"'long text' * 50", "b'bytes' * 50", "2 ** 40 + 1", "1.5 + 1e-9",
-                                   "decimal.Decimal('1.5')", "datetime.datetime(2024, 2, 29)", "2 ** 70", "1j"}) {
-        SCOPED_TRACE(expression);
-        PyRef object = eval(expression);
-        const Py_ssize_t before = Py_REFCNT(object.get());
-        const ling::Any value = toLing(object.get());
-        PyErr_Clear();
-        EXPECT_EQ(Py_REFCNT(object.get()), before);
-    }
-}
-
 TEST_F(ToLingTest, AWrapperGivesBackTheVeryValue) {
-    const ling::List_Generic list{ling::Any(1), ling::Any(2)};
+    const List_Generic list{Any(1), Any(2)};
     GilGuard gil;
-    PyRef wrapper = PyRef::steal(ling::python::toPython(list));
+    PyRef wrapper = PyRef::steal(toPython(list));
     ASSERT_TRUE(wrapper);
     EXPECT_TRUE(toLing(wrapper.get()).isSameAs(list));
 }

@@ -4,12 +4,6 @@
 #include "support/describe.h"
 #include "support/python_test.h"
 
-using ling::Any;
-using ling::python::compileHelper;
-using ling::python::GilGuard;
-using ling::python::PyRef;
-using ling::python::toLing;
-
 namespace {
 
 class HelperTest : public PythonTest {};
@@ -69,7 +63,7 @@ TEST_F(HelperTest, ASyntaxErrorCarriesItsTraceback) {
 }
 
 TEST_F(HelperTest, SeesTheTopLevelModulesAndNoOthers) {
-    (void)ling::find_or_create_module("helper_test_top.inner");
+    (void)find_or_create_module("helper_test_top.inner");
     GilGuard gil;
     Any error;
     PyRef helper = PyRef::steal(compileHelper("lambda *args: sorted(n for n in globals() if n[0] != '_' )", error));

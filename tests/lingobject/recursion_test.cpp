@@ -1,6 +1,7 @@
 #include "support/python_test.h"
 #include "support/script.h"
 #include "support/small_stack.h"
+#include "support/table.h"
 
 /// Containers that hold themselves, or others as deep as memory allows, through `ling` and Python containers: whatever
 /// is asked of them comes to an end.
@@ -18,8 +19,6 @@ struct Cycle {
     friend void PrintTo(const Cycle& row, std::ostream* out) { *out << row.name; }
 };
 
-class RecursiveContainers : public PythonTest, public testing::WithParamInterface<Cycle> {};
-
 constexpr const char* kAsk = R"(
 a, b = make(), make()
 answers = [str(a), repr(a), ling.display(a), a == b, a < b, a >= b, ling.compare_objects(a, b), hash(a) == hash(a),
@@ -29,6 +28,22 @@ undo(b)
 return '\n'.join(map(str, answers))
 )";
 
+constexpr Cycle kCycles[] = {
+    {"ListInItself", "x = ling.List([1]); x.append(x)", "x.clear()", "[1, ...]", "[1, [...]]"},
+    {"ListTenTimesInItself", "x = ling.List(); x += [x] * 10", "x.clear()",
+     "[..., ..., ..., ..., ..., ..., ..., ..., ..., ...]",
+     "[[...], [...], [...], [...], [...], [...], [...], [...], [...], [...]]"},
+    {"MapInItself", "x = ling.Map(); x['s'] = x", "x.clear()", "{'s': ...}", "{'s': {...}}"},
+    {"ListThroughATuple", "x = ling.List(); x.append((x,))", "x.clear()", "[([...],)]", "[([...],)]"},
+    {"ListThroughAPythonDictionary", "x = ling.List(); x.append({1: x})", "x.clear()", "[{1: [...]}]", "[{1: [...]}]"},
+    {"ListThroughAnObject",
+     "x = ling.List(); x += [type('Holder', (), {'__repr__': lambda self: f'<{x!r}>', '__eq__': lambda *ab: True})()] "
+     "* 9",
+     "x.clear()", "[<[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>]",
+     "[<[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>]"},
+};
+LING_TABLE(RecursiveContainers, PythonTest, kCycles);
+
 TEST_P(RecursiveContainers, ShowCompareAndHash) {
     const Cycle& row = GetParam();
     const std::string make = std::string("def make():\n    ") + row.make + "\n    return x\n";
@@ -36,27 +51,6 @@ TEST_P(RecursiveContainers, ShowCompareAndHash) {
     EXPECT_EQ(script(make + undo + kAsk), std::string(row.str) + "\n" + row.repr + "\n" + row.str +
                                               "\nTrue\nFalse\nTrue\n0\nTrue\nTrue\nTrue\nTrue");
 }
-
-constexpr Cycle kCycles[] = {
-    {"ListInItself", "x = ling.List([1]); x.append(x)", "x.clear()", "[1, ...]", "[1, [...]]"},
-    {"ListTwiceInItself", "x = ling.List(); x.append(x); x.append(x)", "x.clear()", "[..., ...]", "[[...], [...]]"},
-    {"ListTenTimesInItself", "x = ling.List(); x += [x] * 10", "x.clear()",
-     "[..., ..., ..., ..., ..., ..., ..., ..., ..., ...]",
-     "[[...], [...], [...], [...], [...], [...], [...], [...], [...], [...]]"},
-    {"MapInItself", "x = ling.Map(); x['s'] = x", "x.clear()", "{'s': ...}", "{'s': {...}}"},
-    {"ListThroughATuple", "x = ling.List(); x.append((x,))", "x.clear()", "[([...],)]", "[([...],)]"},
-    {"MapThroughAPythonList", "x = ling.Map(); x['p'] = [x]", "x.clear()", "{'p': [{...}]}", "{'p': [{...}]}"},
-    {"ListThroughAPythonDictionary", "x = ling.List(); x.append({1: x})", "x.clear()", "[{1: [...]}]", "[{1: [...]}]"},
-    {"MapThroughAListAndAPythonList", "x = ling.Map(); x['l'] = ling.List([[x]])", "x.clear()", "{'l': [[{...}]]}",
-     "{'l': [[{...}]]}"},
-    {"ListThroughAnObject",
-     "x = ling.List(); x += [type('Holder', (), {'__repr__': lambda self: f'<{x!r}>', '__eq__': lambda *ab: True})()] "
-     "* 9",
-     "x.clear()", "[<[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>]",
-     "[<[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>, <[...]>]"},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, RecursiveContainers, testing::ValuesIn(kCycles),
-                         [](const auto& row) { return row.param.name; });
 
 class DeepContainers : public PythonTest {
 protected:

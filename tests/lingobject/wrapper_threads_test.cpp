@@ -3,6 +3,7 @@
 #include "support/python_test.h"
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -11,36 +12,45 @@
 
 namespace {
 
-using ling::python::GilGuard;
-using ling::python::PyRef;
-
 class WrapperThreads : public PythonTest {};
 
-/// A class of its own for each turn, and threads that wrap their first instances at once.
+/// A class whose members are declared late. Whoever asks for them gives the interpreter lock up, as an import does, and
+/// waits a while for another thread that comes to make the same type.
+class Meeting final : public internal::object_value_class {
+public:
+    Meeting() : object_value_class(u"Meeting") {
+        (void)add_parent_unsafe(Any::getClass());
+        expect_members_unsafe();
+    }
+    bool declareMembers() override {
+        PyThreadState* const state = PyGILState_Check() != 0 ? PyEval_SaveThread() : nullptr;
+        ++arrived;
+        for (int turn = 0; turn < 200 && arrived < 2; ++turn)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        if (state != nullptr)
+            PyEval_RestoreThread(state);
+        return true;
+    }
+
+private:
+    std::atomic<int> arrived = 0;
+};
+
 TEST_F(WrapperThreads, ThatWrapAClassFirstGetOneType) {
     expectValuesToStay();
-    static int turn = 0;
-    for (int round = 0; round < 50; ++round) {
-        const ling::Class_Generic cls = ling::internal::defclass_impl("Fresh" + std::to_string(turn++), "")
-                                            .method("act", "", [](const ling::Any&) { return 1; })
-                                            .build();
-        std::atomic<int> ready = 0;
-        std::vector<PyTypeObject*> types(8);
-        std::vector<std::thread> threads;
-        for (PyTypeObject*& type : types)
-            threads.emplace_back([&] {
-                const ling::Any value = cls.allocateInstance();
-                for (++ready; ready < 8;)
-                    std::this_thread::yield();
-                const GilGuard gil;
-                PyRef wrapper = PyRef::steal(ling::python::toPython(value));
-                type = Py_TYPE(wrapper.get());
-            });
-        for (std::thread& thread : threads)
-            thread.join();
-        for (PyTypeObject* type : types)
-            EXPECT_EQ(type, types[0]);
-    }
+    const Class_Generic cls = Class_Generic::adopt(new Meeting);
+    std::vector<PyTypeObject*> types(2);
+    std::vector<std::thread> threads;
+    for (PyTypeObject*& type : types)
+        threads.emplace_back([&] {
+            const Any value = cls.allocateInstance();
+            const GilGuard gil;
+            PyRef wrapper = PyRef::steal(toPython(value));
+            type = Py_TYPE(wrapper.get());
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(types[0], types[1]);
 }
 
 TEST_F(WrapperThreads, ThatDropWrappersReleaseEachValueOnce) {
@@ -54,7 +64,7 @@ TEST_F(WrapperThreads, ThatDropWrappersReleaseEachValueOnce) {
         const GilGuard gil;
         for (int i = 0; i < kWrappers; ++i) {
             const std::shared_ptr<void> end(nullptr, [&ended](void*) { ++ended; });
-            wrappers.push_back(ling::python::toPython(ling::List_Generic{ling::Boxed<Counted>(Counted{end})}));
+            wrappers.push_back(toPython(List_Generic{Boxed<Counted>(Counted{end})}));
         }
     }
     std::vector<std::thread> threads;
@@ -73,17 +83,17 @@ TEST_F(WrapperThreads, ThatDropWrappersReleaseEachValueOnce) {
 /// The last reference to a `ling` object is dropped by `ling` code, without the interpreter lock, and its end lets go
 /// of Python objects and wrappers.
 TEST_F(WrapperThreads, ThatNeverSawPythonMayEndWhatHoldsWrappers) {
-    const std::size_t before = ling::internal::live_object_count();
-    ling::List_Generic holder;
+    const std::size_t before = internal::live_object_count();
+    List_Generic holder;
     {
         const GilGuard gil;
-        PyRef inner = PyRef::steal(ling::python::toPython(ling::List_Generic{1}));
+        PyRef inner = PyRef::steal(toPython(List_Generic{1}));
         PyRef list = PyRef::steal(PyList_New(0));
         ASSERT_EQ(PyList_Append(list.get(), inner.get()), 0);
-        holder.append(ling::python::toLing(list.get()));
+        holder.append(toLing(list.get()));
     }
-    std::thread([&holder] { holder = ling::List_Generic::empty(); }).join();
-    EXPECT_EQ(ling::internal::live_object_count(), before + 1);
+    std::thread([&holder] { holder = List_Generic::empty(); }).join();
+    EXPECT_EQ(internal::live_object_count(), before + 1);
 }
 
 }  // namespace

@@ -1,17 +1,15 @@
 #include "support/python_test.h"
 #include "support/script.h"
+#include "support/table.h"
 #include "support/things.h"
 
 /// The host's modules as Python programs import them.
 
 namespace {
 
-class HostModules : public PythonTest, public testing::WithParamInterface<ScriptRow> {
+class ImportingTest : public ThingsTest {
 protected:
-    HostModules() {
-        defineThings();
-        expectValuesToStay();
-    }
+    ImportingTest() { expectValuesToStay(); }
 };
 
 /// Imported anew for each row, whatever the one before has done to them.
@@ -24,8 +22,6 @@ import things
 def outcome(statement):
     return probe(exec, statement, {}).replace('None', 'done')
 )";
-
-TEST_P(HostModules, AreImported) { EXPECT_EQ(outcome(kBefore, GetParam()), GetParam().expected); }
 
 constexpr ScriptRow kRows[] = {
     {"TheFinderStandsLast",
@@ -96,7 +92,9 @@ constexpr ScriptRow kRows[] = {
     {"DirectoryOfANameBoundByEvaluation", "[n for n in dir(host) if n in ('Thing', 'add', 'nothing')]",
      "['Thing', 'add']"},
 };
-INSTANTIATE_TEST_SUITE_P(Rows, HostModules, testing::ValuesIn(kRows), [](const auto& row) { return row.param.name; });
+LING_TABLE(HostModules, ImportingTest, kRows);
+
+TEST_P(HostModules, AreImported) { EXPECT_EQ(outcome(kBefore, GetParam()), GetParam().expected); }
 
 constexpr ScriptRow kHelp[] = {
     {"OfAModule", "ling_module()", "The object runtime as its languages see it|List = ling.List|display = "},
@@ -105,7 +103,8 @@ constexpr ScriptRow kHelp[] = {
     {"OfAFunction", "host.add", "(a: Integer, b: Integer) -> Integer|Adds two numbers."},
     {"OfAMethodOfAList", "ling.List().append", "(item)|Adds an item at the end."},
 };
-class HelpOn : public HostModules {};
+LING_TABLE(HelpOn, ImportingTest, kHelp);
+
 TEST_P(HelpOn, ShowsTheTextAndSignatureOfTheThingItself) {
     const std::string code = std::string(
                                  "import pydoc\ndef ling_module():\n    import ling\n    return ling\n"
@@ -114,6 +113,5 @@ TEST_P(HelpOn, ShowsTheTextAndSignatureOfTheThingItself) {
                              "'.split('|') if part not in text] and text";
     EXPECT_EQ(script(kBefore + code), "[]");
 }
-INSTANTIATE_TEST_SUITE_P(Rows, HelpOn, testing::ValuesIn(kHelp), [](const auto& row) { return row.param.name; });
 
 }  // namespace

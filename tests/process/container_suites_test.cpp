@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -16,9 +15,8 @@ using process::Ended;
 
 /// Where the CPython that the build found has its standard library, and where its native modules.
 std::vector<std::string> libraryOfCPython() {
-    const char* python = std::getenv("LING_TEST_PYTHON");
     process::Command command;
-    command.program = python != nullptr ? python : LING_TEST_PYTHON;
+    command.program = process::python();
     command.arguments = {"-I", "-c",
                          "import sysconfig\nprint(sysconfig.get_path('stdlib'))\n"
                          "print(sysconfig.get_path('platstdlib') + '/lib-dynload')"};

@@ -28,8 +28,8 @@ TEST(Examples, TheReportSummarisesTheOrdersThatAreShipped) {
 }
 
 TEST(Examples, ThePluginAndAnotherExtensionWorkTogether) {
-    const fs::path own = host_run::stage() / "qcomponents/qextensions";
-    const fs::path shop = host_run::stage().parent_path() / "examples/shop/extensions";
+    const fs::path own = process::stage() / "qcomponents/qextensions";
+    const fs::path shop = process::stage().parent_path() / "examples/shop/extensions";
     std::vector<std::string> arguments = {"--extensions", own.string(), "--extensions", shop.string(),
                                           (kSources / "examples/shop/report.py").string()};
     const Ended ended = process::run(process::shell(arguments));
@@ -76,8 +76,8 @@ class Workers : public testing::TestWithParam<const char*> {};
 
 TEST_P(Workers, HaveTheHostAndItsExtensionsAndItsValuesTravel) {
     const process::Folder folder;
-    const fs::path own = host_run::stage() / "qcomponents/qextensions";
-    const fs::path shop = host_run::stage().parent_path() / "examples/shop/extensions";
+    const fs::path own = process::stage() / "qcomponents/qextensions";
+    const fs::path shop = process::stage().parent_path() / "examples/shop/extensions";
     const Ended ended = process::run(process::shell({"--extensions", own.string(), "--extensions", shop.string(),
                                                      folder.write("workers.py", kWorkers).string(), GetParam()}));
     EXPECT_EQ(ended.out,

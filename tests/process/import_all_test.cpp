@@ -12,7 +12,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-using host_run::ScratchTree;
 using process::Ended;
 
 struct ModuleFile {
@@ -97,7 +96,7 @@ constexpr const char* kExpected =
     "counted: 1\n";
 
 TEST(ImportAll, ModulesThatMisbehaveAreToldOfAndNothingElseIsSeenOfThem) {
-    const ScratchTree tree;
+    const process::ScratchTree tree;
     writeModules(tree.extensions() / "site-packages");
     const process::Folder current;  // It is on the path, for the program.
     current.write("beside.py", "import sys\nsys.ran = True\n");

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "process/support/host_run.h"
+#include "process/support/process.h"
 
 /// How processes end in which Python and the host hold things of one another: on time, with status 0, and in silence.
 
@@ -9,8 +9,8 @@ namespace {
 class ExitTest : public testing::TestWithParam<const char*> {};
 
 TEST_P(ExitTest, IsHarmless) {
-    const auto extensions = host_run::stage() / "qcomponents/qextensions";
-    const host_run::Ended ended = host_run::runHost("lock_host", {GetParam(), extensions.string()});
+    const auto extensions = process::stage() / "qcomponents/qextensions";
+    const process::Ended ended = process::run(process::host("lock_host", {GetParam(), extensions.string()}));
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(ended.err, "");
     EXPECT_EQ(ended.out, "end\n");

@@ -19,7 +19,7 @@ using Lines = std::vector<std::string>;
 class Packages : public testing::Test {
 protected:
     Packages() {
-        fs::copy_file(host_run::stage() / "lingsh", tree_.path() / "lingsh");
+        fs::copy_file(process::stage() / "lingsh", tree_.path() / "lingsh");
         const fs::path packages = tree_.extensions() / "site-packages";
         const Ended made = shell({LING_TEST_SCRIPTS "/make_packages.py", packages.string()});
         EXPECT_EQ(made.status, 0) << made.err;
@@ -40,7 +40,7 @@ protected:
     Lines host(const Lines& questions) const {
         Lines arguments = {"plain", tree_.extensions().string()};
         arguments.insert(arguments.end(), questions.begin(), questions.end());
-        const Ended ended = host_run::runHost("start_host", arguments);
+        const Ended ended = process::run(process::host("start_host", arguments));
         EXPECT_EQ(ended.status, 0) << ended.err;
         EXPECT_EQ(ended.err, "");
         Lines lines = ended.lines();
@@ -48,11 +48,11 @@ protected:
         return {lines.begin() + (lines.empty() ? 0 : 1), lines.end()};
     }
 
-    host_run::ScratchTree tree_;
+    process::ScratchTree tree_;
 };
 
 TEST_F(Packages, AreImportedFromFoldersAndArchives) {
-    for (const char* name : {"plain", "packed", "squeezed"}) {
+    for (const char* name : {"plain", "packed", "squeezed", "linked"}) {
         SCOPED_TRACE(name);
         const std::string package = name;
         const std::string data = "data of " + package;
@@ -126,10 +126,10 @@ TEST_F(Packages, NativeModulesUseTheInterpreterThatRuns) {
 }
 
 TEST_F(Packages, NothingIsWrittenBesideThem) {
-    const Lines before = host_run::filesOf(tree_.extensions());
+    const Lines before = process::filesOf(tree_.extensions());
     (void)host({"call plain.answer", "call squeezed.answer"});
     EXPECT_EQ(shell({"-c", "import plain, squeezed"}).err, "");
-    EXPECT_EQ(host_run::filesOf(tree_.extensions()), before);
+    EXPECT_EQ(process::filesOf(tree_.extensions()), before);
 }
 
 }  // namespace

@@ -16,9 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 using process::Command;
 using process::contentOf;
-using process::Ended;
 using process::Folder;
-using process::run;
 using process::shell;
 using process::Terminal;
 
@@ -130,76 +128,14 @@ TEST_F(ShellConsole, SharesItsHistory) {
     EXPECT_EQ(leave(first), 0);
 }
 
-struct Leaving {
-    const char* line;
-    int status;
-};
-
 TEST_F(ShellConsole, EndsByExit) {
-    for (const Leaving& leaving :
-         {Leaving{"exit()", 0}, {"exit(5)", 5}, {"quit('bye')", 1}, {"raise SystemExit(3)", 3}}) {
+    constexpr std::pair<const char*, int> kRows[] = {{"exit()", 0}, {"quit('bye')", 1}, {"raise SystemExit(3)", 3}};
+    for (const auto& [line, status] : kRows) {
         Terminal terminal(command());
         (void)terminal.expect(">>> ");
-        terminal.type(std::string(leaving.line) + "\r");
-        EXPECT_EQ(terminal.finish().status, leaving.status) << leaving.line;
+        terminal.type(std::string(line) + "\r");
+        EXPECT_EQ(terminal.finish().status, status) << line;
     }
 }
-
-// Input that is no terminal is one program, or with -i the console's.
-struct Lines {
-    const char* name;
-    std::vector<std::string> arguments;
-    const char* input;
-    const char* out;
-    const char* err = "";
-    int status = 0;
-
-    friend void PrintTo(const Lines& lines, std::ostream* out) { *out << lines.name; }
-};
-
-const Lines kLines[] = {
-    {"Nothing", {}, "", ""},
-    {"Program", {}, "import sys\nfor x in range(2):\n    print(x)\nprint(sys.argv)\n", "0\n1\n['']\n"},
-    {"ProgramShowsNoValues", {}, "1 + 1", ""},
-    {"ProgramStopsAtAnError",
-     {},
-     "print(1)\n1 / 0\nprint(2)\n",
-     "1\n",
-     "Traceback (most recent call last):\n  File \"<stdin>\", line 2, in <module>\nZeroDivisionError: division by "
-     "zero\n",
-     1},
-    {"ConsoleOfLines",
-     {"-qi"},
-     "1 + 1\nfor x in range(2):\n    print(x)\n\nx = input()\nhello\nx\n1 / 0\nexit(6)\n",
-     "2\n0\n1\n'hello'\n",
-     ">>> >>> ... ... >>> >>> >>> Traceback (most recent call last):\n  File \"<stdin>\", line 1, in <module>\n"
-     "ZeroDivisionError: division by zero\n>>> ",
-     6},
-    {"ConsoleAfterAProgram",
-     {"-i", "-c", "import sys; x = 6; sys.exit(3)"},
-     "x * 7\n",
-     "42\n",
-     "Traceback (most recent call last):\n  File \"<string>\", line 1, in <module>\n    import sys; x = 6; "
-     "sys.exit(3)\n"
-     "                       ~~~~~~~~^^^\nSystemExit: 3\n>>> >>> \n",
-     0},
-};
-
-class ShellLines : public testing::TestWithParam<Lines> {};
-
-TEST_P(ShellLines, AreTakenWithoutATerminal) {
-    const Folder home;
-    Command command = shell(GetParam().arguments);
-    command.input = GetParam().input;
-    command.environment.emplace_back("HOME", home.path().string());
-    const Ended ended = run(command);
-    EXPECT_EQ(ended.out, GetParam().out);
-    EXPECT_EQ(ended.err, GetParam().err);
-    EXPECT_EQ(ended.status, GetParam().status);
-    EXPECT_TRUE(fs::is_empty(home.path()));
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, ShellLines, testing::ValuesIn(kLines),
-                         [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "process/support/process.h"
+#include "support/table.h"
 
 /// What the shell offers beyond `python3`: expressions, statements that return, the host's modules by name, and what
 /// it says when it is used wrongly or finds no Python.
@@ -24,6 +25,7 @@ struct Row {
     const char* out;
     const char* err = "";
     int status = 0;
+    const char* input = "";
 
     friend void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
 };
@@ -34,16 +36,12 @@ constexpr const char* kDivision =
 
 const Row kRows[] = {
     {"ExpressionNumber", {"-e", "2**10"}, "1024\n"},
-    {"ExpressionText", {"-e", "\"a\" \"b\""}, "ab\n"},
     {"ExpressionNone", {"-e", "None"}, "none\n"},
-    {"ExpressionNonAscii", {"-e", "'\xC3\xA9\xF0\x9F\x98\x80'"}, "\xC3\xA9\xF0\x9F\x98\x80\n"},
     {"NothingOfTheHostIsImportedBefore",
      {"-c", "import sys\nprint([name for name in sys.modules if name.partition('.')[0] in ('ling', 'python')])"},
      "[]\n"},
-    {"ExpressionOfTheHost", {"-e", "ling.kind_of(2.5)"}, "float\n"},
     {"ExpressionPrintsFirst", {"-e", "print('before') or 1"}, "before\n1\n"},
     {"ExpressionFails", {"-e", "1/0"}, "", kDivision, 1},
-    {"ExpressionFailsAfterPrinting", {"-e", "print('before') or 1/0"}, "before\n", kDivision, 1},
     {"ExpressionFailsWithoutText", {"-e", "next(iter(()))"}, "", "ling.StopIteration\n", 1},
     {"ExpressionSyntaxError",
      {"-e", "1 +"},
@@ -51,13 +49,10 @@ const Row kRows[] = {
      "  File \"<string>\", line 1\n    1 +\nSyntaxError: invalid syntax\n",
      1},
     {"ExpressionExits", {"-e", "exit(3)"}, "", "", 3},
-    {"ExpressionExitsDeeply", {"-e", "[exit('bye') for x in (1,)]"}, "", "bye\n", 1},
     {"ExpressionCatchesExit", {"-e", "__import__('unittest').TestCase().assertRaises(SystemExit, exit, 3)"}, "none\n"},
     {"CodeReturns", {"-c", "a = 6\nreturn a * 7"}, "42\n"},
     {"CodeReturnsNone", {"-c", "return"}, ""},
     {"CodeReturnsEarly", {"-c", "for x in range(9):\n    if x == 3:\n        return x\nprint('late')"}, "3\n"},
-    {"CodeReturnsInside", {"-c", "def f():\n    return 1\nf()"}, ""},
-    {"CodeRecursion", {"-c", "def f(n):\n    return n and n * f(n - 1) or 1\nreturn f(5)"}, "120\n"},
     {"CodeFailsBeforeReturn",
      {"-c", "x = 0\nreturn 1 / x"},
      "",
@@ -75,11 +70,6 @@ const Row kRows[] = {
     {"MissingModule", {"-m"}, "", "-m: 1 required TEXT missing\nRun with --help for more information.\n", 2},
     {"TwoModes",
      {"-e", "1", "-c", "2"},
-     "",
-     "one of FILE, -m, -c and -e is enough\nRun with --help for more information.\n",
-     2},
-    {"ExpressionAndFile",
-     {"-e", "1", "x.py"},
      "",
      "one of FILE, -m, -c and -e is enough\nRun with --help for more information.\n",
      2},
@@ -112,19 +102,47 @@ const Row kRows[] = {
      "extension, by 'pip install --target' of any CPython 3.13\n",
      1},
     {"ValueInTheOption", {"-cprint(__name__)", "--version"}, "__main__\n"},
+    // Input that is no terminal is one program, or with -i the console's.
+    {"Nothing", {}, "", "", 0, ""},
+    {"Program", {}, "0\n1\n['']\n", "", 0, "import sys\nfor x in range(2):\n    print(x)\nprint(sys.argv)\n"},
+    {"ProgramShowsNoValues", {}, "", "", 0, "1 + 1"},
+    {"ProgramStopsAtAnError",
+     {},
+     "1\n",
+     "Traceback (most recent call last):\n  File \"<stdin>\", line 2, in <module>\nZeroDivisionError: division by "
+     "zero\n",
+     1,
+     "print(1)\n1 / 0\nprint(2)\n"},
+    {"ConsoleOfLines",
+     {"-qi"},
+     "2\n0\n1\n'hello'\n",
+     ">>> >>> ... ... >>> >>> >>> Traceback (most recent call last):\n  File \"<stdin>\", line 1, in <module>\n"
+     "ZeroDivisionError: division by zero\n>>> ",
+     6,
+     "1 + 1\nfor x in range(2):\n    print(x)\n\nx = input()\nhello\nx\n1 / 0\nexit(6)\n"},
+    {"ConsoleAfterAProgram",
+     {"-i", "-c", "import sys; x = 6; sys.exit(3)"},
+     "42\n",
+     "Traceback (most recent call last):\n  File \"<string>\", line 1, in <module>\n    import sys; x = 6; "
+     "sys.exit(3)\n"
+     "                       ~~~~~~~~^^^\nSystemExit: 3\n>>> >>> \n",
+     0,
+     "x * 7\n"},
 };
 
-class ShellModes : public testing::TestWithParam<Row> {};
+LING_TABLE(ShellModes, ::testing::Test, kRows);
 
 TEST_P(ShellModes, Answer) {
-    const Ended ended = run(shell(GetParam().arguments));
+    const Folder home;
+    Command command = shell(GetParam().arguments);
+    command.environment.emplace_back("HOME", home.path().string());
+    command.input = GetParam().input;
+    const Ended ended = run(command);
+    EXPECT_TRUE(fs::is_empty(home.path())) << "There is no history without a terminal.";
     EXPECT_EQ(ended.out, GetParam().out);
     EXPECT_EQ(ended.err, GetParam().err);
     EXPECT_EQ(ended.status, GetParam().status);
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, ShellModes, testing::ValuesIn(kRows),
-                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST(ShellOptions, HelpNamesEveryMode) {
     const Ended ended = run(shell({"--help"}));
@@ -132,8 +150,6 @@ TEST(ShellOptions, HelpNamesEveryMode) {
     for (const char* part : {"FILE", "-m MODULE", "-c CODE", "-e EXPR", "--extensions DIR", "--version", "--help"})
         EXPECT_NE(ended.out.find(part), std::string::npos) << part;
 }
-
-TEST(ShellOptions, TellsTheVersionOfPython) { EXPECT_EQ(run(shell({"-V"})).out.substr(0, 12), "Python 3.13."); }
 
 TEST(ShellOptions, VersionNeedsNoExtension) {
     const Ended ended = run(shell({"--extensions", "/no/such", "--version"}));
@@ -143,16 +159,14 @@ TEST(ShellOptions, VersionNeedsNoExtension) {
 }
 
 /// A program in two files, both of which import what the host has, under Python's own tools.
-struct Tool {
+const struct Tool {
     const char* name;
     std::vector<std::string> arguments;
     const char* printed;
     const char* input = "";
 
     friend void PrintTo(const Tool& tool, std::ostream* out) { *out << tool.name; }
-};
-
-const Tool kTools[] = {
+} kTools[] = {
     {"Alone", {"program.py"}, "[1, 2] List\n"},
     {"Debugger", {"-m", "pdb", "program.py"}, "[1, 2] List\n", "c\nq\n"},
     {"Profiler", {"-m", "cProfile", "program.py"}, "[1, 2] List\n"},
@@ -162,7 +176,7 @@ const Tool kTools[] = {
     {"AFileOfTheUserWins", {"-c", "import python\nprint(python.value)"}, "mine\n"},
 };
 
-class ShellTools : public testing::TestWithParam<Tool> {};
+LING_TABLE(ShellTools, ::testing::Test, kTools);
 
 TEST_P(ShellTools, FindTheHostInEveryFile) {
     const Folder folder;
@@ -180,8 +194,6 @@ TEST_P(ShellTools, FindTheHostInEveryFile) {
     EXPECT_EQ(ended.status, 0) << ended.err;
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, ShellTools, testing::ValuesIn(kTools), [](const auto& row) { return row.param.name; });
-
 constexpr const char* kNoPython =
     "lingsh: no extension offers Python: there is no module 'ling.python' with a function 'evaluate'\n";
 
@@ -195,7 +207,7 @@ TEST(ShellExtensions, AFolderThatIsMissingIsNamed) {
 TEST(ShellExtensions, AFileThatIsNoLibraryIsNamedAndTheRestIsUsed) {
     const Folder folder;
     const fs::path broken = folder.write("a_broken.so", "no library");
-    const fs::path plugin = host_run::stage() / "qcomponents/qextensions";
+    const fs::path plugin = process::stage() / "qcomponents/qextensions";
     for (const auto& entry : fs::directory_iterator(plugin))
         fs::create_symlink(entry.path(), folder.path() / entry.path().filename());
     const Ended ended = run(shell({"--extensions", folder.path().string(), "-e", "6 * 7"}));
@@ -217,8 +229,8 @@ TEST(ShellExtensions, WithoutAnyThereIsNoPython) {
 }
 
 TEST(ShellTree, WorksWhereverItIsCopied) {
-    const host_run::ScratchTree tree(u8"a folder \u00E4\u4E2D");
-    fs::copy(host_run::stage() / "lingsh", tree.path() / "lingsh");
+    const process::ScratchTree tree(u8"a folder \u00E4\u4E2D");
+    fs::copy(process::stage() / "lingsh", tree.path() / "lingsh");
     Command command = shell({"-c", "import decimal, sys\nprint(sys.executable, decimal.Decimal('1.10'))"});
     command.program = tree.path() / "lingsh";
     command.environment.clear();
@@ -227,9 +239,38 @@ TEST(ShellTree, WorksWhereverItIsCopied) {
     EXPECT_EQ(ended.err, "");
 }
 
+/// Serves a page with a certificate of its own, and asks for it. Nothing in the environment turns the check off.
+constexpr const char* kSecure = R"(
+import http.server, ssl, sys, threading
+class Page(http.server.BaseHTTPRequestHandler):
+    def log_message(self, *arguments): pass
+    def do_GET(self):
+        self.send_response(200)
+        self.end_headers()
+        self.wfile.write(b'a page')
+context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+context.load_cert_chain(sys.argv[1])
+server = http.server.ThreadingHTTPServer(('127.0.0.1', 0), Page)
+server.socket = context.wrap_socket(server.socket, server_side=True)
+server.handle_error = lambda *arguments: None
+threading.Thread(target=server.serve_forever, daemon=True).start()
+for host in ('localhost', '127.0.0.1'):
+    try: print(ling.load_resource(f'https://{host}:{server.server_port}/').decode())
+    except RuntimeError as error: print('self-signed' in str(error), 'IP address mismatch' in str(error))
+)";
+
+TEST(ShellText, OfASecureServerNeedsACertificateThatIsTrusted) {
+    const std::string certificate = LING_TEST_SCRIPTS "/../data/untrusted_server.pem";
+    Command command = shell({"-c", kSecure, certificate});
+    command.environment.emplace_back("PYTHONHTTPSVERIFY", "0");
+    EXPECT_EQ(run(command).out, "True False\nTrue False\n");
+    command.environment.emplace_back("SSL_CERT_FILE", certificate);
+    EXPECT_EQ(run(command).out, "a page\nFalse True\n");
+}
+
 TEST(ShellText, IsWholeInEveryLocale) {
-    for (const host_run::Environment& environment :
-         {host_run::Environment{}, {{"LC_ALL", "C"}}, {{"LANG", "POSIX"}}, {{"LC_ALL", "xx_XX.ISO-8859-1"}}}) {
+    for (const process::Environment& environment :
+         {process::Environment{}, {{"LC_ALL", "C"}}, {{"LANG", "POSIX"}}, {{"LC_ALL", "xx_XX.ISO-8859-1"}}}) {
         Command command =
             shell({"-c",
                    "import locale, sys\nprint(ascii(sys.argv[1:]), sys.argv[1], '\xE2\x82\xAC', input())\n"

@@ -1,11 +1,9 @@
 #include "ling/comparison.h"
 #include "bridge/convert.h"
 #include "support/python_test.h"
+#include "support/table.h"
 
 namespace {
-
-using ling::python::GilGuard;
-using ling::python::PyRef;
 
 struct Row {
     const char* name;
@@ -30,23 +28,6 @@ class Nothing:
     __hash__ = None
 )";
 
-class ProxyComparison : public PythonTest, public testing::WithParamInterface<Row> {};
-
-TEST_P(ProxyComparison, AsksLessThenGreaterThenEqualThenTheHelper) {
-    const Row& row = GetParam();
-    ling::Any left;
-    ling::Any right;
-    {
-        GilGuard gil;
-        define("proxy_comparison_test_classes", kClasses);
-        PyRef a = eval(row.left);
-        PyRef b = eval(row.right);
-        left = ling::python::toLing(a.get());
-        right = ling::python::toLing(b.get());
-    }
-    EXPECT_EQ(ling::compare_objects(left, right), row.order);
-}
-
 constexpr Row kRows[] = {
     {"Less", "[1]", "[2]", -1},
     {"Greater", "[2]", "[1]", 1},
@@ -62,8 +43,22 @@ constexpr Row kRows[] = {
     {"HelperAsksForLessLast", "Says(lt='yes', gt=0, eq=0)", "Says()", -1},
     {"HelperEndsWithEqual", "Says(lt=0, gt=0, eq=0)", "Says()", 0},
 };
-INSTANTIATE_TEST_SUITE_P(Rows, ProxyComparison, testing::ValuesIn(kRows),
-                         [](const auto& row) { return row.param.name; });
+LING_TABLE(ProxyComparison, PythonTest, kRows);
+
+TEST_P(ProxyComparison, AsksLessThenGreaterThenEqualThenTheHelper) {
+    const Row& row = GetParam();
+    Any left;
+    Any right;
+    {
+        GilGuard gil;
+        define("proxy_comparison_test_classes", kClasses);
+        PyRef a = eval(row.left);
+        PyRef b = eval(row.right);
+        left = toLing(a.get());
+        right = toLing(b.get());
+    }
+    EXPECT_EQ(compare_objects(left, right), row.order);
+}
 
 class ProxyIdentityOrder : public PythonTest {};
 
@@ -76,13 +71,13 @@ TEST_F(ProxyIdentityOrder, HoldsWhereNothingElseDoes) {
           "(Nothing(), Nothing())", "(Says(lt=ValueError(), gt=ValueError(), eq=ValueError()), Says())"}) {
         SCOPED_TRACE(pair);
         PyRef objects = eval(pair);
-        const ling::Any left = ling::python::toLing(PyTuple_GET_ITEM(objects.get(), 0));
-        const ling::Any right = ling::python::toLing(PyTuple_GET_ITEM(objects.get(), 1));
-        const std::int64_t order = ling::compare_objects(left, right);
+        const Any left = toLing(PyTuple_GET_ITEM(objects.get(), 0));
+        const Any right = toLing(PyTuple_GET_ITEM(objects.get(), 1));
+        const std::int64_t order = compare_objects(left, right);
         EXPECT_NE(order, 0);
-        EXPECT_EQ(ling::compare_objects(left, right), order);
-        EXPECT_EQ(ling::compare_objects(right, left) < 0, order > 0);
-        EXPECT_EQ(ling::compare_objects(left, left), 0);
+        EXPECT_EQ(compare_objects(left, right), order);
+        EXPECT_EQ(compare_objects(right, left) < 0, order > 0);
+        EXPECT_EQ(compare_objects(left, left), 0);
         EXPECT_EQ(PyErr_Occurred(), nullptr);
     }
 }

@@ -1,4 +1,5 @@
 #include "bridge/convert.h"
+#include "host/boxed_object.h"
 #include "host/gil_guard.h"
 #include "ling/byte_array.h"
 #include "ling/comparison.h"
@@ -11,62 +12,30 @@
 #include "proxies/python_type.h"
 #include "support/python_test.h"
 #include "support/script.h"
+#include "support/table.h"
 #include "support/things.h"
 
-#include <atomic>
 #include <thread>
 
 namespace {
 
-using ling::python::GilGuard;
-using ling::python::PyRef;
-using ling::python::PythonProxy;
-
-struct ObjectCase {
-    const char* name;
-    const char* expression;
-};
-
 class ProxyKeys : public PythonTest {};
 
-class Identity : public PythonTest, public testing::WithParamInterface<ObjectCase> {};
-
-TEST_P(Identity, ComesBackAsTheSameObject) {
+TEST_F(ProxyKeys, AreTheSameObjectWhenTheyComeBack) {
     GilGuard gil;
-    PyRef object = eval(GetParam().expression);
-    ASSERT_TRUE(object);
-    const Py_ssize_t before = Py_REFCNT(object.get());
-    {
-        const ling::Any value = ling::python::toLing(object.get());
-        const ling::List_Generic kept{value};
-        PyRef back = PyRef::steal(ling::python::toPython(kept.at(0)));
-        EXPECT_EQ(back.get(), object.get());
+    for (const char* expression : {"[1, 2]", "{1}", "type('Plain', (), {})()", "__import__('argparse').ArgumentParser",
+                                   "(lambda a: a)", "[].append", "KeyboardInterrupt('x')"}) {
+        PyRef object = eval(expression);
+        const Py_ssize_t before = Py_REFCNT(object.get());
+        {
+            const List_Generic kept{toLing(object.get())};
+            PyRef back = PyRef::steal(toPython(kept.at(0)));
+            EXPECT_EQ(back.get(), object.get()) << expression;
+        }
+        // A class stays in the cache.
+        EXPECT_TRUE(Py_REFCNT(object.get()) == before || PyType_Check(object.get())) << expression;
     }
-    EXPECT_TRUE(Py_REFCNT(object.get()) == before || PyType_Check(object.get()));  // A class stays in the cache.
 }
-
-constexpr ObjectCase kObjects[] = {
-    {"List", "[1, 2]"},
-    {"Tuple", "(1, [2])"},
-    {"Dict", "{'a': 1}"},
-    {"Set", "{1}"},
-    {"FrozenSet", "frozenset({1})"},
-    {"Generator", "(i for i in ())"},
-    {"Module", "__import__('json')"},
-    {"PlainObject", "type('Plain', (), {})()"},
-    {"Class", "__import__('argparse').ArgumentParser"},
-    {"BuiltInClass", "int"},
-    {"Function", "(lambda a: a)"},
-    {"BoundMethod", "[].append"},
-    {"BuiltIn", "len"},
-    {"CallableInstance", "type('Callable', (), {'__call__': lambda self: 1})()"},
-    {"Ellipsis", "..."},
-    {"MemoryView", "memoryview(b'abc')"},
-    {"Interrupt", "KeyboardInterrupt('x')"},
-    {"DateSubclass", "type('D', (__import__('datetime').date,), {})(2024, 1, 1)"},
-};
-INSTANTIATE_TEST_SUITE_P(Objects, Identity, testing::ValuesIn(kObjects),
-                         [](const auto& row) { return row.param.name; });
 
 /// Each crossing makes a new proxy; as a key of `ling` containers an object is found again all the same.
 TEST_F(ProxyKeys, AreFoundByPythonsHashAndEquality) {
@@ -156,22 +125,22 @@ TEST_F(PythonTypes, BecomeClassesWithTheirOwnMembers) {
         "  sys._test_point = Point, Wrong\n"
         "Point, Wrong = sys._test_point\n");
     PyRef type = eval("Point");
-    const auto cls = ling::Class_Generic::cast(ling::python::toLing(type.get()));
+    const auto cls = Class_Generic::cast(toLing(type.get()));
     ASSERT_TRUE(cls);
     EXPECT_EQ(cls->name(), u"Point");
     EXPECT_EQ(cls->doc(), u"A point.");
     std::string methods;
-    for (const auto& method : cls->classMethods(ling::Inherited::No))
+    for (const auto& method : cls->classMethods(Inherited::No))
         methods += std::string(method.id.utf8()) + " ";
     EXPECT_EQ(methods, "move ");
-    EXPECT_TRUE(cls->propertyValue(ling::property_ident_untyped("ORIGIN")).isSameAs(ling::Any(0)));
+    EXPECT_TRUE(cls->propertyValue("ORIGIN").isSameAs(Any(0)));
     PyRef wrong = eval("Wrong");
-    const auto error = ling::Class_Generic::cast(ling::python::toLing(wrong.get()));
+    const auto error = Class_Generic::cast(toLing(wrong.get()));
     ASSERT_TRUE(error);
-    EXPECT_TRUE(error->isAncestor(ling::Error::getClass()));
+    EXPECT_TRUE(error->isAncestor(Error::getClass()));
     PyRef five = eval("5");
-    EXPECT_EQ(messageOf(ling::python::PythonType::fromPythonType(five.get())), "Not a type.");
-    EXPECT_EQ(ling::display((*cls)()), u"a point");  // Calling the class makes an instance.
+    EXPECT_EQ(messageOf(PythonType::fromPythonType(five.get())), "Not a type.");
+    EXPECT_EQ(display((*cls)()), u"a point");  // Calling the class makes an instance.
 }
 
 TEST_F(PythonTypes, ClassMethodsAreBoundToTheirType) {
@@ -191,25 +160,25 @@ class Derived(Maker): pass
     const auto classOf = [&](const char* expression) {
         GilGuard gil;
         PyRef type = eval(expression);
-        return *ling::Class_Generic::cast(ling::python::toLing(type.get()));
+        return *Class_Generic::cast(toLing(type.get()));
     };
-    const auto called = [&](const char* type, const char* method, std::initializer_list<ling::Any> arguments) {
-        return ling::display(classOf(type).callMethod(ling::method_ident_untyped(method), arguments)).toStdString();
+    const auto called = [&](const char* type, const char* method, std::initializer_list<Any> arguments) {
+        return display(classOf(type).callMethod(method_ident_untyped(method), arguments)).toStdString();
     };
     EXPECT_EQ(called("Maker", "make", {1}), "('Maker', 1, 2)");
     EXPECT_EQ(called("Derived", "make", {1}), "('Derived', 1, 2)");
     EXPECT_EQ(called("Derived", "static", {1}), "2");
-    EXPECT_EQ(called("int", "from_bytes", {ling::ByteArray(std::string_view("\1\2")), ling::String(u"big")}), "258");
-    EXPECT_EQ(called("bool", "from_bytes", {ling::ByteArray(std::string_view("\1")), ling::String(u"big")}), "true");
-    EXPECT_EQ(called("dict", "fromkeys", {ling::Tuple_Generic({5}), 6}), "{5: 6}");
+    EXPECT_EQ(called("int", "from_bytes", {ByteArray(std::string_view("\1\2")), String(u"big")}), "258");
+    EXPECT_EQ(called("bool", "from_bytes", {ByteArray(std::string_view("\1")), String(u"big")}), "true");
+    EXPECT_EQ(called("dict", "fromkeys", {Tuple_Generic({5}), 6}), "{5: 6}");
     EXPECT_EQ(called("datetime.date", "fromordinal", {1}), "0001-01-01");
-    EXPECT_EQ(called("str", "maketrans", {ling::String(u"a"), ling::String(u"b")}), "{97: 98}");
-    const ling::method_ident_untyped make("make");
-    EXPECT_TRUE(ling::method_of(classOf("Maker"), ling::method_ident_untyped("refuses")).isNone());
-    EXPECT_FALSE(ling::property_of(classOf("Maker"), ling::property_ident_untyped("make")).isNone());
-    EXPECT_TRUE(ling::property_of(classOf("int"), ling::property_ident_untyped("from_bytes")).isNone());
-    EXPECT_TRUE(ling::method_of(classOf("Derived"), make)
-                    .propertyValue(ling::I_Invokable_Generic::$$definingClass)
+    EXPECT_EQ(called("str", "maketrans", {String(u"a"), String(u"b")}), "{97: 98}");
+    const method_ident_untyped make("make");
+    EXPECT_TRUE(method_of(classOf("Maker"), method_ident_untyped("refuses")).isNone());
+    EXPECT_FALSE(property_of(classOf("Maker"), property_ident_untyped("make")).isNone());
+    EXPECT_TRUE(property_of(classOf("int"), property_ident_untyped("from_bytes")).isNone());
+    EXPECT_TRUE(method_of(classOf("Derived"), make)
+                    .propertyValue(I_Invokable_Generic::$$definingClass)
                     .isSameAs(classOf("Derived")));
 }
 
@@ -243,44 +212,51 @@ gone = weakref.ref(Broken)
 outcome = probe(call, [Broken], 'at', 0)
 del Broken
 gc.collect()
-return [outcome, gone() is None]
+import sys
+if not hasattr(sys, '_test_healed'):
+    class Once(type):
+        failed = False
+        def __getattribute__(cls, name):
+            if name == '__bases__' and not Once.failed:
+                Once.failed = True
+                raise ValueError('not yet')
+            return type.__getattribute__(cls, name)
+    class Healed(metaclass=Once): member = 5
+    sys._test_healed = probe(call, [Healed], 'at', 0), call([Healed], 'at', 0) is Healed, read(Healed, 'member')
+return [outcome, gone() is None, sys._test_healed]
 )"),
-              "['RuntimeError: no bases', True]");
+              "['RuntimeError: no bases', True, ('RuntimeError: not yet', True, 5)]");
 }
 
+/// Each of two threads is made to wait in the middle of the conversion until the other one has begun it.
 TEST_F(PythonTypes, TwoThreadsGetOneClass) {
-    runLocked(
-        "import sys\nif not hasattr(sys, '_test_raced'):\n"
-        "  class Raced: members = [object() for _ in range(100)]\n"
-        "  sys._test_raced = Raced\n");
-    std::vector<ling::Any> classes(4);
-    PyRef type;
-    {
-        GilGuard gil;
-        type = eval("sys._test_raced");
-    }
-    std::vector<std::thread> threads;
-    for (ling::Any& cls : classes)
-        threads.emplace_back([&] { cls = ling::python::toLing(type.get()); });
-    for (std::thread& thread : threads)
-        thread.join();
-    for (const ling::Any& cls : classes)
-        EXPECT_TRUE(cls.isSameAs(classes.front()));
-    GilGuard gil;
-    type = PyRef();
+    EXPECT_EQ(script(R"(
+import sys, threading
+if not hasattr(sys, '_test_raced'):
+    both = threading.Barrier(2)
+    class Meta(type):
+        def __getattribute__(cls, name):
+            if name == '__bases__':
+                try: both.wait(1)
+                except threading.BrokenBarrierError: pass
+            return type.__getattribute__(cls, name)
+    class Raced(metaclass=Meta): member = 5
+    found = []
+    work = lambda: found.append(ling.object_id(call([Raced], 'at', 0)) and ling.class_of(Raced()))
+    threads = [threading.Thread(target=work) for _ in range(2)]
+    for thread in threads: thread.start()
+    for thread in threads: thread.join()
+    sys._test_raced = [ling.is_same(*found), found[0] == found[1]]
+return sys._test_raced
+)"),
+              "[True, True]");
 }
 
-struct HostileCase {
+constexpr struct HostileCase {
     const char* name;
     const char* code;
     const char* expected;
-};
-
-class Hostile : public PythonTest, public testing::WithParamInterface<HostileCase> {};
-
-TEST_P(Hostile, EndsInAValueOrAnError) { EXPECT_EQ(script(GetParam().code), GetParam().expected); }
-
-constexpr HostileCase kHostile[] = {
+} kHostile[] = {
     {"AttributeRaises", R"(
 class X:
     def __getattr__(self, name): raise OSError(name)
@@ -313,28 +289,6 @@ class X(list):
 return probe(call, X(), 'contains', 1)
 )",
      "RuntimeError: Unable to cast a value of class 'ling.String' to 'ling.Boolean'."},
-    {"IteratorRaisesInTheMiddle", R"(
-def numbers():
-    yield 1
-    raise ValueError('second')
-return probe(call, numbers(), 'collect')
-)",
-     "RuntimeError: second"},
-    {"CompareRaises", R"(
-class X:
-    def __lt__(self, other): raise ValueError('lt')
-    def __gt__(self, other): return True
-return probe(ling.compare_objects, X(), X())
-)",
-     "1"},
-    {"EqualityRaises", R"(
-class X:
-    def __eq__(self, other): raise ValueError('eq')
-    __hash__ = object.__hash__
-a = X()
-return probe(ling.compare_objects, a, a)
-)",
-     "0"},
     {"ReprAndStrRaise", R"(
 class X:
     def __str__(self): raise ValueError('str')
@@ -350,13 +304,6 @@ class X:
 return probe(call, [X()], 'at', 0)
 )",
      "RuntimeError: no error"},
-    {"EveryNameAnswers", R"(
-class X:
-    def __getattr__(self, name): return lambda *a: name
-x = X()
-return probe(call, x, 'anything') + repr(call([x], 'at', 0) is x)
-)",
-     "'anything'True"},
     {"DescriptorRaisesThroughTheClass", R"(
 class Raises:
     def __get__(self, instance, owner): raise OSError('read through ' + owner.__name__)
@@ -384,28 +331,11 @@ class X(list):
 return probe(call, X([7]), 'at', 0) + str(X.depth)
 )",
      "750"},
-    {"MethodRemovesItself", R"(
-class X(list):
-    def append(self, value):
-        del X.append
-        super().append(value)
-x = X()
-return probe(call, x, 'append', 1) + probe(call, x, 'append', 2) + repr(x)
-)",
-     "NoneNone[1, 2]"},
     {"ErrorWithoutText", R"(
 class Silent(Exception):
     def __str__(self): raise OSError('silent')
 class X(list):
     def append(self, v): raise Silent
-return probe(call, X(), 'append', 1)
-)",
-     "RuntimeError: "},
-    {"ErrorWhoseArgumentIsNoText", R"(
-class Odd(Exception):
-    def __str__(self): return 5
-class X(list):
-    def append(self, v): raise Odd
 return probe(call, X(), 'append', 1)
 )",
      "RuntimeError: "},
@@ -416,75 +346,40 @@ return probe(call, X(), 'append', 1)
 )",
      "SystemExit: 3"},
 };
-INSTANTIATE_TEST_SUITE_P(Rows, Hostile, testing::ValuesIn(kHostile), [](const auto& row) { return row.param.name; });
+LING_TABLE(Hostile, PythonTest, kHostile);
+
+TEST_P(Hostile, EndsInAValueOrAnError) { EXPECT_EQ(script(GetParam().code), GetParam().expected); }
 
 class ProxyLifetime : public PythonTest {};
 
 TEST_F(ProxyLifetime, LastReferenceMayGoOnAThreadWithoutTheLock) {
-    ling::Any proxy;
+    Any proxy;
     runLocked("import weakref\nclass X: pass\nx = X()\nalive = weakref.ref(x)\n");
     {
         GilGuard gil;
         PyRef object = eval("x");
-        proxy = ling::python::toLing(object.get());
+        proxy = toLing(object.get());
         run("del x");
     }
     EXPECT_EQ(text("alive() is not None"), "True");
-    std::thread([taken = std::move(proxy)]() mutable { taken = ling::Any(); }).join();
+    std::thread([taken = std::move(proxy)]() mutable { taken = Any(); }).join();
     EXPECT_EQ(text("alive() is None"), "True");
 }
 
 TEST_F(ProxyLifetime, AFieldReadsTheObjectAsABoxedPointer) {
     GilGuard gil;
     PyRef object = eval("[1]");
-    const ling::Any proxy = ling::python::toLing(object.get());
+    const Any proxy = toLing(object.get());
     EXPECT_EQ(PythonProxy::pythonObject(proxy), object.get());
-    EXPECT_TRUE(proxy.fieldValue(PythonProxy::$_pyobj).is(ling::Kind::Boxed));
-    EXPECT_EQ(PythonProxy::pythonObject(ling::Any(1)), nullptr);
-    const ling::Any empty = PythonProxy::getClass().allocateInstance();
-    EXPECT_EQ(messageOf(PythonProxy::callPythonMethod(empty, ling::python::names::path)), "The object is null.");
-    EXPECT_EQ(ling::python::toPython(empty), nullptr);
-}
-
-/// Eight threads use one proxy of each class at once; each operation is whole, and nothing is lost.
-TEST_F(ProxyLifetime, EightThreadsShareProxies) {
-    constexpr int kTurns = 200;
-    ling::Any list, map, set, iterator, function;
-    {
-        GilGuard gil;
-        run("class Counter:\n  calls = 0\n  def __call__(self, by): self.calls += by\ncounter = Counter()\n");
-        auto proxy = [this](const char* expression) {
-            PyRef object = eval(expression);
-            return ling::python::toLing(object.get());
-        };
-        list = proxy("list(range(100))");
-        map = proxy("{}");
-        set = proxy("set()");
-        function = proxy("counter");
-        iterator = proxy("frozenset(range(1600))").callMethod(ling::I_Iterable_Generic::$iter);
-    }
-    std::atomic<int> stepped = 0;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t)
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < kTurns; ++i) {
-                const ling::Any item = list.callMethod(ling::I_Sequence_Generic::$at, {i % 100});
-                EXPECT_TRUE(item.isSameAs(ling::Any(i % 100)));
-                (void)list.callMethod(ling::I_MutableSequence_Generic::$append, {i});
-                (void)map.callMethod(ling::I_MutableMap_Generic::$set, {i, t});
-                (void)set.callMethod(ling::I_MutableSet_Generic::$extend, {ling::List_Generic{i, t, i}});
-                if (iterator.callMethod(ling::I_Iterator_Generic::$next).is(ling::Kind::Integer))
-                    ++stepped;
-                EXPECT_FALSE(ling::internal::is_error_result(ling::unchecked<ling::I_Invokable_Generic>(function)(0)));
-                EXPECT_NE(ling::display(map), u"");
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_TRUE(list.propertyValue(ling::I_Sequence_Generic::$$length).isSameAs(ling::Any(1700)));
-    EXPECT_TRUE(map.propertyValue(ling::I_Map_Generic::$$length).isSameAs(ling::Any(kTurns)));
-    EXPECT_TRUE(set.propertyValue(ling::I_Set_Generic::$$length).isSameAs(ling::Any(kTurns)));
-    EXPECT_EQ(stepped, 8 * kTurns);
+    EXPECT_TRUE(proxy.fieldValue(PythonProxy::$_pyobj).is(Kind::Boxed));
+    EXPECT_EQ(PythonProxy::pythonObject(Any(1)), nullptr);
+    // The object may be replaced: the field is what the proxy stands for.
+    PyRef other = eval("(5,)");
+    EXPECT_TRUE(proxy.setFieldValue(PythonProxy::$_pyobj, BoxedObject(other.get())).isNone());
+    EXPECT_EQ(PythonProxy::pythonObject(proxy), other.get());
+    const Any empty = PythonProxy::getClass().allocateInstance();
+    EXPECT_EQ(messageOf(PythonProxy::callPythonMethod(empty, names::path)), "The object is null.");
+    EXPECT_EQ(toPython(empty), nullptr);
 }
 
 }  // namespace

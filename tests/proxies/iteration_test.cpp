@@ -8,12 +8,6 @@
 
 namespace {
 
-using ling::Any;
-using ling::I_Iterable_Generic;
-using ling::I_Iterator_Generic;
-using ling::python::GilGuard;
-using ling::python::PyRef;
-
 constexpr const char* kObjects = R"(
 import array, collections
 def raising():
@@ -65,11 +59,11 @@ protected:
         GilGuard gil;
         define("proxy_iteration_test_objects", kObjects);
         PyRef object = eval(expression);
-        return ling::python::toLing(object.get());
+        return toLing(object.get());
     }
     static Any iteratorOf(const Any& iterable) { return iterable.callMethod(I_Iterable_Generic::$iter); }
     static Any next(const Any& iterator) { return iterator.callMethod(I_Iterator_Generic::$next); }
-    static bool isEnd(const Any& value) { return ling::raw_class_of(value).isSameAs(ling::StopIteration::getClass()); }
+    static bool isEnd(const Any& value) { return raw_class_of(value).isSameAs(StopIteration::getClass()); }
     /// All steps of an iteration in one line; its end is "end", or the error.
     static std::string steps(const Any& iterator, int limit = 10) {
         std::string line;
@@ -77,9 +71,9 @@ protected:
             const Any item = next(iterator);
             if (isEnd(item))
                 return line + "end";
-            if (ling::internal::is_error_result(item))
+            if (internal::is_error_result(item))
                 return line + messageOf(item);
-            line += ling::display(item).toStdString() + " ";
+            line += display(item).toStdString() + " ";
         }
         return line + "...";
     }
@@ -114,23 +108,16 @@ TEST_F(ProxyIteration, StepsAsPythonDoes) {
     }
 }
 
-constexpr Walk kNoIterators[] = {
-    {"Given(ValueError('none'))", "none"},
-    {"Given(SystemExit(3))", "The call was interrupted."},
-};
-
 TEST_F(ProxyIteration, AnIteratorThatCannotBeHadIsAnError) {
-    for (const Walk& walk : kNoIterators) {
-        SCOPED_TRACE(walk.object);
-        EXPECT_EQ(messageOf(iteratorOf(proxy(walk.object))), walk.expected);
-    }
+    EXPECT_EQ(messageOf(iteratorOf(proxy("Given(ValueError('none'))"))), "none");
+    EXPECT_EQ(messageOf(iteratorOf(proxy("Given(SystemExit(3))"))), "The call was interrupted.");
+    EXPECT_EQ(messageOf(proxy("raising()").callMethod(I_Iterable_Generic::$collect)), "third");
     EXPECT_EQ(messageOf(next(iteratorOf(proxy("Given(5)")))), "The object is not an iterator.");
-    EXPECT_EQ(messageOf(iteratorOf(ling::python::PythonProxyIterable::getClass().allocateInstance())),
-              "Invalid object.");
-    EXPECT_TRUE(isEnd(next(ling::python::PythonProxyIterator::getClass().allocateInstance())));
+    EXPECT_EQ(messageOf(iteratorOf(PythonProxyIterable::getClass().allocateInstance())), "Invalid object.");
+    EXPECT_TRUE(isEnd(next(PythonProxyIterator::getClass().allocateInstance())));
     GilGuard gil;
     PyRef plain = eval("NoIter()");
-    const Any asIterable = ling::python::PythonProxy::create(ling::python::ProxyClass::Iterable, plain.get());
+    const Any asIterable = PythonProxy::create(ProxyClass::Iterable, plain.get());
     EXPECT_EQ(messageOf(iteratorOf(asIterable)), "Missing '__iter__' method.");
     EXPECT_EQ(messageOf(asIterable.callMethod(I_Iterable_Generic::$collect)), "Missing '__iter__' method.");
 }
@@ -145,7 +132,7 @@ TEST_F(ProxyIteration, ContainersStartAnewAndGeneratorsGoOn) {
     const Any generator = proxy("(i for i in range(3))");
     const Any one = iteratorOf(generator);
     const Any other = iteratorOf(generator);
-    EXPECT_EQ(ling::display(next(one)), u"0");
+    EXPECT_EQ(display(next(one)), u"0");
     EXPECT_EQ(steps(other), "1 2 end");
     EXPECT_EQ(steps(one), "end");
 }
@@ -187,25 +174,6 @@ TEST_F(ProxyIteration, MembershipIsAskedNeverSearched) {
     }
 }
 
-TEST_F(ProxyIteration, CollectingGivesWhatTheStepsGive) {
-    for (const char* expression : {"[1, 2]", "(1, 'a')", "{1}", "frozenset([1])", "range(3)",
-                                   "collections.deque([1, 2])", "{'a': 1}.values()", "(i for i in 'ab')", "{}"}) {
-        SCOPED_TRACE(expression);
-        const Any iterable = proxy(expression);
-        if (ling::internal::is_error_result(iterable.callMethod(I_Iterable_Generic::$collect)))
-            continue;
-        const Any again = proxy(expression);
-        const auto all = ling::unchecked<I_Iterable_Generic>(again).collectImpl();
-        ASSERT_TRUE(all);
-        std::string line;
-        for (const Any& item : all->copyItems())
-            line += ling::display(item).toStdString() + " ";
-        EXPECT_EQ(line + "end", steps(iteratorOf(proxy(expression))));
-    }
-    EXPECT_EQ(messageOf(proxy("raising()").callMethod(I_Iterable_Generic::$collect)), "third");
-    EXPECT_EQ(messageOf(proxy("interrupted()").callMethod(I_Iterable_Generic::$collect)), "The call was interrupted.");
-}
-
 /// One value answers that it has no form, beside the error; an operation on all of them has the error for its result.
 TEST_F(ProxyIteration, AnItemWithoutAFormEndsWhatTakesAll) {
     const Any list = proxy("[2 ** 70, 5]");
@@ -214,38 +182,37 @@ TEST_F(ProxyIteration, AnItemWithoutAFormEndsWhatTakesAll) {
     for (const char* expression : {"[1, 2 ** 70]", "frozenset([1, 2 ** 70])", "iter((1, 2 ** 70))",
                                    "{1: 1, 2 ** 70: 1}", "collections.deque([1, 2 ** 70])"}) {
         SCOPED_TRACE(expression);
-        const ling::List_Generic target{9};
+        const List_Generic target{9};
         EXPECT_EQ(messageOf(target.extend(proxy(expression))), "int too big to convert");
         EXPECT_EQ(messageOf(target.callMethod(Any::$__add__, {proxy(expression)})), "int too big to convert");
         EXPECT_EQ(target.size(), 1u);
-        ling::iteration walk = ling::unchecked<I_Iterable_Generic>(proxy(expression)).beginImpl();
+        iteration walk = unchecked<I_Iterable_Generic>(proxy(expression)).beginImpl();
         while (walk.advance())
             EXPECT_TRUE(walk.item().isSameAs(1));
         EXPECT_EQ(messageOf(walk.error()), "int too big to convert");
     }
-    EXPECT_EQ(ling::unchecked<ling::I_Sequence_Generic>(list).at(0).asInteger(), -1);
-    EXPECT_EQ(ling::display(ling::unchecked<ling::I_Map_Generic>(map).keys()), ling::String("[-1]"));
+    EXPECT_EQ(unchecked<I_Sequence_Generic>(list).at(0).asInteger(), -1);
+    EXPECT_EQ(display(unchecked<I_Map_Generic>(map).keys()), String("[-1]"));
     // What is left beside one answer is no concern of the next operation.
-    EXPECT_TRUE(ling::unchecked<I_Iterable_Generic>(good).collectImpl());
+    EXPECT_TRUE(unchecked<I_Iterable_Generic>(good).collectImpl());
 }
 
 /// What stands on the proxy itself goes before what its class does.
 TEST_F(ProxyIteration, CollectingHonoursMembersPutOnTheProxy) {
-    const auto iterate = ling::make_method("iter", "", [](const Any&) {
-        return ling::List_Generic{8, 9}.callMethod(I_Iterable_Generic::$iter);
+    const auto iterate = make_method("iter", "", [](const Any&) {
+        return List_Generic{8, 9}.callMethod(I_Iterable_Generic::$iter);
     });
     for (const char* expression : {"frozenset([1])", "{1}"}) {
         SCOPED_TRACE(expression);
         const Any iterable = proxy(expression);
-        EXPECT_TRUE(ling::raw_insert_method(iterable, I_Iterable_Generic::$iter, iterate).isNone());
-        EXPECT_EQ(ling::display(iterable.callMethod(I_Iterable_Generic::$collect)), u"[8, 9]");
+        EXPECT_TRUE(raw_insert_method(iterable, I_Iterable_Generic::$iter, iterate).isNone());
+        EXPECT_EQ(display(iterable.callMethod(I_Iterable_Generic::$collect)), u"[8, 9]");
     }
     const Any list = proxy("[1, 2]");
-    EXPECT_TRUE(ling::raw_insert_method(
-                    list, ling::I_Sequence_Generic::$at,
-                    ling::make_method("at", "index", [](const Any&, std::int64_t index) { return index + 10; }))
+    EXPECT_TRUE(raw_insert_method(list, I_Sequence_Generic::$at,
+                                  make_method("at", "index", [](const Any&, std::int64_t index) { return index + 10; }))
                     .isNone());
-    EXPECT_EQ(ling::display(list.callMethod(I_Iterable_Generic::$collect)), u"[10, 11]");
+    EXPECT_EQ(display(list.callMethod(I_Iterable_Generic::$collect)), u"[10, 11]");
 }
 
 }  // namespace

@@ -8,13 +8,6 @@
 
 namespace {
 
-using ling::Any;
-using ling::method_ident_untyped;
-using ling::property_ident_untyped;
-using ling::String;
-using ling::python::GilGuard;
-using ling::python::PyRef;
-
 constexpr const char* kClasses = R"(
 import functools
 class Plain:
@@ -62,9 +55,9 @@ protected:
         GilGuard gil;
         define("proxy_members_test_classes", kClasses);
         PyRef object = eval(expression);
-        return ling::python::toLing(object.get());
+        return toLing(object.get());
     }
-    Any nullProxy() { return ling::python::PythonProxy::getClass().allocateInstance(); }
+    Any nullProxy() { return PythonProxy::getClass().allocateInstance(); }
 };
 
 struct Row {
@@ -94,7 +87,7 @@ TEST_F(ProxyMembers, MethodsAreThoseOfLingThenCallableAttributes) {
     for (const Row& row : kMethods) {
         SCOPED_TRACE(std::string(row.object) + "." + row.name);
         const Any object = proxy(row.object);
-        EXPECT_EQ(describe(ling::method_of(object, method_ident_untyped(row.name))), row.expected);
+        EXPECT_EQ(describe(method_of(object, method_ident_untyped(row.name))), row.expected);
     }
 }
 
@@ -119,7 +112,7 @@ constexpr Row kProperties[] = {
 TEST_F(ProxyMembers, PropertiesAreThoseOfLingThenPropertyObjects) {
     for (const Row& row : kProperties) {
         SCOPED_TRACE(std::string(row.object) + "." + row.name);
-        const ling::Property property = ling::property_of(proxy(row.object), property_ident_untyped(row.name));
+        const Property property = property_of(proxy(row.object), property_ident_untyped(row.name));
         const char* found = property.isNone() ? "none" : property.setter().isNone() ? "read-only" : "writable";
         EXPECT_STREQ(found, row.expected);
     }
@@ -127,61 +120,52 @@ TEST_F(ProxyMembers, PropertiesAreThoseOfLingThenPropertyObjects) {
 
 TEST_F(ProxyMembers, PropertiesReadAndWriteThroughPython) {
     const Any plain = proxy("Plain()");
-    EXPECT_EQ(textOf(plain.propertyValue(property_ident_untyped("readable"))), "read");
-    EXPECT_EQ(describe(plain.propertyValue(property_ident_untyped("optional"))), "integer 2");
-    EXPECT_EQ(messageOf(plain.propertyValue(property_ident_untyped("failing"))), "the getter ran");
-    EXPECT_TRUE(plain.setPropertyValue(property_ident_untyped("writable"), 5).isNone());
-    EXPECT_EQ(describe(plain.propertyValue(property_ident_untyped("writable"))), "integer 5");
-    EXPECT_EQ(messageOf(plain.setPropertyValue(property_ident_untyped("readable"), 5)), "The property is read-only.");
-    EXPECT_EQ(describe(proxy("WithLength()").propertyValue(ling::I_Sequence_Generic::$$length)), "integer 0");
-}
-
-TEST_F(ProxyMembers, CallsReachPython) {
-    const Any plain = proxy("Plain()");
-    EXPECT_EQ(ling::display(plain.callMethod(method_ident_untyped("method"), {3})), u"(3, 0)");
-    EXPECT_EQ(messageOf(plain.callMethod(method_ident_untyped("method"))),
-              "Plain.method() missing 1 required positional argument: 'a'");
+    EXPECT_EQ(textOf(plain.propertyValue("readable")), "read");
+    EXPECT_EQ(describe(plain.propertyValue("optional")), "integer 2");
+    EXPECT_EQ(messageOf(plain.propertyValue("failing")), "the getter ran");
+    EXPECT_TRUE(plain.setPropertyValue("writable", 5).isNone());
+    EXPECT_EQ(describe(plain.propertyValue("writable")), "integer 5");
+    EXPECT_EQ(messageOf(plain.setPropertyValue("readable", 5)), "The property is read-only.");
+    EXPECT_EQ(describe(proxy("WithLength()").propertyValue(I_Sequence_Generic::$$length)), "integer 0");
 }
 
 TEST_F(ProxyMembers, ValuesArePutOnThePythonObject) {
     const Any plain = proxy("Plain()");
-    EXPECT_TRUE(ling::insert_property_value(plain, property_ident_untyped("colour"), String(u"red")).isNone());
+    EXPECT_TRUE(insert_property_value(plain, property_ident_untyped("colour"), String(u"red")).isNone());
     {
         GilGuard gil;
-        PyRef object = PyRef::steal(ling::python::toPython(plain));
+        PyRef object = PyRef::steal(toPython(plain));
         PyRef colour = PyRef::steal(PyObject_GetAttrString(object.get(), "colour"));
         EXPECT_STREQ(PyUnicode_AsUTF8(colour.get()), "red");
     }
-    EXPECT_EQ(messageOf(ling::insert_property_value(proxy("Slots()"), property_ident_untyped("b"), 1)),
+    EXPECT_EQ(messageOf(insert_property_value(proxy("Slots()"), property_ident_untyped("b"), 1)),
               "'Slots' object has no attribute 'b' and no __dict__ for setting new attributes");
-    EXPECT_EQ(messageOf(ling::insert_property_value(proxy("Refuses()"), property_ident_untyped("b"), 1)), "not b");
-    EXPECT_EQ(messageOf(ling::insert_property_value(nullProxy(), property_ident_untyped("b"), 1)),
-              "The object is null.");
-    EXPECT_EQ(messageOf(ling::insert_property_value(plain, property_ident_untyped("b"), ling::Error(u"no", true))),
-              "no");
-    ling::internal::property_builder_base computed;
-    computed.assign_getter(ling::make_function("f", "", [] { return 1; }));
-    EXPECT_EQ(messageOf(ling::insert_property(plain, property_ident_untyped("b"), computed.build())),
+    EXPECT_EQ(messageOf(insert_property_value(proxy("Refuses()"), property_ident_untyped("b"), 1)), "not b");
+    EXPECT_EQ(messageOf(insert_property_value(nullProxy(), property_ident_untyped("b"), 1)), "The object is null.");
+    EXPECT_EQ(messageOf(insert_property_value(plain, property_ident_untyped("b"), Error(u"no", true))), "no");
+    internal::property_builder_base computed;
+    computed.assign_getter(make_function("f", "", [] { return 1; }));
+    EXPECT_EQ(messageOf(insert_property(plain, property_ident_untyped("b"), computed.build())),
               "Unable to insert non-value property to a python object, use 'raw_insert_property' instead.");
-    EXPECT_TRUE(ling::raw_insert_property(plain, property_ident_untyped("b"), computed.build()).isNone());
-    EXPECT_EQ(describe(plain.propertyValue(property_ident_untyped("b"))), "integer 1");
+    EXPECT_TRUE(raw_insert_property(plain, property_ident_untyped("b"), computed.build()).isNone());
+    EXPECT_EQ(describe(plain.propertyValue("b")), "integer 1");
 }
 
 TEST_F(ProxyMembers, AMethodThatWantsAReceiverGetsTheProxy) {
     const Any plain = proxy("Plain()");
-    const auto own = ling::make_method("own", "more", [](const Any& self, std::int64_t more) {
-        return ling::Tuple_Generic({ling::display(self.callMethod(method_ident_untyped("of_class"))), more});
+    const auto own = make_method("own", "more", [](const Any& self, std::int64_t more) {
+        return Tuple_Generic({display(self.callMethod("of_class")), more});
     });
-    const auto none = ling::make_function("none", "", [] { return 9; });
-    const auto independent = ling::make_function("independent", "a", [](const Any& a) { return a; });
-    EXPECT_TRUE(ling::insert_method(plain, method_ident_untyped("own_method"), own).isNone());
-    EXPECT_TRUE(ling::insert_method(plain, method_ident_untyped("no_parameters"), none).isNone());
-    EXPECT_TRUE(ling::insert_method(plain, method_ident_untyped("independent"), independent).isNone());
-    EXPECT_EQ(messageOf(ling::insert_method(proxy("Slots()"), method_ident_untyped("b"), none)),
+    const auto none = make_function("none", "", [] { return 9; });
+    const auto independent = make_function("independent", "a", [](const Any& a) { return a; });
+    EXPECT_TRUE(insert_method(plain, method_ident_untyped("own_method"), own).isNone());
+    EXPECT_TRUE(insert_method(plain, method_ident_untyped("no_parameters"), none).isNone());
+    EXPECT_TRUE(insert_method(plain, method_ident_untyped("independent"), independent).isNone());
+    EXPECT_EQ(messageOf(insert_method(proxy("Slots()"), method_ident_untyped("b"), none)),
               "'Slots' object has no attribute 'b' and no __dict__ for setting new attributes");
-    EXPECT_EQ(messageOf(ling::insert_method(nullProxy(), method_ident_untyped("b"), none)), "The object is null.");
+    EXPECT_EQ(messageOf(insert_method(nullProxy(), method_ident_untyped("b"), none)), "The object is null.");
     GilGuard gil;
-    PyRef object = PyRef::steal(ling::python::toPython(plain));
+    PyRef object = PyRef::steal(toPython(plain));
     run("def calls(x): return repr((x.own_method(4), x.no_parameters(), x.independent('a')))");
     PyRef calls = eval("calls");
     PyRef shown = PyRef::steal(PyObject_CallOneArg(calls.get(), object.get()));
@@ -194,24 +178,24 @@ TEST_F(ProxyMembers, NothingIsListedOrRemoved) {
     for (const char* expression : {"Plain()", "[]", "{}", "set()", "iter([])", "len", "Refuses()"}) {
         SCOPED_TRACE(expression);
         const Any object = proxy(expression);
-        if (!ling::python::isPythonProxy(object))
+        if (!isPythonProxy(object))
             continue;
-        EXPECT_EQ(ling::own_methods_of(object).size(), 0U);
-        EXPECT_EQ(ling::own_properties_of(object).size(), 0U);
+        EXPECT_EQ(own_methods_of(object).size(), 0U);
+        EXPECT_EQ(own_properties_of(object).size(), 0U);
     }
     const Any plain = proxy("Plain()");
-    EXPECT_FALSE(ling::remove_method(plain, method_ident_untyped("method")));
-    EXPECT_FALSE(ling::remove_property(plain, property_ident_untyped("writable")));
-    EXPECT_FALSE(ling::method_of(plain, method_ident_untyped("method")).isNone());
-    EXPECT_FALSE(ling::property_of(plain, property_ident_untyped("writable")).isNone());
+    EXPECT_FALSE(remove_method(plain, method_ident_untyped("method")));
+    EXPECT_FALSE(remove_property(plain, property_ident_untyped("writable")));
+    EXPECT_FALSE(method_of(plain, method_ident_untyped("method")).isNone());
+    EXPECT_FALSE(property_of(plain, property_ident_untyped("writable")).isNone());
 }
 
 TEST_F(ProxyMembers, AProxyWithoutAnObjectHasOnlyWhatLingRegistered) {
     const Any empty = nullProxy();
-    EXPECT_TRUE(ling::method_of(empty, method_ident_untyped("append")).isNone());
-    EXPECT_TRUE(ling::property_of(empty, property_ident_untyped("append")).isNone());
-    EXPECT_EQ(ling::display(empty), u"");
-    EXPECT_EQ(ling::compare_objects(empty, empty), 0);
+    EXPECT_TRUE(method_of(empty, method_ident_untyped("append")).isNone());
+    EXPECT_TRUE(property_of(empty, property_ident_untyped("append")).isNone());
+    EXPECT_EQ(display(empty), u"");
+    EXPECT_EQ(compare_objects(empty, empty), 0);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "support/python_test.h"
 #include "support/script.h"
+#include "support/table.h"
 
 namespace {
 
@@ -163,6 +164,29 @@ compare('no length', lambda: range(2**64), lambda x: read(x, 'length'), lambda x
 return repr(wrong) + str(len(compared) > 80)
 )"),
               "[]True");
+}
+
+constexpr ScriptRow kOperations[] = {
+    {"AtInTuple", "(10, 20);call(x, 'at', -3)", "RuntimeError: tuple index out of range | (10, 20)"},
+    {"AtOr", "[10];call(x, 'atOr', 0, 5)", "10 | [10]"},
+    {"AtOrDefault", "[10];call(x, 'atOr', 3, 5)", "5 | [10]"},
+    {"AtOrBadIndex", "[10];call(x, 'atOr', None, 5)", "5 | [10]"},
+    {"SetInTuple", "(1,);call(x, 'set', 0, 0)",
+     "RuntimeError: The method is missing: __setitem__, target object: (1,). | (1,)"},
+    {"AppendItself", "[];call(x, 'append', x)", "None | [[...]]"},
+    {"IndexOfNarrowsTheStart", "[5];call(x, 'indexOf', 5, 2**32)", "0 | [5]"},
+    {"DefaultDictIsNotAsked", "__import__('collections').defaultdict(list);call(x, 'get', 'k', 0)",
+     "0 | defaultdict(<class 'list'>, {})"},
+    {"RemoveUnhashable", "{1};call(x, 'remove', [1])", "False | {1}"},
+};
+LING_TABLE(Operations, PythonTest, kOperations);
+
+/// What no method of Python's stands for alone; the object is shown after the operation.
+TEST_P(Operations, OfProxiesAnswer) {
+    const std::string x = GetParam().code;
+    const std::size_t at = x.find(';');
+    EXPECT_EQ(script("x = " + x.substr(0, at) + "\nreturn probe(lambda: " + x.substr(at + 1) + ") + ' | ' + repr(x)"),
+              GetParam().expected);
 }
 
 TEST_F(ShortWays, CollectingAListSurvivesItsShrinking) {

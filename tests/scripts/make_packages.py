@@ -47,6 +47,8 @@ def main():
     write_folder(target, "plain")
     write_archive(target / "packed.zip", ["packed"])
     write_archive(target / "squeezed.zip", ["squeezed"], zipfile.ZIP_DEFLATED)
+    write_archive(target / "linked.archive", ["linked"])
+    (target / "linked.zip").symlink_to("linked.archive")
     # In an archive and in a folder at once.
     write_archive(target / "twofold.zip", ["twofold"])
     (target / "twofold").mkdir()

@@ -40,13 +40,18 @@ void addMethod2(class_builder& builder, const char* name, const ling::method_ide
     });
 }
 
-void definePuppet(const char* name, const ling::Class_Generic& parent) {
+class_builder puppet(const char* name, const ling::Class_Generic& parent) {
     class_builder builder = defclass_impl(name, "puppets");
     if (!parent.isNone())
         builder.parent(parent);
     builder.field($answer).method(Any::$__init__, "answer", [](const Any& self, const Any& answer) {
         return self.setFieldValue($answer, answer);
     });
+    return builder;
+}
+
+void definePuppet(const char* name, const ling::Class_Generic& parent) {
+    class_builder builder = puppet(name, parent);
     const bool iterates = !parent.isNone() && parent.isAncestor(ling::I_Iterator_Generic::getClass());
     if (!iterates) {
         addProperty(builder, "length", ling::I_Sequence_Generic::$$length);
@@ -62,6 +67,16 @@ void definePuppet(const char* name, const ling::Class_Generic& parent) {
     builder.build();
 }
 
+void defineBareSequence() {
+    class_builder builder = puppet("BareSequence", ling::I_MutableSequence_Generic::getClass());
+    addProperty(builder, "length", ling::I_Sequence_Generic::$$length);
+    addMethod1(builder, "at", ling::I_Sequence_Generic::$at);
+    addMethod2(builder, "set", ling::I_MutableSequence_Generic::$set);
+    addMethod2(builder, "appendAt", ling::I_MutableSequence_Generic::$appendAt);
+    addMethod2(builder, "removeAt", ling::I_MutableSequence_Generic::$removeAt);
+    builder.build();
+}
+
 }  // namespace
 
 void definePuppets() {
@@ -71,6 +86,7 @@ void definePuppets() {
         definePuppet("Sequence", ling::I_MutableSequence_Generic::getClass());
         definePuppet("Map", ling::I_MutableMap_Generic::getClass());
         definePuppet("Iterable", ling::I_Iterable_Generic::getClass());
+        defineBareSequence();
         definePuppet("Iterator", ling::I_Iterator_Generic::getClass());
         (void)ling::internal::register_function(
             "puppets", ling::make_function("late", "action", [](const Any& action) {

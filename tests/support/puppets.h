@@ -8,9 +8,9 @@
 ///
 /// Each asks `answer(name, *arguments)` for its properties `length` and `value`, for its methods `at`, `set`,
 /// `removeAt`, `get`, `remove`, `contains`, `iter`, `next`, `act`, and for `__compare__`, `__hash__`, `__display__`,
-/// `__sub__` and
-/// `__iadd__`. An `Iterator` has `next` alone of what makes it one.
+/// `__sub__` and `__iadd__`. An `Iterator` has `next` alone of what makes it one.
 ///
+///     BareSequence(answer)   a mutable sequence of nothing but `length`, `at`, `set`, `appendAt` and `removeAt`
 ///     late(action)     a tuple with a lazy value in it that calls `action` when it is needed
 ///     thrice(action)   calls `action` three times and answers what it answered last
 void definePuppets();

@@ -5,9 +5,6 @@
 #include "ling/object_value.h"
 #include "support/host_environment.h"
 
-using ling::python::GilGuard;
-using ling::python::PyRef;
-
 namespace {
 
 void expectNoPendingError() {
@@ -50,7 +47,7 @@ PythonTest::Alive PythonTest::alive() {
     PyGC_Collect();  // Cycles are no leak.
     PyRef gc = PyRef::steal(PyImport_ImportModule("gc"));
     PyRef objects = PyRef::steal(PyObject_CallMethod(gc.get(), "get_objects", nullptr));
-    return {ling::internal::live_object_count(), PyList_GET_SIZE(objects.get())};
+    return {internal::live_object_count(), PyList_GET_SIZE(objects.get())};
 }
 
 void PythonTest::forgetNamespace() {
@@ -105,19 +102,19 @@ std::string PythonTest::text(const char* expression) {
     return utf8 != nullptr ? utf8 : "";
 }
 
-std::string messageOf(const ling::Any& value) {
-    const ling::Result<ling::Error> error = ling::Error::cast(value);
-    if (!error || !ling::internal::is_error_result(value)) {
-        ADD_FAILURE() << "Not an error result, but a value of the class " << ling::qualname(value).toStdString();
+std::string messageOf(const Any& value) {
+    const Result<Error> error = Error::cast(value);
+    if (!error || !internal::is_error_result(value)) {
+        ADD_FAILURE() << "Not an error result, but a value of the class " << qualname(value).toStdString();
         return {};
     }
     return error->message().toStdString();
 }
 
-std::string textOf(const ling::Any& value) {
-    const ling::Result<ling::String> string = ling::String::cast(value);
+std::string textOf(const Any& value) {
+    const Result<String> string = String::cast(value);
     if (!string) {
-        ADD_FAILURE() << "Not a string, but a value of the class " << ling::qualname(value).toStdString();
+        ADD_FAILURE() << "Not a string, but a value of the class " << qualname(value).toStdString();
         return {};
     }
     return string->toStdString();

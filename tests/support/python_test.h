@@ -11,6 +11,10 @@
 #include <string>
 #include <string_view>
 
+// The tests are about what is in these, and about little else.
+using namespace ling;
+using namespace ling::python;
+
 /// A test with a running interpreter, called as a host calls: without the interpreter lock.
 ///
 /// After each test no Python error is pending, the lock is free, and as many `ling` values are alive as before, and no
@@ -29,7 +33,7 @@ protected:
 
     /// Under a guard of the caller's: the value of a Python expression in a namespace of its own that has the
     /// builtins and what `run` has defined in this test. A failure of the test, and null, when it raises.
-    ling::python::PyRef eval(const char* expression);
+    PyRef eval(const char* expression);
     /// Runs statements in that namespace. A failure of the test when they raise.
     void run(const char* statements);
     /// Binds what `statements` define in that namespace, running them once per process: for classes, which are kept
@@ -41,7 +45,7 @@ protected:
     void runLocked(const char* statements);
 
 private:
-    ling::python::PyRef runCode(const char* code, int start);
+    PyRef runCode(const char* code, int start);
     /// What is alive on the two sides: the values of `ling`, and the objects that Python's collector knows.
     struct Alive {
         std::size_t values;
@@ -58,6 +62,6 @@ private:
 };
 
 /// The message of an error result; a failure of the test, and "", for any other value.
-std::string messageOf(const ling::Any& value);
+std::string messageOf(const Any& value);
 /// The text of a string value; a failure of the test, and "", for any other value.
-std::string textOf(const ling::Any& value);
+std::string textOf(const Any& value);

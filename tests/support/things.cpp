@@ -1,6 +1,7 @@
 #include "support/things.h"
 
 #include "ling/ling.h"
+#include "support/puppets.h"
 
 #include <cmath>
 #include <mutex>
@@ -112,7 +113,29 @@ void defineRow() {
     defclass_impl("Row", "things")
         .parent(ling::I_Sequence_Generic::getClass())
         .method(ling::I_Sequence_Generic::$at, "index", [](const Any&, std::int64_t index) { return index; })
+        .method(Any::$__div__, "other",
+                [](const Any&, const Any& other) {
+                    return ling::Tuple_Generic({3, other});
+                })
+        .classMethod("make", "", [] { return 5; })
         .property(ling::I_Sequence_Generic::$$length, property_builder().getter([](const Any&) { return 3; }))
+        .build();
+}
+
+/// An immutable value with code, that can be converted, and whose hash Python would take for a failure.
+void defineOdd() {
+    defclass_impl("Odd", "things")
+        .parent(ling::I_Immutable::getClass())
+        .parent(ling::I_Convertible::getClass())
+        .parent(ling::I_HasCode::getClass())
+        .method(Any::$__hash__, "", [](const Any&) { return -1; })
+        .property(ling::I_HasCode::$$code, property_builder().getter([](const Any&) { return "the code"; }))
+        .method(ling::I_Convertible::$tryInto, "target",
+                [](const Any&, const ling::Class_Generic& target) -> Any {
+                    if (target == ling::ByteArray::getClass())
+                        return ling::ByteArray("odd");
+                    return target == ling::Boolean::getClass() ? Any(true) : ling::failure("No.");
+                })
         .build();
 }
 
@@ -146,8 +169,14 @@ void defineThings() {
         defineThing();
         defineKeeper();
         defineRow();
+        defineOdd();
         (void)refusal();
         defclass_impl("Bare", "things").doc("Nothing of its own.").build();
         defineFunctions();
     });
+}
+
+ThingsTest::ThingsTest() {
+    defineThings();
+    definePuppets();
 }
