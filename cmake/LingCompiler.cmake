@@ -30,6 +30,22 @@ else()
     target_link_options(ling_compile_options INTERFACE -Wl,-z,defs)
 endif()
 
+# The debug information of what ships, in files of its own: .debug/<name>.debug beside each, as Python's always is.
+option(LING_DEBUG_FILES "Keep debug information in files of its own." OFF)
+set(LING_SPLIT_DEBUG "-DOBJCOPY=${CMAKE_OBJCOPY}" "-DREADELF=${CMAKE_READELF}"
+    -P "${PROJECT_SOURCE_DIR}/cmake/split_debug.cmake")
+if(LING_DEBUG_FILES)
+    # What is compiled names its sources by their places in the project, not in this folder.
+    target_compile_options(ling_compile_options INTERFACE -g "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+endif()
+
+function(ling_split_debug target)
+    if(LING_DEBUG_FILES)
+        add_custom_command(TARGET ${target} POST_BUILD
+            COMMAND "${CMAKE_COMMAND}" "-DFILES=$<TARGET_FILE:${target}>" ${LING_SPLIT_DEBUG} VERBATIM)
+    endif()
+endfunction()
+
 # Reads the standard headers that nearly all sources include once for a target, and with them what else is named: half
 # of what compiling costs. A source still includes what it uses: CMAKE_DISABLE_PRECOMPILE_HEADERS, which CI builds
 # with, shows one that does not.

@@ -1,8 +1,8 @@
 # Finds CPython 3.13 with its shared library and prepares what the plug-in needs of it in the stage.
 #
 # Looked at in this order: LING_PYTHON (a CMake or environment variable: an interpreter or the prefix it is installed
-# under), python-3.13-embed through pkg-config, pyenv's versions, python3.13 on the path. When LING_PYTHON is given,
-# nothing else is looked at.
+# under), python-3.13-embed through pkg-config, pyenv's versions, python3.13 on the path, build/python, where the
+# commands in tools/ build one. When LING_PYTHON is given, nothing else is looked at.
 #
 # Gives the target LingPython::Library and the variables LING_PYTHON_EXECUTABLE, LING_PYTHON_LIBRARY and
 # LING_PYTHON_INCLUDE; the target ling_python_stage copies library and standard library into the stage.
@@ -43,6 +43,9 @@ function(ling_python_candidates variable)
     find_program(LING_PYTHON_ON_PATH python3.13 NO_CACHE)
     if(LING_PYTHON_ON_PATH)
         list(APPEND found "${LING_PYTHON_ON_PATH}")
+    endif()
+    if(EXISTS "${PROJECT_SOURCE_DIR}/build/python/bin/python3.13")
+        list(APPEND found "${PROJECT_SOURCE_DIR}/build/python/bin/python3.13")
     endif()
     list(REMOVE_DUPLICATES found)
     set(${variable} "${found}" PARENT_SCOPE)
@@ -89,6 +92,7 @@ function(ling_find_python)
         "Give it by LING_PYTHON, as a CMake or environment variable: the interpreter (…/bin/python3.13) or the prefix "
         "it is installed under. Ways to get it:\n"
         "  Debian 13:  apt-get install python3.13 libpython3.13-dev\n"
+        "  Debian 12:  tools/build_python\n"
         "  pyenv:      PYTHON_CONFIGURE_OPTS=--enable-shared pyenv install 3.13")
 endfunction()
 
@@ -99,23 +103,29 @@ if(NOT "for ${LING_PYTHON}" STREQUAL "${LING_PYTHON_CHOSEN}" OR NOT EXISTS "${LI
     set(LING_PYTHON_CHOSEN "for ${LING_PYTHON}" CACHE INTERNAL "What was asked for when the choice was made.")
 endif()
 
+if(LING_DEBUG_FILES)
+    target_compile_options(ling_compile_options INTERFACE "-ffile-prefix-map=${LING_PYTHON_INCLUDE}=.")
+endif()
+
 add_library(LingPython::Library SHARED IMPORTED GLOBAL)
 set_target_properties(LingPython::Library PROPERTIES
     IMPORTED_LOCATION "${LING_PYTHON_LIBRARY}"
     INTERFACE_INCLUDE_DIRECTORIES "${LING_PYTHON_INCLUDE}")
 
 # The library, the zipped standard library and the native modules, once: they change with the interpreter alone.
+set(staged_python "${LING_STAGED_EXTENSIONS}/python3/lib/*.so.1.0;${LING_STAGED_EXTENSIONS}/site-packages/*.so")
 set(staged_stamp "${PROJECT_BINARY_DIR}/python_stage.stamp")
 add_custom_command(
     OUTPUT "${staged_stamp}"
     COMMAND "${LING_PYTHON_EXECUTABLE}" -I -B "${PROJECT_SOURCE_DIR}/tools/stage_stdlib.py"
         --library "${LING_PYTHON_LIBRARY}" "${LING_STAGED_EXTENSIONS}"
     COMMAND "${CMAKE_COMMAND}"
-        "-DLIBRARIES=${LING_STAGED_EXTENSIONS}/python3/lib/*.so*;${LING_STAGED_EXTENSIONS}/site-packages/*.so"
+        "-DLIBRARIES=${staged_python}"
         -P "${PROJECT_SOURCE_DIR}/cmake/strip_run_paths.cmake"
+    COMMAND "${CMAKE_COMMAND}" "-DFILES=${staged_python}" ${LING_SPLIT_DEBUG}
     COMMAND "${CMAKE_COMMAND}" -E touch "${staged_stamp}"
     DEPENDS "${PROJECT_SOURCE_DIR}/tools/stage_stdlib.py" "${PROJECT_SOURCE_DIR}/cmake/strip_run_paths.cmake"
-        "${LING_PYTHON_LIBRARY}"
+        "${PROJECT_SOURCE_DIR}/cmake/split_debug.cmake" "${LING_PYTHON_LIBRARY}"
     COMMENT "Staging CPython's library and standard library"
     VERBATIM)
 add_custom_target(ling_python_stage DEPENDS "${staged_stamp}")

@@ -54,6 +54,8 @@ def stray_run_paths(stage):
     """What was copied from an installation of Python must not look for libraries on the machine that built it."""
     for folder in ("python3/lib", "site-packages"):
         for library in sorted((stage / "qcomponents/qextensions" / folder).glob("*.so*")):
+            if library.suffix == ".py":
+                continue
             for kind in ("RPATH", "RUNPATH"):
                 for path in dynamic_entries(library, kind):
                     yield f"{folder}/{library.name}: looks for libraries in {path}"

@@ -12,7 +12,7 @@ def shared_library():
     """The file of the shared library, or None. Debian keeps it apart from the rest, in the folder of the machine."""
     names = [sysconfig.get_config_var("INSTSONAME"), "libpython3.13.so.1.0"]
     machine = sysconfig.get_config_var("MULTIARCH") or ""
-    folders = [sysconfig.get_config_var("LIBDIR"), os.path.join(sys.base_prefix, "lib")]
+    folders = [os.path.join(sys.base_prefix, "lib"), sysconfig.get_config_var("LIBDIR")]
     folders += [os.path.join(folder, machine) for folder in folders if folder]
     for folder in filter(None, folders):
         for name in filter(None, names):

@@ -1,7 +1,7 @@
 """Counts the tests that one run of CTest really ran.
 
-Takes the folder with `ctest.xml` and the result files of the GoogleTest suites, and prints what failed and, as the
-last line, `N passed, N failed`. Fails when a test failed or none was run.
+Takes the folder with `ctest.xml` and the result files of the GoogleTest suites, and prints what was skipped and why,
+what failed and, as the last line, `N passed, N failed`. Fails when a test failed or none was run.
 """
 
 import pathlib
@@ -9,10 +9,19 @@ import sys
 import xml.etree.ElementTree as ElementTree
 
 
+def reason_of(case):
+    """Why a test of a suite was skipped: its message, without the place in the source."""
+    skipped = case.find("skipped")
+    if skipped is None:
+        return "disabled"
+    place, _, reason = skipped.get("message", "").partition("\n")
+    return " ".join((reason or place).split()) or "no reason given"
+
+
 class Tally:
     def __init__(self):
         self.passed = 0
-        self.skipped = 0
+        self.skipped = []
         self.failures = []
 
     def add_suite(self, entry, path, succeeded):
@@ -34,11 +43,14 @@ class Tally:
         elif case.get("result") == "completed":
             self.passed += 1
         else:
-            self.skipped += 1
+            self.skipped.append(f"{name}: {reason_of(case)}")
 
-    def add_check(self, entry, succeeded):
-        """Counts an entry that is one test by itself."""
-        if succeeded:
+    def add_check(self, entry, case, succeeded):
+        """Counts an entry that is one test by itself. One that is skipped says why in its last line."""
+        if case.find("skipped") is not None:
+            lines = case.findtext("system-out", "").split("\n")
+            self.skipped.append(f"{entry}: {next(filter(None, reversed(lines)), 'no reason given')}")
+        elif succeeded:
             self.passed += 1
         else:
             self.failures.append(entry)
@@ -56,16 +68,16 @@ def tally_of(folder):
         if entry.partition(".")[0].endswith("_tests"):
             tally.add_suite(entry, folder / f"{entry}.xml", succeeded)
         else:
-            tally.add_check(entry, succeeded)
+            tally.add_check(entry, case, succeeded)
     return tally
 
 
 def main():
     tally = tally_of(pathlib.Path(sys.argv[1]))
+    for name in tally.skipped:
+        print(f"skipped: {name}")
     for name in tally.failures:
         print(f"failed: {name}")
-    if tally.skipped:
-        print(f"skipped: {tally.skipped}")
     print(f"{tally.passed} passed, {len(tally.failures)} failed")
     return 1 if tally.failures or not tally.passed else 0
 
