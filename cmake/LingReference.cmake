@@ -12,4 +12,7 @@ if(LING_DOXYGEN)
         DEPENDS ${documents} $<TARGET_PROPERTY:ling,HEADER_SET> "${PROJECT_SOURCE_DIR}/cmake/Doxyfile.in"
         COMMENT "Writing the reference of the public headers" VERBATIM)
     add_custom_target(reference DEPENDS "${LING_REFERENCE}/html/index.html")
+    if(LING_TESTS)
+        add_test(NAME reference COMMAND "${LING_DOXYGEN}" -q "${PROJECT_BINARY_DIR}/Doxyfile")
+    endif()
 endif()
