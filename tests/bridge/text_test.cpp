@@ -31,19 +31,10 @@ protected:
 // Each width of storage, and what stands at the edges of each.
 constexpr const char* kTexts[] = {
     "''",
-    "'a'",
-    "'\\0'",
     "'a\\0b'",
-    "'x' * 1000",
-    "'\\x7f'",
-    "'\\x80'",
     "'\\xff' * 33",
-    "'\\u0100'",
     "'\\ud7ff\\ue000\\uffff'",
-    "'a' * 31 + '\\u20ac' + 'b' * 40",
-    "'\\U00010000'",
     "'\\U0010ffff' + 'a' * 100",
-    "'\\U0001f600' * 50",
     "'\\u20ac\\U0001f600\\0'",
     "type('Text', (str,), {'__str__': lambda self: 'other'})('derived')",
 };
@@ -64,12 +55,7 @@ struct Units {
 };
 constexpr Units kUnits[] = {
     {"empty", u""},
-    {"one", u"a"},
-    {"latin", u"\u00e9"},
     {"zero", std::u16string_view(u"a\0b", 3)},
-    {"wide", u"\u20ac"},
-    {"pair", u"\U0001F600"},
-    {"long with a pair", u"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa\U0001F600"},
     {"leading alone", std::u16string_view(u"\xD800", 1)},
     {"trailing alone", std::u16string_view(u"x\xDC00y", 3)},
     {"two leading", std::u16string_view(u"\xD800\xD83D\xDE00", 3)},

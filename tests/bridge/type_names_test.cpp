@@ -104,14 +104,6 @@ TEST_F(TypeNamesTest, WhereParametersHaveNoClassTheGenericHasOne) {
     EXPECT_TRUE(ask("toNativeClass", List_Generic::genericInstance(string)).isNone());
 }
 
-TEST_F(TypeNamesTest, APythonClassLeadsBackToTheFirstNativeClass) {
-    EXPECT_EQ(nativeClassOf(find_class("python.builtins.int")), Integer::getClass());
-    EXPECT_EQ(nativeClassOf(find_class("python.builtins.tuple")), I_Tuple_Generic::getClass());
-    EXPECT_EQ(nativeClassOf(find_class("python.collections.abc.Set")), I_Set_Generic::getClass());
-    EXPECT_TRUE(nativeClassOf(find_class("python.builtins.complex")).isNone());
-    EXPECT_TRUE(nativeClassOf(Class_Generic()).isNone());
-}
-
 /// The type of what can be called: first the type of the result, then those of the parameters.
 Type invokable(std::initializer_list<Type> types) {
     return Type(I_Invokable_Generic::getClass().record()->genericInstance(std::span(types.begin(), types.size())));

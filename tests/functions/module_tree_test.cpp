@@ -128,18 +128,6 @@ TEST_P(HostileModuleTest, IsExportedWithWhatCanBeHadOfIt) {
     EXPECT_EQ((*I_Invokable_Generic::cast(member(module, "fine")))().asInteger(), 1);
 }
 
-TEST_F(ModuleTreeTest, WhatStandsForAModuleInSysModulesIsExported) {
-    const std::string name = freshName();
-    runLocked(("class Stand:\n    __doc__ = 'Stands in.'\nstand = sys.modules['" + name +
-               "'] = Stand()\nmade.append('" + name + "')\n")
-                  .c_str());
-    const Any module = exportAsChild(name);
-    EXPECT_EQ(unchecked<Module>(module).doc().toStdString(), "Stands in.");
-    GilGuard gil;
-    const PyRef stand = eval("stand");
-    EXPECT_EQ(ModulePython::pythonModule(module), stand.get());
-}
-
 TEST_F(ModuleTreeTest, ALateModuleIsImportedByTheFirstLookIntoIt) {
     using Look = bool (*)(const Module&, const String&);
     constexpr Look kLooks[] = {

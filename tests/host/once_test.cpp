@@ -72,27 +72,6 @@ TEST_F(OnceTest, AWaiterTakesOverFromAnActionThatThrows) {
     EXPECT_TRUE(ran);
 }
 
-TEST_F(OnceTest, TheLockIsAsItWasAfterAWait) {
-    Once once;
-    std::atomic<bool> started = false;
-    std::thread initialiser([&] {
-        once.run([&] {
-            started = true;
-            pause();
-        });
-    });
-    while (!started)
-        std::this_thread::yield();
-    {
-        GilGuard gil;
-        PyThreadState* const state = PyThreadState_GetUnchecked();
-        once.run([] {});
-        EXPECT_EQ(PyThreadState_GetUnchecked(), state);
-    }
-    EXPECT_EQ(PyThreadState_GetUnchecked(), nullptr);
-    initialiser.join();
-}
-
 /// One thread initialises, with the lock, and gives the lock up for a while as any Python code does. Another takes it
 /// meanwhile and needs the same initialisation. Where the other one keeps the lock, both wait for ever.
 TEST_F(OnceTest, AWaiterWithTheLockLetsTheInitialiserFinish) {

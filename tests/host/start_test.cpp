@@ -108,19 +108,6 @@ TEST_F(SearchPathsTest, AddsOnceToARunningInterpreter) {
     }
 }
 
-TEST_F(SearchPathsTest, WithoutASearchPathNothingIsAdded) {
-    runLocked("del sys.path\n");
-    EXPECT_TRUE(addSysPathOnce(u"b").isNone());
-    EXPECT_EQ(text("hasattr(sys, 'path')"), "False");
-}
-
-TEST_F(SearchPathsTest, AnErrorOfTheImportIsTheResult) {
-    runLocked("sys.modules['sys'] = None\n");
-    const Any result = addSysPathOnce(u"b");
-    runLocked("import builtins\nkept_modules = sys.modules\nkept_modules['sys'] = sys\n");
-    EXPECT_EQ(messageOf(result), "import of sys halted; None in sys.modules");
-}
-
 class ImportTest : public PythonTest {
 protected:
     /// Puts modules of the test's own into `sys.modules`.

@@ -114,13 +114,9 @@ constexpr ScriptRow kCopies[] = {
      "    return same(lambda way: [type(way(error)) is type(error), ling.display(way(error).ling), "
      "way(error).__notes__])",
      "[True, 'no', ['no', 'really']]"},
-    {"AnExceptionOfAScriptsOwn", "return same(lambda way: type(way(things.Refusal.exception())).__name__)",
-     "'Refusal'"},
     {"AnotherObject", "return same(lambda way: way(t))",
      "TypeError: cannot copy or pickle 'things.Thing' object: its class has to have the methods __state__() and "
      "__restore__(state), and to be found by its name"},
-    {"AnotherObjectInside", "return same(lambda way: way([ling.List([t])]), deep)[:51]",
-     "TypeError: cannot copy or pickle 'things.Thing' obj"},
     {"ABoundMethod", "return same(lambda way: way(l.append), deep)",
      "TypeError: cannot copy or pickle append(item): no name leads to it"},
     {"AStateThatDoesNotTravel", "return same(lambda way: way(things.Keeper(l.append)), deep)",
@@ -129,16 +125,12 @@ constexpr ScriptRow kCopies[] = {
      "AttributeError: the host has nothing called 'things.Thong'"},
     {"NoPickleOfOurs", "__import__('ling.python').python._rebuild('tree', 1)",
      "RuntimeError: This is no pickle of a value of the host."},
-    {"AClassThatIsNotPickled", "__import__('ling.python').python._rebuild('new', 'ling.Class')",
-     "RuntimeError: This is no pickle of a value of the host."},
     {"AnItemThatTakesTheStateApart",
      "class Hostile:\n    def __int__(self):\n        state.clear()\n        return 1\n"
      "state = {'a': Hostile(), 'b': 2}\nx = __import__('ling.python').python._rebuild('list', None)\n"
      "x.__setstate__((state,))\nreturn [state, l.__class__ is type(l)]",
      "[{}, True]"},
     {"Json", "__import__('json').dumps(l)", "TypeError: Object of type ling~ling`List is not JSON serializable"},
-    {"JsonKey", "__import__('json').dumps({l: 1})",
-     "TypeError: keys must be str, int, float, bool or None, not ling~ling`List"},
     {"JsonOfNestedContainers",
      "__import__('json').dumps([l, ling.Map({'a': ling.List([l])})], default=ling.python.to_python)",
      "'[[1, 2], {\"a\": [[1, 2]]}]'"},
@@ -153,7 +145,6 @@ constexpr ScriptRow kCopies[] = {
      "seen = [ling.is_same(y[0], y[1]), ling.is_same(y[2], y), z[0] is z[1], z[2] is z, z is x]\n"
      "for c in (x, y, z): c.clear()\nreturn seen",
      "[True, True, True, True, False]"},
-    {"NoContainerToConvert", "[ling.python.to_python(v) for v in (5, None, 'a', add)] == [5, None, 'a', add]", "True"},
     {"AnItemThatDoesNotConvert", "ling.python.from_python([[2 ** 64]])", "RuntimeError: int too big to convert"},
     {"AnItemThatCannotBeHashed", "ling.python.to_python(ling.Set([l]))", "RuntimeError: unhashable type: 'list'"},
 };

@@ -144,13 +144,6 @@ TEST_P(ShellModes, Answer) {
     EXPECT_EQ(ended.status, GetParam().status);
 }
 
-TEST(ShellOptions, HelpNamesEveryMode) {
-    const Ended ended = run(shell({"--help"}));
-    EXPECT_EQ(ended.status, 0);
-    for (const char* part : {"FILE", "-m MODULE", "-c CODE", "-e EXPR", "--extensions DIR", "--version", "--help"})
-        EXPECT_NE(ended.out.find(part), std::string::npos) << part;
-}
-
 TEST(ShellOptions, VersionNeedsNoExtension) {
     const Ended ended = run(shell({"--extensions", "/no/such", "--version"}));
     EXPECT_EQ(ended.out.substr(0, 7), "lingsh ");

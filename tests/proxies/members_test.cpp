@@ -174,22 +174,6 @@ TEST_F(ProxyMembers, AMethodThatWantsAReceiverGetsTheProxy) {
     PyObject_DelAttrString(object.get(), "own_method");  // The object holds it, and it holds the object.
 }
 
-TEST_F(ProxyMembers, NothingIsListedOrRemoved) {
-    for (const char* expression : {"Plain()", "[]", "{}", "set()", "iter([])", "len", "Refuses()"}) {
-        SCOPED_TRACE(expression);
-        const Any object = proxy(expression);
-        if (!isPythonProxy(object))
-            continue;
-        EXPECT_EQ(own_methods_of(object).size(), 0U);
-        EXPECT_EQ(own_properties_of(object).size(), 0U);
-    }
-    const Any plain = proxy("Plain()");
-    EXPECT_FALSE(remove_method(plain, method_ident_untyped("method")));
-    EXPECT_FALSE(remove_property(plain, property_ident_untyped("writable")));
-    EXPECT_FALSE(method_of(plain, method_ident_untyped("method")).isNone());
-    EXPECT_FALSE(property_of(plain, property_ident_untyped("writable")).isNone());
-}
-
 TEST_F(ProxyMembers, AProxyWithoutAnObjectHasOnlyWhatLingRegistered) {
     const Any empty = nullProxy();
     EXPECT_TRUE(method_of(empty, method_ident_untyped("append")).isNone());

@@ -193,19 +193,6 @@ TEST(Function, ObjectsWithAnInvokeMethodAreCalled) {
     EXPECT_EQ(shown(unchecked<I_Invokable_Generic>(List_Generic::empty())()), "error: The value is not callable: [].");
 }
 
-TEST(Property, RefusesFunctionsWithTooManyParameters) {
-    static std::vector<String> log;
-    log.clear();
-    set_assertion_log([](const String& line) { log.push_back(line); });
-    property_builder_base builder;
-    builder.assign_getter(make_function("get", "a", [](const Any& a) { return a; }));
-    builder.assign_setter(make_method("set", "a, b", [](const Any&, const Any&, const Any&) {}));
-    set_assertion_log(nullptr);
-    EXPECT_EQ(log, (std::vector<String>{"[property_builder::getter] Too many parameters in the getter function.",
-                                        "[property_builder::setter] Too many parameters in the setter function."}));
-    log.clear();
-}
-
 const Type kOption = type_unite(String::getType(), None::getType());
 
 const struct TypeCase {

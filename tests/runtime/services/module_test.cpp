@@ -61,13 +61,6 @@ TEST(ModuleTree, ANameMayBeTaken) {
     EXPECT_TRUE(valueAt(holder, "value").isSameAs(Any(5)));
 }
 
-TEST(ModuleTree, WhatEveryModuleHasTakesNoName) {
-    const Any child = find_or_create_module(u"tree_doc.doc");
-    EXPECT_TRUE(valueAt(find_module(u"tree_doc"), "doc").isSameAs(child));
-    EXPECT_EQ(find_module(u"tree_doc").doc(), u"");
-    EXPECT_EQ(shown(valueAt(find_module(u"tree_doc"), "name")), "tree_doc");
-}
-
 TEST(ModuleTree, TakesModulesMadeElsewhere) {
     const Class_Generic cls = defclass_impl("ForeignModule", "")
                                   .parent(Module::getClass())
@@ -171,22 +164,6 @@ TEST(ModuleMembers, AFunctionAndAModuleDoNotShareAName) {
         EXPECT_EQ(find_module(String(module + ".leaf")).isNone(), isFunction);
         EXPECT_EQ(parent.functions().size(), isFunction ? 1u : 0u);
     }
-}
-
-TEST(ModuleMembers, DocumentationAndMarkAreItsOwn) {
-    const Module module = unchecked<Module>(find_or_create_module(u"members_d"));
-    EXPECT_EQ(shown(valueAt(module, "bindMembers")), "false");
-    EXPECT_TRUE(module.setPropertyValue(Module::$$bindMembers, true).isNone());
-    EXPECT_TRUE(module.setPropertyValue(Module::$$bindMembers, true).isNone());
-    EXPECT_EQ(shown(valueAt(module, "bindMembers")), "true");
-    EXPECT_EQ(shown(valueAt(find_module(u"ling"), "bindMembers")), "false");
-    module.setDoc(u"What it is.");
-    EXPECT_EQ(shown(valueAt(module, "doc")), "What it is.");
-    EXPECT_TRUE(module.setPropertyValue(I_HasDoc::$$doc, String(u"Changed.")).isNone());
-    EXPECT_EQ(module.doc(), u"Changed.");
-    EXPECT_EQ(shown(Module::getClass().allocateInstance()), "");
-    EXPECT_EQ(shown(Module::getClass()()), "error: The class 'ling.Module' takes the name of the module.");
-    EXPECT_EQ(shown(Module::cast(Any(1))), "error: Unable to cast a value of class 'ling.Integer' to 'ling.Module'.");
 }
 
 class FindClass : public ::testing::Test {

@@ -40,34 +40,21 @@ TEST(String, HandleThatWasMovedFromReadsAsEmpty) {
     EXPECT_EQ(text.hash(), String().hash());
 }
 
-TEST(String, OrderIsThatOfTheUnits) {
-    EXPECT_LT(String(u"a"), String(u"b"));
-    EXPECT_LT(String(u"a"), String(u"aa"));
-    EXPECT_LT(String(u"a"), String(std::u16string_view(u"a\0", 2)));
-    EXPECT_EQ(String() + String(), String());
-}
-
 const struct SliceCase {
     const char* name;
     std::int64_t position;
     Any count;
     std::u16string_view expected;
 } kSliceCases[] = {
-    {"Whole", 0, Any(), u"abcde"},
     {"FromOne", 1, Any(), u"bcde"},
     {"FromEnd", -2, Any(), u"de"},
-    {"Middle", 1, 3, u"bcd"},
     {"Nothing", 2, 0, u""},
     {"NegativeCount", 2, -1, u""},
-    {"CountPastEnd", 3, 9, u"de"},
-    {"AtEnd", 5, Any(), u""},
     {"PastEnd", 6, Any(), u""},
     {"BeforeStart", -7, 4, u"ab"},
     {"WhollyBefore", -9, 2, u""},
-    {"LargestCount", 1, INT64_MAX, u"bcde"},
     {"LargestPosition", INT64_MAX, INT64_MAX, u""},
     {"SmallestPosition", INT64_MIN, 3, u""},
-    {"SmallestPositionToEnd", INT64_MIN, Any(), u"abcde"},
 };
 LING_TABLE(StringSliced, ::testing::Test, kSliceCases);
 
@@ -202,8 +189,6 @@ const struct FormatCase {
     std::vector<Any> values;
     const char* expected;
 } kFormatCases[] = {
-    {"NoPlace", u"abc", {1}, "abc"},
-    {"Empty", u"", {1}, ""},
     {"InOrder", u"{} and {}.", {1, String(u"two")}, "1 and two."},
     {"TooFewValues", u"{}, {}", {1}, "1, {}"},
     {"BracesInAValue", u"{}{}", {String(u"{}"), 2}, "{}2"},
@@ -215,14 +200,6 @@ LING_TABLE(StringArg, ::testing::Test, kFormatCases);
 
 TEST_P(StringArg, FillsPlacesInOrder) {
     EXPECT_EQ(String(GetParam().format).argImplMethod(GetParam().values).toStdString(), GetParam().expected);
-}
-
-TEST(String, InternsUnderItsText) {
-    const String name(u"interned_by_string_test");
-    const identifier_data& record = intern(name);
-    EXPECT_EQ(&intern(name), &record);
-    EXPECT_EQ(&intern("interned_by_string_test"sv), &record);
-    EXPECT_EQ(&intern(String(u"interned_by_string_test")), &record);
 }
 
 TEST(String, HashesOfSimilarTextsDiffer) {
