@@ -47,6 +47,8 @@ void setSearchPaths(PyConfig& config, const std::vector<ling::Any>& paths) {
     for (const ling::Any& path : paths)
         (void)PyWideStringList_Append(&config.module_search_paths,
                                       platform::wideText(ling::unchecked<ling::String>(path)).c_str());
+    // Modules that are frozen into the interpreter say by it where their source is.
+    (void)PyConfig_SetBytesString(&config, &config.stdlib_dir, standardLibrary().c_str());
 }
 
 /// Python has looked for a `python3` on PATH and taken these from it, which is none of ours. What we brought is beside
@@ -58,9 +60,6 @@ void describeInstallation() {
         (void)PySys_SetObject(name, home.get());
     for (const char* name : {"executable", "_base_executable"})
         (void)PySys_SetObject(name, nothing.get());
-    // Modules that are frozen into the interpreter say by it where their source is.
-    PyRef library = PyRef::steal(PyUnicode_DecodeFSDefault(standardLibrary().c_str()));
-    (void)PySys_SetObject("_stdlib_dir", library.get());
     PyErr_Clear();
 }
 
