@@ -31,7 +31,7 @@ std::size_t ownArguments(const std::vector<std::string>& arguments) {
         const bool isLong = argument.starts_with("--");
         const std::size_t letter = isLong ? std::string_view::npos : argument.find_first_of("cmeWX", 1);
         if (letter == std::string_view::npos) {
-            index += argument == "--extensions" ? 2 : 1;
+            index += argument == "--extensions" || argument == "--stubs" ? 2 : 1;
             continue;
         }
         index += argumentsTaken(argument, letter);
@@ -52,6 +52,7 @@ constexpr std::array kSubjects = {
     Subject{"-m", Mode::Module, "MODULE", "Run a module as __main__."},
     Subject{"-c", Mode::Code, "CODE", "Run statements; print what they return."},
     Subject{"-e", Mode::Expression, "EXPR", "Evaluate one expression and print its display text."},
+    Subject{"--stubs", Mode::Stubs, "DIR", "Write .pyi files of all host modules, for what checks Python code."},
 };
 
 void describeInterpreter(CLI::App& app, Options& options, bool& showVersion) {
@@ -112,7 +113,7 @@ std::optional<Options> parseOptions(const std::vector<std::string>& arguments, i
     try {
         app.parse(std::vector<std::string>(std::reverse_iterator(end), arguments.rend()));
         if (!settle(app, file, options))
-            throw CLI::ValidationError("one of FILE, -m, -c and -e is enough");
+            throw CLI::ValidationError("one of FILE, -m, -c, -e and --stubs is enough");
         if (showVersion)
             options.mode = Mode::PythonVersion;
     } catch (const CLI::ParseError& error) {

@@ -8,7 +8,7 @@
 namespace ling::shell {
 
 /// What the shell is to do.
-enum class Mode { Console, File, StandardInput, Module, Expression, Code, PythonVersion };
+enum class Mode { Console, File, StandardInput, Module, Expression, Code, Stubs, PythonVersion };
 
 /// What `python3` would be told of the interpreter, as far as one that runs already can still obey it.
 struct InterpreterOptions {
@@ -22,7 +22,7 @@ struct InterpreterOptions {
 /// The command line of the shell.
 struct Options {
     Mode mode = Mode::Console;
-    /// The file, the module's name, the expression or the statements.
+    /// The file, the module's name, the expression, the statements, or the folder for stubs.
     std::string subject;
     /// The program's own arguments, untouched.
     std::vector<std::string> arguments;

@@ -15,6 +15,7 @@ namespace ling::shell {
 namespace {
 
 constexpr const char* kLanguageClass = "ling.python.LanguagePython";
+constexpr const char* kStubFunction = "ling.python.write_stubs";
 constexpr int kNotEnded = -2;  // The driver's number for an expression that did not end the program.
 
 Any evaluateExpression(const String& code) {
@@ -43,6 +44,14 @@ int runExpression(const String& code, const PythonDriver& driver) {
 int runProgram(const char* function, const char* name, const Options& options, const PythonDriver& driver) {
     const Any arguments = bytesForPython(options.arguments);
     return driver.callForNumber(function, {{name, bytesForPython(options.subject)}, {"arguments", arguments}});
+}
+
+int writeStubs(const String& folder) {
+    const Any written = find_function(kStubFunction)(folder);
+    if (!internal::is_error_result(written))
+        return 0;
+    tellError(written);
+    return 1;
 }
 
 int configure(const InterpreterOptions& options, const PythonDriver& driver) {
@@ -75,6 +84,8 @@ int runMode(const Options& options, const PythonDriver& driver) {
             return runProgram("driver.run_code", "code", options, driver);
         case Mode::Expression:
             return runExpression(String(options.subject), driver);
+        case Mode::Stubs:
+            return writeStubs(String(options.subject));
     }
     return 1;
 }

@@ -29,6 +29,7 @@ TREES = {
         ("the converters", ["bridge/*.cpp"]),
         ("values that travel", ["travel/*"]),
         ("the language, the host's modules", ["language/*", "modules/*"]),
+        ("stubs of the host's modules", ["stubs/*"]),
         ("the host's top", ["host/extension.*", "host/interpreter.cpp", "host/module_functions.*",
                             "host/scheme_loader.*", "host/search_paths.*", "host/startup.*"]),
     ]),

@@ -10,6 +10,7 @@
 #include "host/scheme_loader.h"
 #include "language/language_python.h"
 #include "modules/module_finder.h"
+#include "stubs/write_stubs.h"
 #include "travel/plain_containers.h"
 
 namespace ling::python {
@@ -74,6 +75,7 @@ void setUpLanguage() {
     registerSchemeProviders();
     registerContainerFunctions();
     registerLossWarning();
+    registerStubFunctions();
     installModuleFinder();
 }
 

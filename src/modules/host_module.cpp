@@ -121,20 +121,12 @@ PyRef memberNames(PyObject* self) {
     return names;
 }
 
-/// Whether `from … import *` can bind the name. -1 with the Python error set.
-int isBindable(PyObject* name) {
-    if (PyUnicode_IsIdentifier(name) == 0 || isKeyword.get() == nullptr)
-        return 0;
-    PyRef keyword = PyRef::steal(PyObject_CallOneArg(isKeyword.get(), name));
-    return keyword ? keyword.get() != Py_True : -1;
-}
-
 PyObject* listBindable(PyObject* self) {
     PyRef names = memberNames(self);
     PyRef bindable = PyRef::steal(names ? PyList_New(0) : nullptr);
     PyObject* name = nullptr;
     for (Py_ssize_t position = 0; bindable && PyDict_Next(names.get(), &position, &name, nullptr) != 0;) {
-        const int answer = isBindable(name);
+        const int answer = isBindableName(name);
         if (answer < 0 || (answer > 0 && PyList_Append(bindable.get(), name) != 0))
             return nullptr;
     }
@@ -249,6 +241,13 @@ PyTypeObject* hostModuleType() {
 }
 
 }  // namespace
+
+int isBindableName(PyObject* name) {
+    if (PyUnicode_IsIdentifier(name) == 0 || isKeyword.get() == nullptr)
+        return 0;
+    PyRef keyword = PyRef::steal(PyObject_CallOneArg(isKeyword.get(), name));
+    return keyword ? keyword.get() != Py_True : -1;
+}
 
 PyObject* makeHostModule(const ling::Module& module) {
     PyTypeObject* type = hostModuleType();

@@ -18,4 +18,8 @@ namespace ling::python {
 /// Lock     must be held.
 PyObject* makeHostModule(const ling::Module& module);
 
+/// Whether Python code can bind the text as a name: an identifier that is no keyword. -1 with the Python error set. The
+/// interpreter lock must be held.
+int isBindableName(PyObject* name);
+
 }  // namespace ling::python

@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 using process::Ended;
 
 const fs::path kSources = LING_SOURCES;
+const fs::path kScripts = LING_TEST_SCRIPTS;
 const fs::path kExtension = host_run::stage().parent_path() / "examples/shop/extensions";
 
 /// Where the machine's CPython 3.13 has packages.
@@ -117,6 +118,38 @@ TEST(Clusters, ComputeWhatOneProcessComputes) {
     const Ended shared = machine().run({program, "--workers", "2"});
     EXPECT_EQ(shared.out, alone.out) << shared.err;
     EXPECT_EQ(shared.err, "2 workers, 2 of them processes of their own\n");
+}
+
+/// Neither needs native modules of mypy: those of another Python do.
+TEST(Stubs, HoldForTheHostAndFindMistakes) {
+    std::vector<fs::path> folders = packageFolders();
+    folders.emplace_back("/usr/lib/python3/dist-packages");
+    const auto mypy = folderOf("mypy/stubtest.py", folders);
+    if (!mypy)
+        GTEST_SKIP() << "mypy is not installed (on Debian: python3-mypy).";
+    const process::Folder folder;
+    const fs::path own = host_run::stage() / "qcomponents/qextensions";
+    const std::vector<std::string> host = {"--extensions", own.string(), "--extensions", kExtension.string()};
+    const fs::path stubs = folder.path() / "stubs";
+    process::Command command = process::shell(host);
+    command.arguments.insert(command.arguments.end(), {"--stubs", stubs.string()});
+    const Ended written = process::run(command);
+    EXPECT_EQ(written.status, 0) << written.err;
+    EXPECT_EQ(written.out + written.err, "");
+
+    command = process::shell(host);
+    command.arguments.insert(command.arguments.end(),
+                             {(kScripts / "check_stubs.py").string(), stubs.string(), mypy->string()});
+    command.environment.emplace_back("MYPYPATH", stubs.string());
+    command.limit = std::chrono::seconds(240);
+    const Ended ended = process::run(command);
+    EXPECT_EQ(ended.status, 0) << ended.out << ended.err;
+
+    // A folder that cannot be: the first file that could not be written is named.
+    command = process::shell({"--stubs", folder.write("file", "").string()});
+    const Ended refused = process::run(command);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err, "Unable to write '" + (folder.path() / "file/ling/__init__.pyi").string() + "'.\n");
 }
 
 }  // namespace

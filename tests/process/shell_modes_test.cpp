@@ -71,7 +71,7 @@ const Row kRows[] = {
     {"TwoModes",
      {"-e", "1", "-c", "2"},
      "",
-     "one of FILE, -m, -c and -e is enough\nRun with --help for more information.\n",
+     "one of FILE, -m, -c, -e and --stubs is enough\nRun with --help for more information.\n",
      2},
     {"AbsentFile",
      {"/no/such.py"},
