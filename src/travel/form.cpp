@@ -1,5 +1,6 @@
 #include "travel/form.h"
 
+#include "host/platform.h"
 #include "ling/class.h"
 #include "ling/date_time.h"
 #include "ling/decimal.h"
@@ -63,6 +64,12 @@ Form formOfObject(const ling::Any& value) {
     return optsIn && isNamed(ling::raw_class_of(value)) ? Form::Object : Form::None;
 }
 
+Form formOfFunction(const ling::Any& function) {
+    if (isNamed(function))
+        return Form::Name;
+    return receiverOf(function).isNone() ? Form::None : Form::Method;
+}
+
 }  // namespace
 
 Form formOf(const ling::Any& value) {
@@ -84,7 +91,7 @@ Form formOf(const ling::Any& value) {
         case ling::Kind::Set:
             return isOfNativeClass(value) || isNamed(ling::raw_class_of(value)) ? Form::Container : Form::None;
         case ling::Kind::Function:
-            return isNamed(value) ? Form::Name : Form::None;
+            return formOfFunction(value);
         case ling::Kind::Object:
             return formOfObject(value);
         default:
@@ -98,6 +105,15 @@ ling::Any stateOf(const ling::Any& object) { return ling::internal::result_unwra
 
 ling::Any restoreState(const ling::Any& object, const ling::Any& state) {
     return ling::internal::result_unwrap_lazy(object.callMethod($__restore__, {state}));
+}
+
+ling::Any receiverOf(const ling::Any& function) {
+    const auto& bound = *static_cast<const ling::internal::object_value_function*>(function.object());
+    const auto [target, leading] = bound.identity();
+    if (leading.size() != 1)
+        return {};
+    const ling::Any method = ling::method_of(leading[0], platform::LookupName(bound.name()).method());
+    return method.object() == target ? leading[0] : ling::Any();
 }
 
 ling::String refusalOf(const ling::Any& value) {

@@ -13,6 +13,7 @@ enum class Form {
     DateTime,  ///< The same.
     Tuple,
     Name,       ///< A module, class or function: by its dotted name.
+    Method,     ///< A method bound to a value: the value, and the name.
     Container,  ///< A list, map or set: the name of its class, and its items.
     Object,     ///< An object whose class opts in: the name of its class, and its state.
     None,       ///< Not at all.
@@ -32,6 +33,9 @@ ling::Any makeEmptyLike(const ling::Any& value);
 ling::Any stateOf(const ling::Any& object);
 /// None, or an error result.
 ling::Any restoreState(const ling::Any& object, const ling::Any& state);
+
+/// The value that a method is bound to and answers it by its name. None for every other function.
+ling::Any receiverOf(const ling::Any& function);
 
 /// The text of the `TypeError` for a value that does not travel.
 ling::String refusalOf(const ling::Any& value);

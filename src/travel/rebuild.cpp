@@ -92,6 +92,16 @@ ling::Any makeTuple(PyObject* argument) {
     return ling::Tuple_Generic(std::move(items));
 }
 
+ling::Any makeMethod(PyObject* argument) {
+    PyObject* receiver = nullptr;
+    PyObject* name = nullptr;
+    if (!PyTuple_Check(argument) || PyArg_ParseTuple(argument, "OU:method", &receiver, &name) == 0)
+        return wrongArgument();
+    ling::Any value;
+    const ling::String text = textFromPython(name);
+    return valueOfTraveller(receiver, value) ? value.boundMethod(platform::LookupName(text).method()) : ling::Any();
+}
+
 /// Native containers are many: they are made without a search for their class.
 template <class Container>
 ling::Any makeNative(PyObject*) {
@@ -112,9 +122,9 @@ struct Kind {
 
 /// The names are in pickles that others keep: they never change.
 constexpr Kind kKinds[] = {
-    {Form::Float, "float", makeFloat}, {Form::Time, "time", makeTime},  {Form::DateTime, "datetime", makeDateTime},
-    {Form::Tuple, "tuple", makeTuple}, {Form::Name, "name", makeNamed}, {Form::Container, "new", makeNew},
-    {Form::Object, "new", makeNew},
+    {Form::Float, "float", makeFloat}, {Form::Time, "time", makeTime},       {Form::DateTime, "datetime", makeDateTime},
+    {Form::Tuple, "tuple", makeTuple}, {Form::Name, "name", makeNamed},      {Form::Container, "new", makeNew},
+    {Form::Object, "new", makeNew},    {Form::Method, "method", makeMethod},
 };
 
 constexpr NativeKind kNativeKinds[] = {

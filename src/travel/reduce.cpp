@@ -60,6 +60,12 @@ PyRef classNameOf(const ling::Any& value) {
     return PyRef::steal(textToPython(ling::qualname(ling::raw_class_of(value))));
 }
 
+PyRef reduceMethod(const ling::Any& method) {
+    PyRef receiver = travellerOrObject(receiverOf(method));
+    const auto& function = *static_cast<const ling::internal::object_value_function*>(method.object());
+    return PyRef::steal(receiver ? Py_BuildValue("(ON)", receiver.get(), textToPython(function.name())) : nullptr);
+}
+
 /// The argument from which a value of this form is made again.
 PyRef argumentOf(const ling::Any& value, Form form) {
     switch (form) {
@@ -71,6 +77,8 @@ PyRef argumentOf(const ling::Any& value, Form form) {
             return reduceDateTime(ling::unchecked<ling::DateTime>(value));
         case Form::Tuple:
             return reduceTuple(value);
+        case Form::Method:
+            return reduceMethod(value);
         case Form::Name:
             return PyRef::steal(textToPython(dottedNameOf(value)));
         default:

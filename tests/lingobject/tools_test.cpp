@@ -117,10 +117,13 @@ constexpr ScriptRow kCopies[] = {
     {"AnotherObject", "return same(lambda way: way(t))",
      "TypeError: cannot copy or pickle 'things.Thing' object: its class has to have the methods __state__() and "
      "__restore__(state), and to be found by its name"},
-    {"ABoundMethod", "return same(lambda way: way(l.append), deep)",
-     "TypeError: cannot copy or pickle append(item): no name leads to it"},
-    {"AStateThatDoesNotTravel", "return same(lambda way: way(things.Keeper(l.append)), deep)",
-     "TypeError: cannot copy or pickle append(item): no name leads to it"},
+    {"AMethodWithItsReceiver",
+     "def check(way):\n    bound, items = way((l.append, l))\n    bound(3)\n    return [items, bound == items.append, "
+     "l]\n"
+     "return same(check, deep)",
+     "[[1, 2, 3], True, [1, 2]]"},
+    {"AStateThatDoesNotTravel", "return same(lambda way: way(things.Keeper(l.append.bindArgs(1))), deep)[:36]",
+     "TypeError: cannot copy or pickle app"},
     {"ANameThatIsGone", "pickle.loads(pickle.dumps(things.Thing, 0).replace(b'Thing', b'Thong'))",
      "AttributeError: the host has nothing called 'things.Thong'"},
     {"NoPickleOfOurs", "__import__('ling.python').python._rebuild('tree', 1)",
