@@ -24,6 +24,7 @@ def run(banner, member_names):
     """
     global _host_member_names
     _host_member_names = member_names
+    driver.console_begins()
     return driver._ended(_run, banner)
 
 

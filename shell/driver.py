@@ -159,6 +159,12 @@ def expect_console():
     return 0
 
 
+def console_begins():
+    """What ends the console ends the process."""
+    global _console_follows
+    _console_follows = False
+
+
 # The programs. Each function answers the exit status.
 
 

@@ -125,9 +125,9 @@ const Row kRows[] = {
      "42\n",
      "Traceback (most recent call last):\n  File \"<string>\", line 1, in <module>\n    import sys; x = 6; "
      "sys.exit(3)\n"
-     "                       ~~~~~~~~^^^\nSystemExit: 3\n>>> >>> \n",
-     0,
-     "x * 7\n"},
+     "                       ~~~~~~~~^^^\nSystemExit: 3\n>>> >>> ",
+     4,
+     "x * 7\nexit(4)\n"},
 };
 
 LING_TABLE(ShellModes, ::testing::Test, kRows);
