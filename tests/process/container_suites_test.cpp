@@ -1,12 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "process/support/process.h"
 
-/// What CPython asks of its own lists and dictionaries, asked of the runtime's.
+/// CPython's own tests: what it asks of its lists and dictionaries, asked of the runtime's, and its suites as they are.
 
 namespace {
 
@@ -34,6 +35,25 @@ TEST(ContainerSuites, ListsAndMapsPassWhatTheDesignPromises) {
     process::Command command = process::shell({script.string(), library[0], library[1]});
     command.limit = std::chrono::seconds(240);
     const Ended ended = process::run(command);
+    EXPECT_EQ(ended.status, 0) << ended.out << ended.err;
+}
+
+/// The short ones; the file says how to run all.
+TEST(PythonSuites, PassUnderTheShell) {
+    process::Command command;
+    command.program = process::python();
+    command.arguments = {"-I",
+                         "-B",
+                         LING_SOURCES "/tools/python_suites.py",
+                         process::stage().string(),
+                         "test_list",
+                         "test_dict",
+                         "test_copy",
+                         "test_pickle"};
+    command.limit = std::chrono::seconds(280);
+    const Ended ended = process::run(command);
+    if (ended.status == 77)
+        GTEST_SKIP() << ended.out;
     EXPECT_EQ(ended.status, 0) << ended.out << ended.err;
 }
 

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "process/support/process.h"
+#include "support/table.h"
 
 /// Programs and packages that nobody here wrote, run by the shell: in each the host takes part. The packages are those
 /// of the machine's CPython 3.13, put where the shell imports from. What is not installed is skipped.
@@ -20,14 +20,13 @@ using process::Ended;
 
 const fs::path kSources = LING_SOURCES;
 const fs::path kScripts = LING_TEST_SCRIPTS;
-const fs::path kExtension = host_run::stage().parent_path() / "examples/shop/extensions";
+const fs::path kExtension = process::stage().parent_path() / "examples/shop/extensions";
 
 /// Where the machine's CPython 3.13 has packages.
 const std::vector<fs::path>& packageFolders() {
     static const std::vector<fs::path> folders = [] {
-        const char* python = std::getenv("LING_TEST_PYTHON");
         process::Command command;
-        command.program = python != nullptr ? python : LING_TEST_PYTHON;
+        command.program = process::python();
         command.arguments = {"-c", "import site\nprint(*site.getsitepackages(), sep='\\n')"};
         const std::vector<std::string> lines = process::run(command).lines();
         return std::vector<fs::path>(lines.begin(), lines.end());
@@ -44,7 +43,7 @@ std::optional<fs::path> folderOf(const std::string& package, const std::vector<f
 class Machine {
 public:
     Machine() {
-        fs::copy_file(host_run::stage() / "lingsh", tree_.path() / "lingsh");
+        fs::copy_file(process::stage() / "lingsh", tree_.path() / "lingsh");
         for (const fs::path& folder : packageFolders()) {
             if (!fs::exists(folder))
                 continue;
@@ -67,7 +66,7 @@ public:
     }
 
 private:
-    host_run::ScratchTree tree_;
+    process::ScratchTree tree_;
     process::Folder home_;
 };
 
@@ -83,7 +82,21 @@ struct Row {
     const char* lastLine;
 };
 
-class Programs : public testing::TestWithParam<Row> {};
+const Row kPrograms[] = {
+    {"numpy", "numpy", "python3-numpy", "numpy 91"},
+    {"pandas", "pandas", "python3-pandas", "pandas True"},
+    {"matplotlib", "matplotlib", "python3-matplotlib", "matplotlib 1"},
+    {"requests", "requests", "python3-requests", "requests 404"},
+    {"lxml", "lxml", "python3-lxml", "lxml 1"},
+    {"pillow", "PIL", "python3-pil", "pillow 3072"},
+    {"sqlalchemy", "sqlalchemy", "python3-sqlalchemy", "sqlalchemy ['ink', 'paper', 'pen']"},
+    {"pydantic", "pydantic", "python3-pydantic", "pydantic 2"},
+    {"pytest", "pytest", "python3-pytest", "pytest 1 True"},
+    {"ipython", "IPython", "python3-ipython", "ipython 0"},
+    {"ipykernel", "ipykernel", "python3-ipykernel", "ipykernel [1, 2]"},
+};
+
+LING_TABLE(Programs, testing::Test, kPrograms);
 
 TEST_P(Programs, RunInTheHost) {
     const Row& row = GetParam();
@@ -94,20 +107,6 @@ TEST_P(Programs, RunInTheHost) {
     EXPECT_EQ(ended.status, 0) << ended.out << ended.err;
     EXPECT_TRUE(ended.out.ends_with(std::string(row.lastLine) + "\n")) << ended.out;
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, Programs,
-    testing::Values(Row{"numpy", "numpy", "python3-numpy", "numpy 91"},
-                    Row{"pandas", "pandas", "python3-pandas", "pandas True"},
-                    Row{"matplotlib", "matplotlib", "python3-matplotlib", "matplotlib 1"},
-                    Row{"requests", "requests", "python3-requests", "requests 404"},
-                    Row{"lxml", "lxml", "python3-lxml", "lxml 1"}, Row{"pillow", "PIL", "python3-pil", "pillow 3072"},
-                    Row{"sqlalchemy", "sqlalchemy", "python3-sqlalchemy", "sqlalchemy ['ink', 'paper', 'pen']"},
-                    Row{"pydantic", "pydantic", "python3-pydantic", "pydantic 2"},
-                    Row{"pytest", "pytest", "python3-pytest", "pytest 1 True"},
-                    Row{"ipython", "IPython", "python3-ipython", "ipython 0"},
-                    Row{"ipykernel", "ipykernel", "python3-ipykernel", "ipykernel [1, 2]"}),
-    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Clusters, ComputeWhatOneProcessComputes) {
     if (!folderOf("distributed", packageFolders()))
@@ -128,7 +127,7 @@ TEST(Stubs, HoldForTheHostAndFindMistakes) {
     if (!mypy)
         GTEST_SKIP() << "mypy is not installed (on Debian: python3-mypy).";
     const process::Folder folder;
-    const fs::path own = host_run::stage() / "qcomponents/qextensions";
+    const fs::path own = process::stage() / "qcomponents/qextensions";
     const std::vector<std::string> host = {"--extensions", own.string(), "--extensions", kExtension.string()};
     const fs::path stubs = folder.path() / "stubs";
     process::Command command = process::shell(host);
