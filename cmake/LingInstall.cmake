@@ -4,7 +4,7 @@
 #   runtime       the shared library that a host links
 #   python        the plug-in with its Python tree: it can be unpacked over any product that has a runtime of its own
 #   shell         lingsh
-#   development   headers, CMake package, pkg-config file, documents, examples
+#   development   headers, CMake package, pkg-config file, documents, API reference, examples
 #   debug         debug information, where LING_DEBUG_FILES keeps it, and the printers of gdb
 
 include(CMakePackageConfigHelpers)
@@ -21,6 +21,7 @@ install(DIRECTORY "${LING_STAGED_EXTENSIONS}/python3" "${LING_STAGED_EXTENSIONS}
     PATTERN ".debug" EXCLUDE PATTERN "*-gdb.py" EXCLUDE)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" "${PROJECT_SOURCE_DIR}/docs"
     DESTINATION share/ling COMPONENT development PATTERN "__pycache__" EXCLUDE)
+install(DIRECTORY "${LING_REFERENCE}/html/" DESTINATION share/ling/reference COMPONENT development OPTIONAL)
 
 foreach(folder IN ITEMS
         "." lib "${LING_EXTENSIONS_DIR}" "${LING_EXTENSIONS_DIR}/python3/lib" "${LING_EXTENSIONS_DIR}/site-packages")

@@ -44,8 +44,11 @@ file(READ "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/development${ling}/lib/pkgconfig
 string(REPLACE "\${pcfiledir}/../.." "${ling}" description "${description}")
 write_to(development "${system}/pkgconfig/ling.pc" "${description}")
 
-file(GLOB_RECURSE scripts RELATIVE "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/debug"
-    "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/debug/*-gdb.py")
+# Beside the library as well, gdb would find the script there first, and refuse it.
+set(debug "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/debug")
+file(GLOB_RECURSE scripts RELATIVE "${debug}" "${debug}/*-gdb.py")
 foreach(script IN LISTS scripts)
-    link_from(debug "/usr/share/gdb/auto-load/${script}" "/${script}")
+    get_filename_component(folder "${script}" DIRECTORY)
+    file(MAKE_DIRECTORY "${debug}/usr/share/gdb/auto-load/${folder}")
+    file(RENAME "${debug}/${script}" "${debug}/usr/share/gdb/auto-load/${script}")
 endforeach()
