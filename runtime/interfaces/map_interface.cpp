@@ -74,13 +74,15 @@ Any I_Map_Generic::get(const Any& key) const {
         return internal::native_map::get(unchecked<Map_Generic>(*this), key);
     // An implementation answers its second argument for a missing key. A value that nobody else has tells that apart
     // from every value that the map may hold.
-    const Any value = internal::result_unwrap_lazy(callMethod($get, {key, internal::absent_marker()}));
+    const Any value = internal::result_unwrap_lazy(get(key, internal::absent_marker()));
     return value.isSameAs(internal::absent_marker()) ? internal::key_not_found(key) : value;
 }
 
 Any I_Map_Generic::get(const Any& key, const Any& fallback) const {
     if (is_native(*this, Kind::Map))
         return internal::native_map::getOr(unchecked<Map_Generic>(*this), key, fallback);
+    if (const internal::map_access* access = internal::map_access_of(*this))
+        return internal::contain([&] { return access->get(*this, key, fallback); });
     return callMethod($get, {key, fallback});
 }
 

@@ -3,6 +3,7 @@
 #include "interfaces/native_value.h"
 #include "ling/class_record.h"
 #include "ling/iterable.h"
+#include "ling/short_ways.h"
 
 namespace ling::internal {
 
@@ -17,8 +18,8 @@ public:
     /// Puts the next item, or the error result that came in its place, into `item`. False, with `item` untouched, once
     /// the end was reached, and ever after. Threads that step one iterator at the same time get different items.
     virtual bool step(Any& item) = 0;
-    /// Whether a step asks somebody else for the item, who may answer one beside a failure.
-    virtual bool asksOthers() const noexcept { return false; }
+    /// A step in which nobody else is asked for the item, who might answer one beside a failure.
+    virtual Step stepAlone(Any& item) { return step(item) ? Step::Item : Step::End; }
     Any next();
 };
 

@@ -27,6 +27,8 @@ Any I_Sequence_Generic::at(const Any& index) const {
         return internal::native_list::at(unchecked<List_Generic>(*this), index);
     if (is_native(*this, Kind::Tuple))
         return internal::native_tuple::at(unchecked<Tuple_Generic>(*this), index);
+    if (const internal::sequence_access* access = internal::sequence_access_of(*this))
+        return internal::contain([&] { return access->at(*this, index); });
     return callMethod($at, {index});
 }
 
@@ -47,6 +49,8 @@ Result<Integer> I_Sequence_Generic::length() const {
         return Integer(static_cast<std::int64_t>(unchecked<List_Generic>(*this).size()));
     if (is_native(*this, Kind::Tuple))
         return Integer(static_cast<std::int64_t>(unchecked<Tuple_Generic>(*this).items().size()));
+    if (const internal::sequence_access* access = internal::sequence_access_of(*this))
+        return internal::read_result<Integer>(internal::contain([&] { return access->length(*this); }));
     return internal::read_result<Integer>(propertyValue($$length));
 }
 

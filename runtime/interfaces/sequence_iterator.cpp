@@ -7,7 +7,7 @@ namespace ling::internal {
 bool sequence_iterator::step(Any& item) {
     if (ended_.load(std::memory_order_relaxed))
         return false;
-    const std::int64_t index = next_.fetch_add(1, std::memory_order_relaxed);
+    const std::int64_t index = claim();
     const Result<Integer> length = sequence_.length();
     if (!length) {
         item = length.error();
@@ -24,6 +24,18 @@ bool sequence_iterator::step(Any& item) {
     }
     item = std::move(found);
     return true;
+}
+
+Step sequence_iterator::stepAlone(Any& item) {
+    if (ended_.load(std::memory_order_relaxed))
+        return Step::End;
+    // The sequence may have been given members meanwhile.
+    if (access_ == nullptr || sequence_access_of(sequence_) != access_)
+        return Step::Ask;
+    const Step step = access_->step(sequence_, next_, item);
+    if (step == Step::End)
+        end();
+    return step;
 }
 
 bool sequence_iterator::end() noexcept {

@@ -33,6 +33,11 @@ void list_builder::grow() {
     moveTo(counted_buffer<Any>::make(internal::grown_capacity(buffer_ == nullptr ? 0 : buffer_->capacity())));
 }
 
+void list_builder::growBy(std::size_t count) {
+    const std::size_t present = buffer_ == nullptr ? 0 : static_cast<std::size_t>(next_ - buffer_->items());
+    moveTo(counted_buffer<Any>::make(present + count));
+}
+
 /// Gives the buffer away, with its count set.
 counted_buffer<Any>* list_builder::finish() noexcept {
     if (buffer_ != nullptr)

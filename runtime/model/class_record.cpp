@@ -278,6 +278,7 @@ const std::vector<Type>& object_value_class::parameters() const { return tables(
 
 const found_member& object_value_class::methodProtocol() const { return tables().methodProtocol; }
 const found_member& object_value_class::propertyProtocol() const { return tables().propertyProtocol; }
+const offered_ways& object_value_class::offered() const { return tables().offered; }
 
 std::int64_t object_value_class::findField(const field_ident_untyped& id) const {
     const std::vector<declared_field>& fields = tables().fields;

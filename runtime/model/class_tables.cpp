@@ -1,5 +1,10 @@
 #include "model/class_tables.h"
 
+#include "ling/function.h"
+#include "ling/map_interface.h"
+#include "ling/property.h"
+#include "ling/sequence.h"
+
 #include <algorithm>
 
 namespace ling::internal {
@@ -104,6 +109,49 @@ void addMembers(member_table& table, const Ancestry& ancestry, Members class_dec
             table.addUnlessPresent(declared.id, {declared.member.object(), declared.definer, classLevel});
 }
 
+template <class Way>
+const Way* offeredBy(const Any& function) noexcept {
+    return function.is(Kind::Function)
+               ? dynamic_cast<const Way*>(unchecked<FunctionCL_Generic>(function).record()->offered())
+               : nullptr;
+}
+template <class Way>
+const Way* offeredByMethod(const found_member& method) noexcept {
+    return method && !method.classLevel ? offeredBy<Way>(Any::share(method.member)) : nullptr;
+}
+template <class Way>
+const Way* offeredByGetter(const found_member& member) noexcept {
+    if (!member || member.classLevel)
+        return nullptr;
+    const Property property = unchecked<Property>(Any::share(member.member));
+    return property.isValue() ? nullptr : offeredBy<Way>(property.getter());
+}
+
+/// A way that stands for two members is open where both offer it.
+template <class Way>
+const Way* agreed(const Way* one, const Way* other) noexcept {
+    return one == other ? one : nullptr;
+}
+
+void findOffers(member_tables& tables) {
+    tables.offered = {
+        agreed(offeredByMethod<sequence_access>(tables.methods.find(I_Sequence_Generic::$at)),
+               offeredByGetter<sequence_access>(tables.properties.find(I_Sequence_Generic::$$length))),
+        agreed(offeredByMethod<map_access>(tables.methods.find(I_Map_Generic::$get)),
+               offeredByMethod<map_access>(tables.methods.find(I_Map_Generic::$contains))),
+        offeredByMethod<member_source>(tables.methodProtocol),
+        offeredByMethod<member_source>(tables.propertyProtocol),
+    };
+}
+
+/// Whether the tables keep something apart that stands under this name.
+bool isKeptApart(const identifier& id) {
+    const identifier* const names[] = {&Any::$__method__,        &Any::$__property__,
+                                       &I_Sequence_Generic::$at, &I_Sequence_Generic::$$length,
+                                       &I_Map_Generic::$get,     &I_Map_Generic::$contains};
+    return std::ranges::any_of(names, [&id](const identifier* name) { return *name == id; });
+}
+
 /// A class that is changed while it is in use is changed again: room for as many names once more keeps the number of
 /// tables that were once in use small. `factor` is one or two.
 void fillMembers(class_tables& tables, std::size_t factor) {
@@ -126,6 +174,7 @@ void fillMembers(class_tables& tables, std::size_t factor) {
         table->arrange();
     tables.methodProtocol = tables.methods.find(Any::$__method__);
     tables.propertyProtocol = tables.methods.find(Any::$__property__);
+    findOffers(tables);
 }
 
 /// What the nearest ancestor declares under a name.
@@ -145,8 +194,7 @@ bool update(member_table& table, const identifier& id, const found_member& membe
 }  // namespace
 
 bool update_tables(class_tables& tables, const identifier& id) {
-    // These two are kept apart as well.
-    if (id == Any::$__method__ || id == Any::$__property__)
+    if (isKeptApart(id))
         return false;
     const Ancestry& ancestry = tables.ancestry;
     const found_member classMethod = nearest(ancestry, &class_declarations::classMethods, id, true);

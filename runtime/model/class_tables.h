@@ -116,8 +116,6 @@ struct class_tables : member_tables {
     ancestor_set ancestors;                     ///< The same.
     class_hooks hooks;
     std::vector<declared_field> fields;  ///< By their places in an instance.
-    found_member methodProtocol;
-    found_member propertyProtocol;
     // Of the class alone; here because matching a type and making an instance ask for it.
     bool isInterface = false;
     Class_Generic generic;

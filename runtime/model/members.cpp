@@ -7,7 +7,9 @@
 #include "ling/list.h"
 #include "ling/module.h"
 #include "model/argument_frame.h"
+#include "model/borrowed_frame.h"
 #include "model/own_members.h"
+#include "values/extras.h"
 
 #include <optional>
 
@@ -64,6 +66,9 @@ found_method find_method(const Any& value, const method_ident_untyped& id) {
     const found_member& protocol = raw_class_record(value)->methodProtocol();
     if (!protocol)
         return find_raw_method(value, id);
+    if (raw_class_record(value)->offered().methods != nullptr)
+        if (found_method found = find_raw_method(value, id); !found.method.isNone())
+            return ofFunction(std::move(found.method));
     Any method = askProtocol(protocol, value, id);
     return method.isNone() ? found_method{} : ofFunction(std::move(method));
 }
@@ -163,6 +168,9 @@ Property property_of(const Any& value, const property_ident_untyped& id) {
     const found_member& protocol = raw_class_record(value)->propertyProtocol();
     if (!protocol)
         return raw_property_of(value, id);
+    if (raw_class_record(value)->offered().properties != nullptr)
+        if (Property found = raw_property_of(value, id); !found.isNone())
+            return found;
     const Any answer = internal::askProtocol(protocol, value, id);
     return Property::cast(answer).valueOr(Property());
 }
@@ -225,8 +233,53 @@ Any Any::boundMethod(const method_ident_untyped& id) const {
     });
 }
 
+namespace {
+
+/// The tables that decide alone which methods a value has: it is no class, carries no members, and nobody but the
+/// runtime has to be asked before. Null for any other value.
+const internal::member_tables* decidingTables(const Any& value) noexcept {
+    const internal::object_value* object = value.object();
+    if (object != nullptr && (internal::carries_members(*object) || internal::asClassRecord(value) != nullptr))
+        return nullptr;
+    const internal::member_tables* tables = raw_class_record(value)->presentTables();
+    const bool decide = tables != nullptr && (!tables->methodProtocol || tables->offered.methods != nullptr);
+    return decide ? tables : nullptr;
+}
+
+/// Whether a method goes without the receiver in front: one that is found past a class's own look-up is what that would
+/// have answered, a function that says so itself.
+bool isIndependent(const found_member& method, const internal::member_tables& tables) noexcept {
+    return tables.offered.methods == nullptr
+               ? method.classLevel
+               : static_cast<const internal::object_value_function*>(method.member)->isIndependent();
+}
+
+/// Calls a method without counting what the class keeps and the caller holds. False where there is more to it.
+bool callDirectly(const Any& self, const method_ident_untyped& id, std::span<const Any> arguments, Any& result) {
+    const internal::member_tables* tables = decidingTables(self);
+    if (tables == nullptr)
+        return false;
+    const found_member& method = tables->methods.find(id);
+    if (!method)
+        return tables->offered.methods != nullptr && tables->offered.methods->callMethod(self, id, arguments, result);
+    if (method.member->kind() != Kind::Function)
+        return false;
+    // The callee may overwrite the very value that it is called through. The receiver keeps its class, and that its
+    // methods.
+    const Any held = self;
+    const internal::borrowed_frame frame(held, arguments);
+    const std::span<const Any> all = frame;
+    result = method.member->invoke(isIndependent(method, *tables) ? arguments : all);
+    return true;
+}
+
+}  // namespace
+
 Any Any::callMethod(const method_ident_untyped& id, std::span<const Any> arguments) const {
     return internal::contain([&] {
+        Any result;
+        if (callDirectly(*this, id, arguments, result))
+            return result;
         found_method found = internal::find_method(*this, id);
         if (found.method.isNone())
             return internal::helpers::error_method_not_found(id.name(), *this);

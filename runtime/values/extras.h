@@ -43,6 +43,11 @@ struct object_extras {
     object_value* nextDead = nullptr;  ///< Links objects that wait to be taken apart, those without extras aside.
 };
 
+inline bool carries_members(const object_value& object) noexcept {
+    const object_extras* extras = object.findExtras();
+    return extras != nullptr && extras->ownMembers.load(std::memory_order_acquire) != nullptr;
+}
+
 /// Puts `fresh` where nothing is yet; answers what stands there afterwards and deletes a `fresh` that came too late.
 template <class T, class Discard>
 T* publish(std::atomic<T*>& place, T* fresh, Discard&& discard) noexcept {

@@ -42,6 +42,11 @@ PyObject* toPython(const ling::Any& value);
 ling::Any toLingLocked(PyObject* object);
 PyObject* toPythonLocked(const ling::Any& value);
 
+/// The value of an object whose conversion runs no code and leaves no error: one of exactly the types `int`, `str`,
+/// `float`, `bool`, `None`, `list`, `tuple` and `dict`, unless something would be lost. False, with nothing done that
+/// anybody could see, for any other. Needs the interpreter lock, with no error pending.
+bool toLingPlainly(PyObject* object, ling::Any& value);
+
 /// The pending Python exception as an error result. No exception is pending afterwards.
 ///
 /// Returns  no value when nothing is pending, and when what is pending stands for a `ling` value that is no error.

@@ -8,6 +8,7 @@
 #include "functions/function_python.h"
 #include "host/gil_guard.h"
 #include "host/interruption.h"
+#include "host/names.h"
 #include "host/py_ref.h"
 #include "ling/basic_values.h"
 #include "ling/byte_array.h"
@@ -209,10 +210,99 @@ Answer byCommonType(PyObject* object) {
         return PythonProxy::create(ProxyClass::Mapping, object);
     if (exact == &PyList_Type || exact == &PyTuple_Type)
         return PythonProxy::create(ProxyClass::Sequence, object);
+    if (exact == &PyFunction_Type || exact == &PyMethod_Type || exact == &PyCFunction_Type)
+        return functionFromPython(object);
     return kNotMine;
 }
 
+constinit const Name kClass{"__class__"};
+
+/// Whether nothing but its type decides by which rule an object is taken: `isinstance` asks it for its `__class__`.
+bool isDecidedByType(PyTypeObject* type) {
+    PyObject* name = kClass.object();
+    if (name == nullptr || type->tp_getattro != PyObject_GenericGetAttr)
+        return false;
+    PyObject* found = _PyType_Lookup(type, name);
+    return found != nullptr && found == _PyType_Lookup(&PyBaseObject_Type, name);
+}
+
+/// The rules that took objects of some types, each for as long as the type is not changed: no two types, nor one before
+/// and after a change, have the same version. Under the interpreter lock.
+class RuleMemory {
+public:
+    const Rule* find(const PyTypeObject* type) const noexcept {
+        const Entry& entry = entries_[place(type)];
+        return entry.type == type && entry.version == type->tp_version_tag ? entry.rule : nullptr;
+    }
+    void keep(const PyTypeObject* type, const Rule* rule) noexcept {
+        if (type->tp_version_tag != 0)
+            entries_[place(type)] = {type, type->tp_version_tag, rule};
+    }
+
+private:
+    struct Entry {
+        const PyTypeObject* type = nullptr;
+        unsigned version = 0;
+        const Rule* rule = nullptr;
+    };
+    static constexpr std::size_t kSize = 256;
+    static std::size_t place(const PyTypeObject* type) noexcept {
+        return (reinterpret_cast<std::uintptr_t>(type) >> 5) % kSize;
+    }
+    Entry entries_[kSize];
+};
+
+constinit RuleMemory ruleMemory;
+
+/// The first rule that takes the object.
+Answer byRules(const Subject& subject, const Rule*& rule) {
+    Answer answer;
+    for (rule = kRules; !(answer = (*rule)(subject)); ++rule) {
+    }
+    return answer;
+}
+
+/// By the rule that took the last object of this type, if the type alone decides.
+ling::Any byRememberedRule(PyObject* object) {
+    const PyRef type = PyRef::borrow(reinterpret_cast<PyObject*>(Py_TYPE(object)));
+    const Subject subject{object, Py_TYPE(object)};
+    const bool isRemembered = object != Py_NotImplemented && !isLingObject(object);
+    if (const Rule* known = isRemembered ? ruleMemory.find(subject.type) : nullptr)
+        if (Answer answer = (*known)(subject))
+            return *std::move(answer);
+    const Rule* rule = nullptr;
+    const bool isKept = isRemembered && isDecidedByType(subject.type);
+    const unsigned version = subject.type->tp_version_tag;
+    Answer answer = byRules(subject, rule);
+    if (isKept && version == subject.type->tp_version_tag)  // The rules may have run code that changed the type.
+        ruleMemory.keep(subject.type, rule);
+    return *std::move(answer);
+}
+
+/// A float of which nothing is lost.
+bool isTold(double number) { return !(std::isinf(number) || std::fabs(number) >= 9223372036854775808.0); }
+
 }  // namespace
+
+bool toLingPlainly(PyObject* object, ling::Any& value) {
+    PyTypeObject* const exact = Py_TYPE(object);
+    if (exact == &PyLong_Type) {
+        int overflow = 0;
+        value = ling::Any(PyLong_AsLongLongAndOverflow(object, &overflow));
+        return overflow == 0;
+    }
+    if (exact == &PyFloat_Type && !isTold(PyFloat_AS_DOUBLE(object)))
+        return false;
+    const bool isNone = object == Py_None;
+    if (!isNone && exact != &PyUnicode_Type && exact != &PyFloat_Type && exact != &PyBool_Type &&
+        exact != &PyDict_Type && exact != &PyList_Type && exact != &PyTuple_Type)
+        return false;
+    value = toLingLocked(object);
+    if (PyErr_Occurred() == nullptr)
+        return true;
+    PyErr_Clear();  // Of a text with surrogates, which cannot be an interruption.
+    return false;
+}
 
 ling::Any toLingByRules(PyObject* object) {
     if (object == nullptr)
@@ -220,17 +310,15 @@ ling::Any toLingByRules(PyObject* object) {
     // The code that a rule runs may give the object another class, and the one it had may have lived through it alone.
     const PyRef type = PyRef::borrow(reinterpret_cast<PyObject*>(Py_TYPE(object)));
     const Subject subject{object, Py_TYPE(object)};
-    Answer answer;
-    for (const Rule* rule = kRules; !answer; ++rule)
-        answer = (*rule)(subject);
-    return *std::move(answer);
+    const Rule* rule = nullptr;
+    return *byRules(subject, rule);
 }
 
 ling::Any toLingLocked(PyObject* object) {
     if (object == nullptr || object == Py_None)
         return {};
     Answer answer = byCommonType(object);
-    return answer ? *std::move(answer) : toLingByRules(object);
+    return answer ? *std::move(answer) : byRememberedRule(object);
 }
 
 ling::Any toLing(PyObject* object) {

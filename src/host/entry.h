@@ -14,18 +14,25 @@ namespace ling::python {
 /// call is forgotten, so that it does not surface in this one.
 class PythonEntry {
 public:
-    PythonEntry() {
-        if (PyErr_Occurred() != nullptr)
-            putAside();
-    }
+    PythonEntry() : PythonEntry(PyThreadState_GetUnchecked()) {}
     ~PythonEntry() {
         if (aside_ != nullptr || isInterruptionHeld())
             putBack();
+    }
+    /// Whether an entry would do nothing on this thread: it holds the lock, and no error is pending or held.
+    static bool isNeedless() noexcept {
+        const PyThreadState* state = PyThreadState_GetUnchecked();
+        return state != nullptr && state->current_exception == nullptr && !isInterruptionHeld();
     }
     PythonEntry(const PythonEntry&) = delete;
     PythonEntry& operator=(const PythonEntry&) = delete;
 
 private:
+    explicit PythonEntry(const PyThreadState* current) : gil_(current) {
+        if (current != nullptr ? current->current_exception != nullptr : PyErr_Occurred() != nullptr)
+            putAside();
+    }
+
     void putAside() noexcept;
     void putBack() noexcept;
 

@@ -16,7 +16,10 @@ namespace ling::python {
 /// Must only be constructed while an interpreter runs (`ensureStarted`, or `ifAlive` where that is not certain).
 class GilGuard {
 public:
-    GilGuard() : holds_(!isHeld()), state_(holds_ ? acquire() : PyGILState_LOCKED) {}
+    GilGuard() : GilGuard(PyThreadState_GetUnchecked()) {}
+    /// The same for who knows the thread's current state already.
+    explicit GilGuard(const PyThreadState* current)
+        : holds_(current == nullptr), state_(holds_ ? acquire() : PyGILState_LOCKED) {}
     /// A failing release has no way on: it ends the process.
     ~GilGuard() {
         if (holds_)

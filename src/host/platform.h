@@ -6,6 +6,7 @@
 #include "ling/list.h"
 #include "ling/module.h"
 #include "ling/native_function.h"
+#include "ling/short_ways.h"
 #include "ling/shown_values.h"
 
 #include <initializer_list>
@@ -70,10 +71,24 @@ ling::FunctionCL_Generic makeFunction(std::string_view name, std::string_view na
     return ling::make_function(name, names, std::forward<Code>(code), doc);
 }
 
+/// Ways past a call, for speed alone: a runtime that knows none of them calls the functions. What the plug-in offers
+/// are the items of sequences (`at`, `length`, a step of an iteration), the values of maps, and the methods that Python
+/// alone has.
+using ItemWays = ling::internal::sequence_access;
+using ValueWays = ling::internal::map_access;
+using MethodWays = ling::internal::member_source;
+using ling::internal::Step;
+inline ling::FunctionCL_Generic offering(ling::FunctionCL_Generic function, const ling::internal::short_way& way) {
+    function.record()->offer(way);
+    return function;
+}
+
 /// The host's modules without a dot in their names, and those that have to be asked whether their members are bound by
 /// bare name. Neither takes longer for the modules below.
 inline std::vector<ling::Module> topLevelModules() { return ling::top_level_modules(); }
 inline std::vector<ling::Module> bindingModules() { return ling::binding_modules(); }
+/// A number that changes whenever a module comes to the first of these.
+inline std::uint64_t moduleTreeVersion() { return ling::module_tree_version(); }
 
 /// Puts a module that we made into the host's tree, under its own name. None, or an error result.
 inline ling::Any registerModule(const ling::Module& module) { return ling::internal::register_module(module); }

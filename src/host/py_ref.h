@@ -21,7 +21,7 @@ public:
         std::swap(object_, other.object_);
         return *this;
     }
-    ~PyRef() { Py_DecRef(object_); }
+    ~PyRef() { Py_XDECREF(object_); }
 
     /// Takes over a new reference. Null, the failure of many calls, gives null.
     [[nodiscard]] static PyRef steal(PyObject* object) noexcept { return PyRef(object); }

@@ -26,8 +26,12 @@ public:
     /// reference, or null with the Python error set, which is a `RecursionError` where mutual calls have used the stack
     /// of this thread up, and an interruption that is held.
     PyObject* call(PyObject* callable, PyObject* keywords = nullptr) const;
+    /// The same for a function that takes `receiver` in front of them, borrowed.
+    PyObject* callWith(PyObject* receiver, PyObject* function) const;
 
 private:
+    static bool mayCall();
+
     static constexpr std::size_t kSmall = 6;
     // The place in front is free for the callee to put a receiver into.
     PyObject* small_[kSmall + 1];
@@ -42,6 +46,8 @@ private:
 /// pending.
 ling::Any callPython(PyObject* callable, std::span<const ling::Any> positional,
                      std::span<const ling::NamedArgument> named = {});
+/// The same for a function that takes `receiver` in front of the arguments.
+ling::Any callPythonWith(PyObject* receiver, PyObject* function, std::span<const ling::Any> positional);
 
 /// The error result for an argument without a Python form; nothing stays pending.
 ling::Any cannotConvert(const ling::Any& argument);

@@ -12,6 +12,7 @@
 #include "ling/list.h"
 #include "proxies/argument_array.h"
 #include "proxies/method_names.h"
+#include "proxies/plain_items.h"
 #include "proxies/python_proxy.h"
 
 namespace ling::python {
@@ -96,6 +97,9 @@ ling::Any collectItems(const ling::Any& self, const ling::Class_Generic& cls) {
     if (!isStock(self, cls))
         return collectByDefault(self);
     PythonEntry entry;
+    if (PyObject* object = PythonProxy::pythonObject(self))
+        if (std::optional<ling::Any> items = plainItems(object))
+            return *std::move(items);
     ling::Any problem;
     PyRef iterator = newIterator(self, problem);
     return iterator ? listOfItems(iterator.get(), Items::Whole) : problem;

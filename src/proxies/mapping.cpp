@@ -1,4 +1,5 @@
 #include "bridge/convert.h"
+#include "bridge/small_integer.h"
 #include "host/entry.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
@@ -10,6 +11,8 @@
 #include "proxies/argument_array.h"
 #include "proxies/iteration.h"
 #include "proxies/method_names.h"
+#include "proxies/plain_items.h"
+#include "proxies/proxy_record.h"
 #include "proxies/python_proxy.h"
 
 #include <optional>
@@ -25,19 +28,21 @@ namespace exact {
 
 /// A converted key that may go the short way, or null.
 PyRef plainKey(PyObject* object, const ling::Any& key) {
-    if (object == nullptr || !PyDict_CheckExact(object) || key.isNone() ||
-        (key.kind() != ling::Kind::String && key.kind() != ling::Kind::Integer))
+    if (object == nullptr || !PyDict_CheckExact(object) ||
+        (!key.is(ling::Kind::Integer) && !key.is(ling::Kind::String)))
         return {};
-    return PyRef::steal(toPython(key));
+    return PyRef::steal(toPythonLocked(key));
 }
 
-std::optional<ling::Any> get(const ling::Any& self, const ling::Any& key, const ling::Any& fallback) {
-    PyObject* object = PythonProxy::pythonObject(self);
-    PythonEntry entry;
+/// Within an entry, by which `object` is held.
+std::optional<ling::Any> get(PyObject* object, const ling::Any& key, const ling::Any& fallback) {
     PyRef plain = plainKey(object, key);
     if (!plain)
         return std::nullopt;
     PyObject* value = PyDict_GetItemWithError(object, plain.get());
+    ling::Any small;
+    if (value != nullptr && readSmallInteger(value, small))
+        return small;
     if (value != nullptr || PyErr_Occurred() != nullptr)
         return takeResult(Py_XNewRef(value));
     return fallback;
@@ -77,13 +82,35 @@ ling::Any remove(const ling::Any& self, const ling::Any& key) {
 
 /// Asks the proxy whether it has the key through `ling`'s dispatch, so that an override counts; only then reads it.
 ling::Any get(const ling::Any& self, const ling::Any& key, const ling::Any& fallback) {
-    if (isStock(self, PythonProxyMapping::getClass()))
-        if (std::optional<ling::Any> value = exact::get(self, key, fallback))
+    if (isStock(self, PythonProxyMapping::getClass())) {
+        PythonEntry entry;
+        if (std::optional<ling::Any> value = exact::get(PythonProxy::pythonObject(self), key, fallback))
             return *std::move(value);
+    }
     const ling::Any present = asBoolean(self.callMethod(ling::I_Map_Generic::$contains, {key}));
     if (ling::internal::is_error_result(present))
         return present;
     return present.asBoolean() ? PythonProxy::callPythonMethod(self, names::dunderGetitem, {key}) : fallback;
+}
+
+/// What `$get` and `$contains` offer together, so that nobody has put another in the place of either.
+class Access final : public platform::ValueWays {
+public:
+    ling::Any get(const ling::Any& self, const ling::Any& key, const ling::Any& fallback) const override {
+        if (PyObject* object = exactlyHeld(self, PythonProxyMapping::getClass().record())) {
+            PythonEntry entry;
+            const PyRef dict = PyRef::borrow(object);  // Comparing keys may run code.
+            if (std::optional<ling::Any> value = exact::get(dict.get(), key, fallback))
+                return *std::move(value);
+        }
+        const ling::Any held = self;
+        return python::get(held, key, fallback);
+    }
+};
+
+ling::FunctionCL_Generic offering(ling::FunctionCL_Generic function) {
+    static const Access& access = *new Access;
+    return platform::offering(std::move(function), access);
 }
 
 ling::Any clear(const ling::Any& self) { return PythonProxy::callPythonMethod(self, names::clear); }
@@ -94,12 +121,15 @@ ling::Any length(const ling::Any& self) {
     return lengthOf(self);
 }
 
-/// A list of all that the view under `name` gives now.
-ling::Any listOf(const ling::Any& self, const Name& name, Items wanted) {
+/// A list of all that the view under `name` gives now; `plain` gives that of an exact `dict` in a shorter way.
+ling::Any listOf(const ling::Any& self, const Name& name, std::optional<ling::Any> (*plain)(PyObject*), Items wanted) {
     PythonEntry entry;
     PyObject* object = PythonProxy::pythonObject(self);
     if (object == nullptr)
         return ling::List_Generic::empty();
+    if (PyDict_CheckExact(object))
+        if (std::optional<ling::Any> items = plain(object))
+            return *std::move(items);
     PyRef method = PyRef::steal(attribute(object, name));
     PyRef view = method ? PyRef::steal(ArgumentArray(0).call(method.get())) : PyRef();
     PyRef iterator = view ? PyRef::steal(PyObject_GetIter(view.get())) : PyRef();
@@ -109,19 +139,19 @@ ling::Any listOf(const ling::Any& self, const Name& name, Items wanted) {
     return error.isNone() ? platform::failure(u"Unknown error.") : error;
 }
 
-ling::Any keys(const ling::Any& self) { return listOf(self, names::keys, Items::AsTheyCome); }
-ling::Any values(const ling::Any& self) { return listOf(self, names::values, Items::AsTheyCome); }
+ling::Any keys(const ling::Any& self) { return listOf(self, names::keys, &plainItems, Items::AsTheyCome); }
+ling::Any values(const ling::Any& self) { return listOf(self, names::values, &plainValues, Items::AsTheyCome); }
 
 /// What iterating the mapping gives: its keys.
 ling::Any collect(const ling::Any& self) {
-    return isStock(self, PythonProxyMapping::getClass()) ? listOf(self, names::keys, Items::Whole)
+    return isStock(self, PythonProxyMapping::getClass()) ? listOf(self, names::keys, &plainItems, Items::Whole)
                                                          : collectByDefault(self);
 }
 
 ling::Type itemType(const ling::Any&) { return ling::Untyped::getType(); }
 
 ling::FunctionCL_Generic getMethod() {
-    ling::FunctionCL_Generic method = ling::make_method("get", "key, default", &get);
+    ling::FunctionCL_Generic method = offering(ling::make_method("get", "key, default", &get));
     (void)method.setParameterDefaults({ling::Any()});
     return method;
 }
@@ -137,7 +167,7 @@ ling::Class_Generic makeClass() {
         .method(Mutable::$set, "key, value", &set)
         .method(Mutable::$remove, "key", &remove)
         .method(Map::$get, getMethod())
-        .method(Map::$contains, "key", &containsValue)
+        .method(Map::$contains, offering(ling::make_method("contains", "key", &containsValue)))
         .method(Mutable::$clear, "", &clear)
         .method(ling::I_Iterable_Generic::$collect, "", &collect)
         .property(Map::$$valuesType, property_builder().getter(&itemType).doc("The type of the values: any."))

@@ -2,6 +2,7 @@
 
 #include <Python.h>
 
+#include "ling/class.h"
 #include "ling/class_record.h"
 
 #include <atomic>
@@ -36,5 +37,13 @@ private:
 
     std::atomic<PyObject*> object_{nullptr};
 };
+
+/// What a proxy of exactly the class `cls` holds, borrowed. Null for any other value: of classes that derive from those
+/// of the proxies, and override what they like, nothing is known.
+inline PyObject* exactlyHeld(const ling::Any& value, const ling::internal::object_value_class* cls) noexcept {
+    const ling::internal::object_value* proxy = value.object();
+    return proxy != nullptr && proxy->ownClass() == cls ? static_cast<const ProxyRecord*>(proxy)->pythonObject()
+                                                        : nullptr;
+}
 
 }  // namespace ling::python

@@ -1,6 +1,5 @@
 #include "ling/sequence.h"
 #include "bridge/convert.h"
-#include "bridge/small_integer.h"
 #include "host/entry.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
@@ -12,6 +11,7 @@
 #include "proxies/iteration.h"
 #include "proxies/method_names.h"
 #include "proxies/python_proxy.h"
+#include "proxies/sequence_access.h"
 
 #include <optional>
 
@@ -19,130 +19,8 @@ namespace ling::python {
 
 namespace {
 
-/// The short ways: for an exact `list` or `tuple`, whose methods nobody can have replaced, and arguments for which the
-/// named method could do nothing else. Each answers nothing where the named method has to be asked, errors included.
-namespace exact {
-
-bool isSequence(PyObject* object) { return PyList_CheckExact(object) || PyTuple_CheckExact(object); }
-
-/// The position meant by an index, if it is inside.
-std::optional<Py_ssize_t> position(PyObject* sequence, const ling::Any& index) {
-    if (!index.is(ling::Kind::Integer))
-        return std::nullopt;
-    const Py_ssize_t size = Py_SIZE(sequence);
-    const std::int64_t wanted = index.asInteger() + (index.asInteger() < 0 ? size : 0);
-    return wanted >= 0 && wanted < size ? std::optional<Py_ssize_t>(wanted) : std::nullopt;
-}
-
-/// Borrowed.
-PyObject* itemOf(PyObject* sequence, Py_ssize_t at) {
-    return PyList_CheckExact(sequence) ? PyList_GET_ITEM(sequence, at) : PyTuple_GET_ITEM(sequence, at);
-}
-
-/// Whether nobody can have replaced the methods of the object's class, and the object has none of its own: what
-/// `__getitem__` and `__len__` do is then what the class's slots do.
-bool hasFixedMethods(PyObject* object) {
-    const PyTypeObject* type = Py_TYPE(object);
-    return PyType_HasFeature(Py_TYPE(object), Py_TPFLAGS_IMMUTABLETYPE) &&
-           type->tp_getattro == PyObject_GenericGetAttr && type->tp_dictoffset == 0 &&
-           !PyType_HasFeature(Py_TYPE(object), Py_TPFLAGS_MANAGED_DICT);
-}
-
-/// An item is kept alive while it is converted, unless nothing can happen meanwhile.
-ling::Any convertItem(PyObject* item) {
-    ling::Any value;
-    return readSmallInteger(item, value) ? value : takeResult(Py_NewRef(item));
-}
-
-/// The item of a `range`, an `array`, a `deque` and their like.
-std::optional<ling::Any> itemBySlot(PyObject* object, const ling::Any& index) {
-    PythonEntry entry;
-    PyRef key = PyRef::steal(toPython(index));
-    return takeResult(key ? PyObject_GetItem(object, key.get()) : nullptr);
-}
-
-std::optional<ling::Any> at(const ling::Any& self, const ling::Any& index) {
-    PyObject* object = PythonProxy::pythonObject(self);
-    if (object == nullptr || !index.is(ling::Kind::Integer))
-        return std::nullopt;
-    if (!isSequence(object))
-        return hasFixedMethods(object) ? itemBySlot(object, index) : std::nullopt;
-    PythonEntry entry;
-    const std::optional<Py_ssize_t> where = position(object, index);
-    if (!where)
-        return std::nullopt;
-    return convertItem(itemOf(object, *where));
-}
-
-bool hasLengthSlot(const PyTypeObject* type) {
-    return (type->tp_as_sequence != nullptr && type->tp_as_sequence->sq_length != nullptr) ||
-           (type->tp_as_mapping != nullptr && type->tp_as_mapping->mp_length != nullptr);
-}
-
-std::optional<ling::Any> length(const ling::Any& self) {
-    PyObject* object = PythonProxy::pythonObject(self);
-    if (object == nullptr)
-        return std::nullopt;
-    PythonEntry entry;  // Another thread may be about to change the list.
-    if (isSequence(object))
-        return ling::Any(Py_SIZE(object));
-    if (!hasFixedMethods(object) || !hasLengthSlot(Py_TYPE(object)))
-        return std::nullopt;
-    const Py_ssize_t size = PyObject_Size(object);
-    return size >= 0 ? ling::Any(size) : takeResult(nullptr);
-}
-
-std::optional<ling::Any> append(const ling::Any& self, const ling::Any& value) {
-    PyObject* object = PythonProxy::pythonObject(self);
-    if (object == nullptr || !PyList_CheckExact(object))
-        return std::nullopt;
-    PythonEntry entry;
-    PyRef item = PyRef::steal(toPython(value));
-    if (!item)
-        return cannotConvert(value);
-    return PyList_Append(object, item.get()) == 0 ? ling::Any() : takeResult(nullptr);
-}
-
-std::optional<ling::Any> set(const ling::Any& self, const ling::Any& index, const ling::Any& value) {
-    PyObject* object = PythonProxy::pythonObject(self);
-    if (object == nullptr || !PyList_CheckExact(object))
-        return std::nullopt;
-    PythonEntry entry;
-    PyRef item = PyRef::steal(toPython(value));
-    if (!item)
-        return cannotConvert(value);
-    const std::optional<Py_ssize_t> where = position(object, index);  // Only now: the conversion may run code.
-    if (!where)
-        return std::nullopt;
-    return PyList_SetItem(object, *where, item.release()) == 0 ? ling::Any() : takeResult(nullptr);
-}
-
-/// All items under one acquisition of the lock. The list is asked for its length at each step, since converting an item
-/// may run code that changes it.
-std::optional<ling::Any> collect(const ling::Any& self) {
-    PyObject* object = PythonProxy::pythonObject(self);
-    if (object == nullptr || !isSequence(object))
-        return std::nullopt;
-    PythonEntry entry;
-    ling::list_builder items(static_cast<std::size_t>(Py_SIZE(object)));
-    for (Py_ssize_t i = 0; i < Py_SIZE(object); ++i) {
-        items.add(convertItem(itemOf(object, i)));
-        if (PyErr_Occurred() != nullptr)
-            return takeConversionError();
-    }
-    return items.take();
-}
-
-}  // namespace exact
-
-ling::Any at(const ling::Any& self, const ling::Any& index) {
-    if (std::optional<ling::Any> item = exact::at(self, index))
-        return *std::move(item);
-    return PythonProxy::callPythonMethod(self, names::dunderGetitem, {index});
-}
-
 ling::Any atOr(const ling::Any& self, const ling::Any& index, const ling::Any& fallback) {
-    const ling::Any item = ling::internal::result_unwrap_lazy(at(self, index));
+    const ling::Any item = ling::internal::result_unwrap_lazy(itemAt(self, index));
     return ling::internal::is_error_result(item) ? fallback : item;
 }
 
@@ -150,12 +28,6 @@ ling::Any set(const ling::Any& self, const ling::Any& index, const ling::Any& va
     if (std::optional<ling::Any> outcome = exact::set(self, index, value))
         return *std::move(outcome);
     return PythonProxy::callPythonMethod(self, names::dunderSetitem, {index, value});
-}
-
-ling::Any length(const ling::Any& self) {
-    if (std::optional<ling::Any> known = exact::length(self))
-        return *std::move(known);
-    return lengthOf(self);
 }
 
 ling::Any append(const ling::Any& self, const ling::Any& value) {
@@ -228,6 +100,14 @@ ling::Any collect(const ling::Any& self) {
     return collectByDefault(self);
 }
 
+ling::internal::property_builder lengthProperty() {
+    ling::internal::property_builder property;
+    property.assign_getter(
+        platform::offering(ling::make_method(ling::internal::kGetterName, "", &sequenceLength), sequenceAccess()));
+    property.doc("How many items there are.");
+    return property;
+}
+
 ling::FunctionCL_Generic withDefaults(ling::FunctionCL_Generic method, std::initializer_list<ling::Any> defaults) {
     (void)method.setParameterDefaults(defaults);
     return method;
@@ -251,9 +131,8 @@ ling::Class_Generic makeClass() {
         .method(ling::I_Iterable_Generic::$contains, "value", &containsValue)
         .method(ling::I_Iterable_Generic::$collect, "", &collect)
         .method(Sequence::$atOr, "index, default", &atOr)
-        .method(Sequence::$at, "index", &at)
-        .property(Sequence::$$length,
-                  ling::internal::property_builder().getter(&length).doc("How many items there are."))
+        .method(Sequence::$at, platform::offering(ling::make_method("at", "index", &itemAt), sequenceAccess()))
+        .property(Sequence::$$length, lengthProperty())
         .build();
 }
 

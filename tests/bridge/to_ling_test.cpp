@@ -174,6 +174,50 @@ TEST_F(ToLingTest, TheFirstRuleThatTakesAnObjectDecides) {
     }
 }
 
+/// What is remembered of a type holds until the type, or one that it derives from, is changed; an object whose class
+/// does not decide alone is looked at each time.
+TEST_F(ToLingTest, AChangedTypeIsLookedAtAnew) {
+    constexpr const char* kChanges[] = {"pass",
+                                        "Base.__iter__ = lambda self: iter(())",
+                                        "Base.__getitem__ = lambda self, index: index",
+                                        "del Base.__getitem__",
+                                        "Derived.__call__ = lambda self: 1",
+                                        "del Base.__iter__, Derived.__call__",
+                                        "Base.__int__ = lambda self: 5",
+                                        "del Base.__int__",
+                                        "value.__class__ = Other",
+                                        "value.__class__ = Derived",
+                                        "value = Lying()",
+                                        "answers.append(ValueError)",
+                                        "answers.clear()",
+                                        "value = Derived()",
+                                        "Base.__getattribute__ = lambda self, name: ValueError",
+                                        "del Base.__getattribute__",
+                                        "Derived.__bases__ = Other,",
+                                        "Other.__float__ = lambda self: 2.5"};
+    GilGuard gil;
+    run(R"(
+answers = []
+def told(): return answers[-1] if answers else int
+class Base: pass
+class Derived(Base): pass
+class Other:
+    def __iter__(self): return iter(())
+class Lying: __class__ = property(lambda self: told())
+value = Derived())");
+    for (const char* change : kChanges) {
+        SCOPED_TRACE(change);
+        run(change);
+        PyRef object = eval("value");
+        const std::string expected = describe(toLingByRules(object.get()));
+        const std::string pending = takePending();
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_EQ(describe(toLing(object.get())), expected);
+            EXPECT_EQ(takePending(), pending);
+        }
+    }
+}
+
 TEST_F(ToLingTest, NullGivesNone) {
     EXPECT_TRUE(toLing(nullptr).isNone());
     GilGuard gil;

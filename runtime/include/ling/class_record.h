@@ -123,6 +123,10 @@ public:
     /// The method by which the class answers look-ups itself, when it overrides the protocol of `Any`.
     const found_member& methodProtocol() const;
     const found_member& propertyProtocol() const;
+    /// What the functions of the class offer past being called.
+    const offered_ways& offered() const;
+    /// All tables as they are now, or null while none are built or members are left for later: a look-up builds them.
+    const member_tables* presentTables() const noexcept { return tables_.load(std::memory_order_acquire); }
     /// What the class declares itself. Guarded: see `read_declarations`, through which all others read it.
     const class_declarations& declarations() const noexcept { return *declarations_; }
     class_declarations& declarations() noexcept { return *declarations_; }

@@ -45,6 +45,7 @@ class Result;
 namespace internal {
 class object_value;
 class object_value_class;
+class short_way;
 class object_value_function;
 class object_value_object;
 struct identifier_data;

@@ -155,6 +155,9 @@ public:
     virtual Result<Signature> signature() const = 0;
     virtual bool isIndependent() const noexcept = 0;
     virtual function_identity identity() const noexcept { return {this, {}}; }
+    /// Offers a way past calling it (`ling/short_ways.h`). For builders, before anybody else knows the function.
+    void offer(const short_way& way) noexcept { offered_ = &way; }
+    const short_way* offered() const noexcept { return offered_; }
     /// Replaces the defaults of the last parameters that go by position, as many as `defaults` has. None, or an error
     /// result.
     virtual Any setParameterDefaults(std::span<const Any> defaults);
@@ -166,6 +169,7 @@ public:
 
 private:
     Any definingClass_;  // Weak, or none. Guarded by guard().
+    const short_way* offered_ = nullptr;
 };
 
 /// A function implemented in native code: everything but the code itself, which `call` is.

@@ -12,6 +12,10 @@
 
 namespace ling {
 
+namespace internal {
+class native_iterator;
+}
+
 /// Something that gives one item after the other. `next` answers a `StopIteration` error result at the end, and any
 /// other error result when the iteration failed.
 class LING_EXPORT I_Iterator_Generic : public Any {
@@ -32,14 +36,15 @@ public:
 ///     if (it.failed()) return it.error();
 class LING_EXPORT iteration {
 public:
-    explicit iteration(Any iterator) noexcept : iterator_(std::move(iterator)) {}
+    explicit iteration(Any iterator) noexcept;
     bool advance();  ///< True when there is a next item; lazy items are resolved.
     const Any& item() const noexcept { return item_; }
     bool failed() const noexcept { return !error_.isNone(); }
     const Any& error() const noexcept { return error_; }
 
 private:
-    Any iterator_;  // An iterator, or the error result that came in its place.
+    Any iterator_;                       // An iterator, or the error result that came in its place.
+    internal::native_iterator* native_;  // The same, if it is one of the runtime's.
     Any item_;
     Any error_;
 };

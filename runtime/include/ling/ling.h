@@ -36,5 +36,6 @@
 #include "ling/result.h"
 #include "ling/sequence.h"
 #include "ling/set_interface.h"
+#include "ling/short_ways.h"
 #include "ling/string.h"
 #include "ling/type.h"

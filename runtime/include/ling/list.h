@@ -61,11 +61,19 @@ public:
             grow();
         std::construct_at(next_++, std::move(item));
     }
+    /// Raw memory for `count` items more, for those who make many at once. `added` says how many of them there are now.
+    Any* room(std::size_t count) {
+        if (static_cast<std::size_t>(end_ - next_) < count)
+            growBy(count);
+        return next_;
+    }
+    void added(std::size_t count) noexcept { next_ += count; }
     /// The list of all that was added. The builder is empty afterwards.
     List_Generic take();
 
 private:
     void grow();
+    void growBy(std::size_t count);
     void moveTo(internal::counted_buffer<Any>* buffer) noexcept;
     internal::counted_buffer<Any>* finish() noexcept;
 

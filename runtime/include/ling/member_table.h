@@ -2,6 +2,7 @@
 
 #include "ling/any.h"
 #include "ling/identifier.h"
+#include "ling/short_ways.h"
 
 #include <atomic>
 #include <cstddef>
@@ -71,6 +72,10 @@ struct member_tables {
     member_table properties{0};
     member_table classMethods{0};
     member_table classProperties{0};
+    // What stands under the names of the member protocol, and what is offered past the functions above.
+    found_member methodProtocol;
+    found_member propertyProtocol;
+    offered_ways offered;
 };
 
 }  // namespace ling::internal
