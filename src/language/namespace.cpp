@@ -5,6 +5,9 @@
 #include "host/platform.h"
 #include "language/variables.h"
 
+#include <cstdint>
+#include <utility>
+
 namespace ling::python {
 
 namespace {
@@ -33,30 +36,55 @@ ling::Any bindMembers(PyObject* target, const ling::Module& module) {
     return {};
 }
 
-}  // namespace
+/// The top-level modules as they were when the tree of modules had this version. Under the interpreter lock.
+struct BoundModules {
+    std::uint64_t version = 0;
+    PyRef dictionary;  // Never changed once it is here: nobody else knows it.
+};
 
-ling::Any bindModules(PyObject* target) {
+BoundModules& boundModules() {
+    static BoundModules& modules = *new BoundModules;
+    return modules;
+}
+
+/// Makes sure that the modules of now are bound, and gives them in `dictionary`. None, or an error result.
+ling::Any ensureModules(PyRef& dictionary) {
+    const std::uint64_t version = platform::moduleTreeVersion();  // Before the modules: more of them may come.
+    BoundModules& bound = boundModules();
+    if (bound.dictionary && bound.version == version) {
+        dictionary = bound.dictionary;
+        return {};
+    }
+    dictionary = PyRef::steal(PyDict_New());
+    if (!dictionary)
+        return takePythonError();
     for (const ling::Module& module : platform::topLevelModules()) {
-        if (ling::Any problem = bindVariable(target, module.name(), module); !problem.isNone())
+        if (ling::Any problem = bindVariable(dictionary.get(), module.name(), module); !problem.isNone())
             return problem;
     }
+    bound.version = version;
+    PyRef before = std::exchange(bound.dictionary, dictionary);  // Goes last.
     return {};
 }
 
+}  // namespace
+
+ling::Any bindModules(PyObject* target) {
+    PyRef modules;
+    ling::Any problem = ensureModules(modules);
+    if (problem.isNone() && PyDict_Update(target, modules.get()) != 0)
+        problem = takePythonError();
+    return problem;
+}
+
 ling::Any mergeNamespace(PyObject* target) {
-    PyRef fresh = PyRef::steal(PyDict_New());
-    if (!fresh)
-        return takePythonError();
     for (const ling::Module& module : platform::bindingModules()) {
         if (!bindsMembers(module))
             continue;
-        if (ling::Any problem = bindMembers(fresh.get(), module); !problem.isNone())
+        if (ling::Any problem = bindMembers(target, module); !problem.isNone())
             return problem;
     }
-    ling::Any problem = bindModules(fresh.get());
-    if (problem.isNone() && PyDict_Merge(target, fresh.get(), 1) != 0)
-        problem = takePythonError();
-    return problem;
+    return bindModules(target);
 }
 
 }  // namespace ling::python

@@ -5,6 +5,7 @@
 #include "host/platform.h"
 #include "host/py_ref.h"
 #include "ling/failure_beside.h"
+#include "ling/hash_containers.h"
 
 namespace ling::python {
 
@@ -22,7 +23,15 @@ ling::Any readInto(Variables& variables, const ling::I_Map_Generic& map, const l
     return {};
 }
 
+/// An empty map of the runtime's own needs no list of its keys.
+bool isPlainlyEmpty(const ling::Any& map) {
+    return map.is(ling::Kind::Map) && map.object()->ownClass() == nullptr && map.object()->findExtras() == nullptr &&
+           ling::unchecked<ling::Map_Generic>(map).size() == 0;
+}
+
 ling::Any readAll(Variables& variables, const ling::I_Map_Generic& map) {
+    if (isPlainlyEmpty(map))
+        return {};
     const ling::Any keys = ling::internal::answer_or_failure([&map] { return map.keys(); });
     if (ling::internal::is_error_result(keys))
         return keys;
