@@ -169,6 +169,27 @@ Figures collectAll(const char* name) {
         {repeat([&] { keep(unchecked<I_Iterable_Generic>(items).collectImpl()); }), repeat(yardstick), nullptr, kBulk});
 }
 
+/// All entries of a dict at once: each is a tuple, which both sides hold in a counted value of their own.
+Figures collectEntries() {
+    const GilGuard gil;
+    PyObject* hand = object("bulk_items");
+    const Any items = python::toLing(hand);
+    const auto yardstick = [hand] {
+        struct Held {
+            std::size_t count;
+            PyRef tuple;
+        };
+        std::vector<std::unique_ptr<Held>> values;
+        values.reserve(kBulk);
+        PyRef iterator = PyRef::steal(PyObject_GetIter(hand));
+        while (PyRef tuple = PyRef::steal(PyIter_Next(iterator.get())))
+            values.push_back(std::unique_ptr<Held>(new Held{1, std::move(tuple)}));
+        keep(values.size());
+    };
+    return compare(
+        {repeat([&] { keep(unchecked<I_Iterable_Generic>(items).collectImpl()); }), repeat(yardstick), nullptr, kBulk});
+}
+
 Figures valueByText() {
     const GilGuard gil;
     PyObject* hand = object("table");
@@ -219,6 +240,7 @@ std::vector<Row> hostRows() {
     for (const char* kind : {"tuple", "range", "array", "deque", "set", "keys", "values"})
         rows.push_back({std::string("h bulk, ") + kind + ", each item", 2.6,
                         [kind] { return collectAll((std::string("bulk_") + kind).c_str()); }});
+    rows.push_back({"h bulk, items, each", 2.6, collectEntries});
     rows.push_back({"h value of a dict by text", 2, valueByText});
     rows.push_back({"h Python raises, host takes the error", 2.5, pythonRaises});
     for (const TextSample& text : kTextSamples)

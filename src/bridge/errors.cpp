@@ -1,6 +1,7 @@
 #include "bridge/errors.h"
 
 #include "bridge/convert.h"
+#include "bridge/small_integer.h"
 #include "bridge/text.h"
 #include "bridge/travel.h"
 #include "host/cached_import.h"
@@ -41,7 +42,10 @@ struct ExceptionDepth {
 /// The error that the exception was raised for, or whatever else its attribute holds. Null without one.
 PyRef carriedValue(PyObject* exception) {
     PyObject* key = exceptionDepth <= kDeepestExceptions ? kLing.object() : nullptr;
-    return PyRef::steal(key != nullptr ? PyObject_GetAttr(exception, key) : nullptr);
+    PyObject* value = nullptr;
+    if (key != nullptr)
+        (void)PyObject_GetOptionalAttr(exception, key, &value);
+    return PyRef::steal(value);
 }
 
 ling::String textOrEmpty(PyObject* object) { return ling::String::cast(toLing(object)).valueOr(ling::String()); }
@@ -341,7 +345,10 @@ ling::Any takeResult(PyObject* result) {
     PyRef owned = PyRef::steal(result);
     if (!owned)
         return takePythonError();
-    ling::Any value = toLingLocked(owned.get());
+    ling::Any value;
+    if ((owned.get() == Py_None || readSmallInteger(owned.get(), value)) && !isInterruptionHeld())
+        return value;
+    value = toLingLocked(owned.get());
     return mustRaiseInterruption() ? takePythonError() : value;
 }
 

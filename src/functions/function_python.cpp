@@ -11,6 +11,7 @@
 #include "ling/extension.h"
 #include "ling/interfaces.h"
 #include "proxies/argument_array.h"
+#include "proxies/proxy_record.h"
 #include "proxies/python_proxy.h"
 #include "proxies/python_type.h"
 
@@ -29,16 +30,36 @@ namespace {
 
 const ling::field_ident_untyped $_signature("_signature");
 
+/// The callable is held: it may lose the function that it was called through.
+ling::Any callHeld(PyObject* callable, std::span<const ling::Any> positional,
+                   std::span<const ling::NamedArgument> named) {
+    PythonEntry entry;
+    const PyRef held = PyRef::borrow(callable);
+    return held ? callPython(callable, positional, named) : platform::failure(u"Unable to find the function.");
+}
+
 ling::Any invokeNamed(const ling::Any& self, std::span<const ling::Any> positional,
                       std::span<const ling::NamedArgument> named) {
-    PythonEntry entry;
-    PyObject* callable = PythonProxy::pythonObject(self);
-    return callable == nullptr ? platform::failure(u"Unable to find the function.")
-                               : callPython(callable, positional, named);
+    return callHeld(PythonProxy::pythonObject(self), positional, named);
 }
 
 ling::Any invoke(const ling::Any& self, std::span<const ling::Any> arguments) {
     return invokeNamed(self, arguments, {});
+}
+
+/// What stands behind a function: it is called without a look at its class, but for whether that says so.
+class FunctionRecord final : public ProxyRecord {
+public:
+    using ProxyRecord::ProxyRecord;
+    ling::Any invoke(std::span<const ling::Any> arguments) override {
+        if (ownClass()->hooks().invoke != &python::invoke)
+            return ProxyRecord::invoke(arguments);
+        return platform::contain([&] { return callHeld(pythonObject(), arguments, {}); });
+    }
+};
+
+ling::internal::object_value* allocateFunction(ling::internal::object_value_class* klass) {
+    return new FunctionRecord(klass);
 }
 
 ling::Any invokeWithSequence(const ling::Any& self, const ling::I_Sequence_Generic& arguments) {
@@ -144,7 +165,7 @@ ling::Class_Generic makeClass() {
         .parent(PythonProxy::getClass())
         .parent(Invokable::getClass())
         .doc("Invokable wrapper around of a Python function.")
-        .hooks({.invoke = &invoke, .invokeNamed = &invokeNamed})
+        .hooks({.allocate = &allocateFunction, .invoke = &invoke, .invokeNamed = &invokeNamed})
         .field($_signature, ling::internal::type_unite(ling::Signature::getType(), ling::None::getType()),
                "The signature, once it was asked for.")
         .method(Invokable::$invoke, "arguments", &invokeWithSequence)
