@@ -8,7 +8,10 @@
 #include "ling/list.h"
 
 #include <cstring>
+#include <memory>
+#include <new>
 #include <type_traits>
+#include <utility>
 
 namespace ling::python {
 
@@ -24,13 +27,32 @@ bool isExactly(PyObject* object, const char* name, CachedImport& import) {
            reinterpret_cast<PyObject*>(Py_TYPE(object)) == import.get();
 }
 
-bool add(ling::list_builder& items, PyObject* item) {
-    ling::Any value;
-    if (!readSmallInteger(item, value) && !toLingPlainly(item, value))
-        return false;
-    items.add(std::move(value));
-    return true;
-}
+/// Fills raw memory of a list with so many items at most, and counts them when it is done.
+class Filler {
+public:
+    Filler(ling::list_builder& items, std::size_t room)
+        : items_(items), first_(items.room(room)), next_(first_), end_(first_ + room) {}
+    ~Filler() { items_.added(static_cast<std::size_t>(next_ - first_)); }
+    Filler(const Filler&) = delete;
+    Filler& operator=(const Filler&) = delete;
+
+    /// False for an item that is not plain.
+    bool add(PyObject* item) {
+        ling::Any value;
+        if (next_ == end_ || (!readSmallInteger(item, value) && !toLingPlainly(item, value)))
+            return false;
+        std::construct_at(next_++, std::move(value));
+        return true;
+    }
+    void addNumber(std::int64_t number) noexcept { std::construct_at(next_++, number); }
+    bool isFull() const noexcept { return next_ == end_; }
+
+private:
+    ling::list_builder& items_;
+    ling::Any* const first_;
+    ling::Any* next_;
+    ling::Any* const end_;
+};
 
 /// The item at a position, as an integer of 64 bits.
 bool readInteger(PyObject* sequence, Py_ssize_t position, std::int64_t& value) {
@@ -42,73 +64,75 @@ bool readInteger(PyObject* sequence, Py_ssize_t position, std::int64_t& value) {
     return overflow == 0;
 }
 
-/// The first and the last item say what is between them.
-bool addRange(ling::list_builder& items, PyObject* range) {
-    const Py_ssize_t count = PyObject_Size(range);
-    if (count <= 1) {
-        forgetError();  // Longer than a `Py_ssize_t`.
-        std::int64_t only = 0;
-        if (count < 0 || (count == 1 && !readInteger(range, 0, only)))
-            return false;
-        if (count == 1)
-            items.add(only);
-        return true;
-    }
+/// The ends of a `range` and the way between its items, if all are integers of 64 bits.
+struct RangeParts {
     std::int64_t first = 0;
-    std::int64_t second = 0;
-    std::int64_t last = 0;
     std::int64_t step = 0;
-    if (!readInteger(range, 0, first) || !readInteger(range, 1, second) || !readInteger(range, count - 1, last) ||
-        __builtin_sub_overflow(second, first, &step))
+};
+
+std::optional<RangeParts> partsOf(PyObject* range, Py_ssize_t count) {
+    RangeParts parts;
+    std::int64_t last = 0;
+    std::int64_t second = 0;
+    if (count == 0)
+        return parts;
+    if (!readInteger(range, 0, parts.first) || !readInteger(range, count - 1, last))
+        return std::nullopt;
+    if (count > 1 && (!readInteger(range, 1, second) || __builtin_sub_overflow(second, parts.first, &parts.step)))
+        return std::nullopt;
+    return parts;
+}
+
+bool addRange(ling::list_builder& items, PyObject* range, std::size_t count) {
+    const std::optional<RangeParts> parts = partsOf(range, static_cast<Py_ssize_t>(count));
+    if (!parts)
         return false;
-    ling::Any* place = items.room(static_cast<std::size_t>(count));
-    for (Py_ssize_t i = 0; i < count; ++i)
-        std::construct_at(place + i, first + i * step);
-    items.added(static_cast<std::size_t>(count));
+    Filler filler(items, count);
+    auto number = static_cast<std::uint64_t>(parts->first);  // One step past the last may be past the integers.
+    for (std::size_t i = 0; i < count; ++i, number += static_cast<std::uint64_t>(parts->step))
+        filler.addNumber(static_cast<std::int64_t>(number));
     return true;
 }
 
 template <class Number>
-void addNumbers(ling::list_builder& items, const Py_buffer& buffer) {
-    const auto count = static_cast<std::size_t>(buffer.len) / sizeof(Number);
-    ling::Any* place = items.room(count);
-    for (std::size_t i = 0; i < count; ++i) {
+void addNumbers(Filler& filler, const Py_buffer& buffer) {
+    for (Py_ssize_t at = 0; at < buffer.len; at += static_cast<Py_ssize_t>(sizeof(Number))) {
         Number number;
-        std::memcpy(&number, static_cast<const char*>(buffer.buf) + i * sizeof(Number), sizeof(Number));
-        std::construct_at(place + i, number);
+        std::memcpy(&number, static_cast<const char*>(buffer.buf) + at, sizeof(Number));
+        filler.addNumber(number);
     }
-    items.added(count);
 }
 
 /// The integers that have a form in any case.
-bool addNumbers(ling::list_builder& items, const Py_buffer& buffer) {
+bool addNumbers(Filler& filler, const Py_buffer& buffer) {
     switch (buffer.format[0]) {
         case 'b':
-            return addNumbers<signed char>(items, buffer), true;
+            return addNumbers<signed char>(filler, buffer), true;
         case 'B':
-            return addNumbers<unsigned char>(items, buffer), true;
+            return addNumbers<unsigned char>(filler, buffer), true;
         case 'h':
-            return addNumbers<short>(items, buffer), true;
+            return addNumbers<short>(filler, buffer), true;
         case 'H':
-            return addNumbers<unsigned short>(items, buffer), true;
+            return addNumbers<unsigned short>(filler, buffer), true;
         case 'i':
-            return addNumbers<int>(items, buffer), true;
+            return addNumbers<int>(filler, buffer), true;
         case 'I':
-            return addNumbers<unsigned>(items, buffer), true;
+            return addNumbers<unsigned>(filler, buffer), true;
         case 'l':
         case 'q':
             static_assert(sizeof(long) == sizeof(long long));
-            return addNumbers<long long>(items, buffer), true;
+            return addNumbers<long long>(filler, buffer), true;
         default:
             return false;
     }
 }
 
-bool addIterated(ling::list_builder& items, PyObject* container) {
+bool addIterated(ling::list_builder& items, PyObject* container, std::size_t size) {
+    Filler filler(items, size);
     PyRef iterator = PyRef::steal(PyObject_GetIter(container));
     const iternextfunc next = iterator ? Py_TYPE(iterator.get())->tp_iternext : nullptr;
     while (PyRef item = PyRef::steal(next != nullptr ? next(iterator.get()) : nullptr))
-        if (!add(items, item.get()))
+        if (!filler.add(item.get()))
             return false;
     const bool isWhole = iterator && PyErr_Occurred() == nullptr;
     forgetError();
@@ -116,59 +140,65 @@ bool addIterated(ling::list_builder& items, PyObject* container) {
 }
 
 /// The entries in use of the table that is the set.
-bool addSet(ling::list_builder& items, PyObject* object) {
+bool addSet(ling::list_builder& items, PyObject* object, std::size_t size) {
+    Filler filler(items, size);
     const auto* set = reinterpret_cast<const PySetObject*>(object);
     for (const setentry* entry = set->table; entry <= set->table + set->mask; ++entry)
-        if (entry->key != nullptr && entry->hash != -1 && !add(items, entry->key))
+        if (entry->key != nullptr && entry->hash != -1 && !filler.add(entry->key))
             return false;
     return true;
 }
 
 /// Gives `take` the objects that a container shows to the collector of cycles, to which it shows all that it holds, up
-/// to the first that `take` refuses.
+/// to the first that `take` refuses, or cannot take for want of memory.
 template <class Take>
 void forEachReferent(PyObject* container, Take&& take) {
     const auto visit = [](PyObject* object, void* taker) {
-        return (*static_cast<std::remove_reference_t<Take>*>(taker))(object) ? 0 : 1;
+        try {
+            return (*static_cast<std::remove_reference_t<Take>*>(taker))(object) ? 0 : 1;
+        } catch (const std::bad_alloc&) {
+            return 1;  // Whoever calls is written in C.
+        }
     };
     (void)Py_TYPE(container)->tp_traverse(container, visit, &take);
 }
 
-/// A deque shows its items in their order, besides its type.
-bool addDeque(ling::list_builder& items, PyObject* deque) {
-    const Py_ssize_t size = PyObject_Size(deque);
-    PyObject* const type = reinterpret_cast<PyObject*>(Py_TYPE(deque));
-    Py_ssize_t count = 0;
-    forEachReferent(deque, [&](PyObject* item) {
-        if (item == type && count == 0)
-            return true;
-        const bool isAdded = add(items, item);
-        count += isAdded ? 1 : 0;
-        return isAdded;
+/// A deque shows its items in their order, after its type.
+bool addDeque(ling::list_builder& items, PyObject* deque, std::size_t size) {
+    Filler filler(items, size);
+    bool isTypeShown = false;
+    forEachReferent(deque, [&](PyObject* shown) {
+        if (!isTypeShown && shown == reinterpret_cast<PyObject*>(Py_TYPE(deque)))
+            return isTypeShown = true;
+        return filler.add(shown);
     });
-    return count == size;
+    return filler.isFull();
 }
 
-bool addArray(ling::list_builder& items, PyObject* array) {
-    Py_buffer buffer;
-    if (PyObject_GetBuffer(array, &buffer, PyBUF_FORMAT | PyBUF_ND) != 0) {
-        forgetError();
-        return false;
+bool addArray(ling::list_builder& items, PyObject* array, std::size_t size) {
+    bool isDone = false;
+    {
+        Filler filler(items, size);
+        Py_buffer buffer;
+        if (PyObject_GetBuffer(array, &buffer, PyBUF_FORMAT | PyBUF_ND) == 0) {
+            isDone = addNumbers(filler, buffer);
+            PyBuffer_Release(&buffer);
+        }
     }
-    const bool isDone = addNumbers(items, buffer);
-    PyBuffer_Release(&buffer);
-    return isDone || addIterated(items, array);
+    forgetError();
+    return isDone || addIterated(items, array, size);
 }
 
 enum class Entries { Keys, Values };
 
-bool addEntries(ling::list_builder& items, PyObject* dict, Entries wanted) {
+bool addEntries(ling::list_builder& items, PyObject* dict, std::size_t size, Entries wanted) {
     if (dict == nullptr)
         return false;
+    Filler filler(items, size);
     PyObject* key = nullptr;
     PyObject* value = nullptr;
     for (Py_ssize_t position = 0; PyDict_Next(dict, &position, &key, &value) != 0;)
-        if (!add(items, wanted == Entries::Keys ? key : value))
+        if (!filler.add(wanted == Entries::Keys ? key : value))
             return false;
     return true;
 }
@@ -183,12 +213,20 @@ PyObject* dictOf(PyObject* view) {
     return dict;
 }
 
-using Add = bool (*)(ling::list_builder& items, PyObject* object);
+using Add = bool (*)(ling::list_builder& items, PyObject* object, std::size_t size);
 
-bool addKeys(ling::list_builder& items, PyObject* dict) { return addEntries(items, dict, Entries::Keys); }
-bool addValues(ling::list_builder& items, PyObject* dict) { return addEntries(items, dict, Entries::Values); }
-bool addKeysOfView(ling::list_builder& items, PyObject* view) { return addKeys(items, dictOf(view)); }
-bool addValuesOfView(ling::list_builder& items, PyObject* view) { return addValues(items, dictOf(view)); }
+bool addKeys(ling::list_builder& items, PyObject* dict, std::size_t size) {
+    return addEntries(items, dict, size, Entries::Keys);
+}
+bool addValues(ling::list_builder& items, PyObject* dict, std::size_t size) {
+    return addEntries(items, dict, size, Entries::Values);
+}
+bool addKeysOfView(ling::list_builder& items, PyObject* view, std::size_t size) {
+    return addKeys(items, dictOf(view), size);
+}
+bool addValuesOfView(ling::list_builder& items, PyObject* view, std::size_t size) {
+    return addValues(items, dictOf(view), size);
+}
 
 /// How the items of an object are taken, or null.
 Add wayFor(PyObject* object) {
@@ -214,8 +252,9 @@ std::optional<ling::Any> take(PyObject* object, Add add) {
         return std::nullopt;
     const Py_ssize_t size = PyObject_Size(object);
     forgetError();  // Of a `range` longer than a `Py_ssize_t`.
-    ling::list_builder items(size > 0 && add != &addRange && add != &addArray ? static_cast<std::size_t>(size) : 0);
-    return add(items, object) ? std::optional<ling::Any>(items.take()) : std::nullopt;
+    ling::list_builder items;
+    return size >= 0 && add(items, object, static_cast<std::size_t>(size)) ? std::optional<ling::Any>(items.take())
+                                                                           : std::nullopt;
 }
 
 }  // namespace
