@@ -53,7 +53,9 @@ String String::fromUTF8(std::string_view utf8) {
     // more, which costs less than counting its units first.
     String result = uninitialised(utf8.size());
     const std::size_t length = internal::utf8_to_utf16(utf8, result.writable());
-    return length == utf8.size() ? result : String(std::u16string_view(result.writable(), length));
+    if (length == utf8.size())
+        return result;
+    return String(std::u16string_view(result.writable(), length));
 }
 
 String String::fromUTF8(const ByteArray& utf8) { return fromUTF8(utf8.view()); }

@@ -52,7 +52,7 @@ class FunctionRecord final : public ProxyRecord {
 public:
     using ProxyRecord::ProxyRecord;
     ling::Any invoke(std::span<const ling::Any> arguments) override {
-        if (ownClass()->hooks().invoke != &python::invoke)
+        if (ownClass() != functionPythonClass().record() && ownClass()->hooks().invoke != &python::invoke)
             return ProxyRecord::invoke(arguments);
         return platform::contain([&] { return callHeld(pythonObject(), arguments, {}); });
     }

@@ -94,6 +94,8 @@ bool isPythonProxy(const ling::Any& value) noexcept {
 }
 
 PyObject* PythonProxy::pythonObject(const ling::Any& proxy) noexcept {
+    if (PyObject* object = exactlyHeld(proxy, getClass().record()))
+        return object;
     ling::internal::object_value* object = ling::internal::cast_object(proxy, getClass());
     return object == nullptr ? nullptr : static_cast<ProxyRecord*>(object)->pythonObject();
 }
