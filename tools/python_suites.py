@@ -34,7 +34,6 @@ EXCLUDED = {
     ],
     "The library is an archive: its modules have no files, and its code names them from where the archive lies, so that "
     "`importlib.resources.files()` has to be told the package.": [
-        "*.ReloadTests.test_reload_missing_loader",
         "*_ReloadTests.test_reload_missing_loader",
         "*.test_implicit_files_package",
         "*.test_implicit_files_submodule",

@@ -77,8 +77,8 @@ std::string Annotations::of(const ling::Type& type, Way way) {
     std::string text;
     for (const ling::Type& part : type.parts()) {
         const std::string one = type.isUnion() ? of(part, way) : ofClass(type.toClass(), way);
-        if (one == any())
-            return one;
+        if (one.empty())
+            return any();
         if (seen.insert(one).second)
             text += (text.empty() ? "" : " | ") + one;
     }
@@ -87,7 +87,7 @@ std::string Annotations::of(const ling::Type& type, Way way) {
 
 std::string Annotations::ofClass(const ling::Class_Generic& cls, Way way) {
     if (cls.isNone() || isUndefined(cls))
-        return any();
+        return {};
     if (cls == ling::None::getClass())
         return "None";
     const std::string python = pythonNameOf(cls);

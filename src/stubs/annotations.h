@@ -37,6 +37,7 @@ public:
     std::string imports() const;
 
 private:
+    /// Empty where it may be anything.
     std::string ofClass(const ling::Class_Generic& cls, Way way);
     std::string ofInterface(const std::string& abstract, const ling::Class_Generic& cls);
     std::string parametersOf(const std::string& abstract, const ling::Class_Generic& cls);
