@@ -43,7 +43,7 @@ public:
         for (const std::string& name : names_)
             add(name);
         const std::string imports = annotations_.imports() + children_;
-        return kHead + documentation("", module_.doc()) + (imports.empty() ? "" : imports + "\n") + body_;
+        return kHead + documentation("", module_.doc()) + (imports.empty() ? "" : imports + "\n") + exported() + body_;
     }
 
 private:
@@ -61,6 +61,14 @@ private:
         for (const ling::Class_Generic& cls : module.classes())
             names.merge(namesInStubOf(cls));
         return names;
+    }
+
+    /// What `import *` binds.
+    std::string exported() const {
+        std::string text = "__all__ = [\n";
+        for (const std::string& name : names_)
+            text += "    \"" + name + "\",\n";
+        return text + "]\n\n";
     }
 
     void add(const std::string& name) {

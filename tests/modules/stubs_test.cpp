@@ -103,7 +103,8 @@ TEST_P(Stubs, DeclareFunctions) {
     (void)ling::register_function(module, GetParam().make("class"));  // No name for Python.
     const ling::python::GilGuard gil;
     const std::string text = ling::python::stubOf(ling::find_module(ling::String(module)));
-    EXPECT_TRUE(text.ends_with("\n\ndef f" + std::string(GetParam().declared) + "\n")) << text;
+    EXPECT_TRUE(text.ends_with("\n__all__ = [\n    \"f\",\n]\n\ndef f" + std::string(GetParam().declared) + "\n"))
+        << text;
 }
 
 /// What is declared hides what has the same name elsewhere.
