@@ -178,7 +178,7 @@ struct HeldItems {
     Py_ssize_t count = 0;
 };
 
-HeldItems heldItems(const ling::Any& self) noexcept {
+[[gnu::always_inline]] inline HeldItems heldItems(const ling::Any& self) noexcept {
     // Found once, without a call.
     static constinit std::atomic<const ling::internal::object_value_class*> sequences{nullptr};
     const ling::internal::object_value_class* cls = sequences.load(std::memory_order_relaxed);
@@ -223,10 +223,7 @@ public:
     }
 
     platform::Step step(const ling::Any& self, std::atomic<std::int64_t>& next, ling::Any& item) const override {
-        if (PythonEntry::isNeedless())
-            return stepLocked(self, next, item);
-        const GilGuard gil;
-        return PythonEntry::isNeedless() ? stepLocked(self, next, item) : platform::Step::Ask;
+        return PythonEntry::isNeedless() ? stepLocked(self, next, item) : stepFromOutside(self, next, item);
     }
 
     std::int64_t claim(std::atomic<std::int64_t>& next) const override {
@@ -237,9 +234,16 @@ public:
     }
 
 private:
+    [[gnu::noinline]] static platform::Step stepFromOutside(const ling::Any& self, std::atomic<std::int64_t>& next,
+                                                            ling::Any& item) {
+        const GilGuard gil;
+        return PythonEntry::isNeedless() ? stepLocked(self, next, item) : platform::Step::Ask;
+    }
+
     /// An item that is not plain is asked for by whoever looks at what its conversion leaves pending. So is the end of
     /// what holds no items: it may be no list.
-    static platform::Step stepLocked(const ling::Any& self, std::atomic<std::int64_t>& next, ling::Any& item) {
+    [[gnu::always_inline]] static platform::Step stepLocked(const ling::Any& self, std::atomic<std::int64_t>& next,
+                                                            ling::Any& item) {
         const HeldItems items = heldItems(self);
         const std::int64_t position = next.load(std::memory_order_relaxed);
         if (position >= items.count)

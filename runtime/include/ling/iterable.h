@@ -43,6 +43,8 @@ public:
     const Any& error() const noexcept { return error_; }
 
 private:
+    bool finish(bool hasItem);
+
     Any iterator_;                       // An iterator, or the error result that came in its place.
     internal::native_iterator* native_;  // The same, if it is one of the runtime's.
     Any item_;
