@@ -57,13 +57,23 @@ Any get(const Map_Generic& self, const Any& key, const Any& fallback) {
     return fallback.isSameAs(Undefined()) ? native_map::get(self, key) : native_map::getOr(self, key, fallback);
 }
 
+/// All or nothing: what is new goes again when a later item cannot be inserted.
 Any insertAll(const Set_Generic& self, const Any& items) {
     const Result<std::vector<Any>> all = collect_items(items);
     if (!all)
         return all.error();
-    for (const Any& item : *all)
-        if (Any outcome = native_set::insert(self, item); is_error_result(outcome))
+    std::vector<const Any*> added;
+    added.reserve(all->size());
+    for (const Any& item : *all) {
+        Any outcome = contain([&] { return native_set::insert(self, item); });
+        if (is_error_result(outcome)) {
+            for (const Any* one : added)
+                (void)native_set::remove(self, *one);
             return outcome;
+        }
+        if (outcome.asBoolean())
+            added.push_back(&item);
+    }
     return Any();
 }
 

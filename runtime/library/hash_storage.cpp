@@ -34,7 +34,7 @@ void hash_storage::enter(std::uint64_t hash, std::size_t entry) noexcept {
 
 void hash_storage::add(const Any& key, std::uint64_t hash, Any&& value) noexcept {
     enter(hash, entries_->count);
-    std::construct_at(entries_.items() + entries_->count, key, std::move(value), hash);
+    std::construct_at(entries_.items() + entries_->count, hash_entry{key, std::move(value), hash});
     ++entries_->count;
     ++live_;
 }

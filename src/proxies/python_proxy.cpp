@@ -14,6 +14,8 @@
 #include "proxies/method_names.h"
 #include "proxies/proxy_record.h"
 
+#include <new>
+
 namespace ling::python {
 
 const ling::field_ident_untyped PythonProxy::$_pyobj("_pyobj");
@@ -104,8 +106,10 @@ ling::Any PythonProxy::create(ProxyClass kind, PyObject* object) { return create
 
 ling::Any PythonProxy::create(const ling::Class_Generic& cls, PyObject* object) {
     ling::Any proxy = cls.allocateInstance();
-    if (!ling::internal::is_error_result(proxy))
-        static_cast<ProxyRecord*>(proxy.object())->hold(object);
+    // Nothing but memory is needed for one. An error result would pass for the value that stands for the object.
+    if (ling::internal::is_error_result(proxy))
+        throw std::bad_alloc();
+    static_cast<ProxyRecord*>(proxy.object())->hold(object);
     return proxy;
 }
 

@@ -27,8 +27,8 @@ enum class ProxyClass : std::uint8_t {
 /// is ever pointed at another.
 class PythonProxy : public ling::Any {
 public:
-    /// A new proxy that holds a reference of its own to `object`, or an error result. The class of each kind is built
-    /// on first use. Does not look at the object, runs no Python code and leaves a pending error alone. Needs the
+    /// A new proxy that holds a reference of its own to `object`; throws `std::bad_alloc`. The class of each kind is
+    /// built on first use. Does not look at the object, runs no Python code and leaves a pending error alone. Needs the
     /// interpreter lock.
     static ling::Any create(ProxyClass kind, PyObject* object);
     /// The same for a class of its own that derives from `PythonProxy`.

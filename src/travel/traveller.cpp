@@ -7,6 +7,7 @@
 #include "travel/rebuild.h"
 #include "travel/reduce.h"
 
+#include <memory>
 #include <unordered_map>
 #include <utility>
 
@@ -99,11 +100,12 @@ bool isTraveller(PyObject* object) noexcept { return Py_TYPE(object)->tp_dealloc
 PyRef travellerFor(const ling::Any& value) {
     if (const auto known = travellers().find(value.object()); value.isHeap() && known != travellers().end())
         return PyRef::borrow(known->second);
+    auto cell = std::make_unique<ling::Any>(value);  // First: the end of a traveller expects it.
     PyTypeObject* type = travellerType();
     PyRef made = PyRef::steal(type != nullptr ? PyObject_New(PyObject, type) : nullptr);
     if (!made)
         return {};
-    reinterpret_cast<Traveller*>(made.get())->value = new ling::Any(value);
+    reinterpret_cast<Traveller*>(made.get())->value = cell.release();
     if (value.isHeap())
         travellers().emplace(value.object(), made.get());
     return made;
