@@ -11,7 +11,7 @@ extern "C" void quorvanta_extension_init();
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(LING_FUZZING)
 constexpr bool kSanitized = true;
 #else
 constexpr bool kSanitized = false;
