@@ -87,6 +87,12 @@ std::u16string given;
 
 PyObject* callNothing(PyObject*, PyObject*) { Py_RETURN_NONE; }
 
+PyObject* blockNothing(PyObject*, PyObject*) {
+    Py_BEGIN_ALLOW_THREADS;
+    Py_END_ALLOW_THREADS;
+    Py_RETURN_NONE;
+}
+
 PyObject* add(PyObject*, PyObject* const* arguments, Py_ssize_t) {
     return PyLong_FromLongLong(PyLong_AsLongLong(arguments[0]) + PyLong_AsLongLong(arguments[1]));
 }
@@ -121,6 +127,7 @@ PyObject* giveText(PyObject*, PyObject*) { return textByHand(given); }
 
 PyMethodDef functions[] = {
     {"call0", callNothing, METH_NOARGS, nullptr},
+    {"block0", blockNothing, METH_NOARGS, nullptr},
     {"add", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(&add)), METH_FASTCALL, nullptr},
     {"take", take, METH_O, nullptr},
     {"fail", fail, METH_NOARGS, nullptr},

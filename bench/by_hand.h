@@ -46,7 +46,8 @@ struct HandValue {
 };
 
 /// Puts the hand-written functions, types and objects into the namespace that loops of Python run in: `hand_call0`,
-/// `hand_add`, `hand_thing`, `hand_list`, `hand_take`, `hand_Thing`, `hand_fail`, `hand_takeText` and `hand_giveText`.
+/// `hand_block0`, `hand_add`, `hand_thing`, `hand_list`, `hand_take`, `hand_Thing`, `hand_fail`, `hand_takeText` and
+/// `hand_giveText`.
 void addByHand(PyObject* names, std::size_t listLength);
 /// What `hand_giveText` gives.
 void giveByHand(std::u16string_view units);

@@ -51,6 +51,7 @@ void addByLing(PyObject* names) {
     };
     const Class_Generic cls = thingClass();
     put("ling_call0", make_function("call0", "", [] {}));
+    put("ling_block0", make_function("block0", "", blocking([] {})));
     put("ling_add", make_function("add", "a, b", [](std::int64_t a, std::int64_t b) { return a + b; }));
     put("ling_take", make_function("take", "object", [](const Any&) {}));
     put("ling_fail", make_function("fail", "", []() -> Any { return Error(u"No such thing.", true); }));
@@ -124,6 +125,7 @@ std::vector<Row> pythonRows() {
         const char* statement;
     } statements[] = {
         {"p call, no argument", 1.7, "f = %_call0", "f()"},
+        {"p call, blocking, no argument", 1.7, "f = %_block0", "f()"},
         {"p call, two integers", 1.9, "f = %_add", "f(i, 2)"},
         {"p method of an object, one integer", 3.5, "t = %_thing", "t.plus(i)"},
         {"p property read", 1.3, "t = %_thing", "t.size"},

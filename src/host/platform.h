@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ling/blocking.h"
 #include "ling/depth_check.h"
 #include "ling/error.h"
 #include "ling/hash_containers.h"
@@ -101,6 +102,11 @@ using LookupName = ling::internal::lookup_name;
 using ShownScope = ling::internal::shown_scope;
 /// Ends all comparisons and hashes that are under way on this thread: the stack is used up.
 inline void noteTooDeep() noexcept { ling::internal::depth_check::noteExceeded(); }
+
+/// Native code may be marked as blocking: around it the runtime calls the two functions of the lock, once for each run
+/// of the code, on its thread. A runtime without such marks keeps the lock held throughout.
+using GuestLock = ling::internal::guest_lock;
+inline void addGuestLock(const GuestLock& lock) { (void)ling::internal::add_guest_lock(lock); }
 
 /// One line for the host's log, about something that went wrong where nobody waits for a result.
 inline void report(const ling::String& line) { ling::internal::assertion_log(line); }

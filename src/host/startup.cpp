@@ -3,6 +3,7 @@
 #include "bridge/loss.h"
 #include "functions/module_class.h"
 #include "functions/module_tree.h"
+#include "host/blocking.h"
 #include "host/gil_guard.h"
 #include "host/interpreter.h"
 #include "host/once.h"
@@ -71,6 +72,7 @@ bool setUpPythonModule() {
 }
 
 void setUpLanguage() {
+    leaveLockToBlockingCode();
     languageClassBuilt.run(buildLanguageClass);
     registerSchemeProviders();
     registerContainerFunctions();

@@ -4,6 +4,7 @@
 
 #include "ling/any.h"
 #include "ling/basic_values.h"
+#include "ling/blocking.h"
 #include "ling/byte_array.h"
 #include "ling/class.h"
 #include "ling/class_builder.h"

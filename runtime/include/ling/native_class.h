@@ -52,6 +52,10 @@ requires(!std::same_as<C, B>) auto member_of(M B::*member) {
     else
         return [] {};
 }
+template <class C, class F>
+auto member_of(blocking_code<F> marked) {
+    return blocking(member_of<C>(std::move(marked.code)));
+}
 
 template <class F>
 inline constexpr bool is_assignable_member = false;
@@ -75,7 +79,7 @@ inline constexpr bool is_assignable_member<T C::*> =
 /// the C++ code that keeps it, a `std::unique_ptr` is taken over. Instances of one shared object are equal.
 ///
 /// The runtime calls from whichever thread its caller is on: a class that scripts of several languages or threads use
-/// guards its own data.
+/// guards its own data, and so does one with a member that is marked as `blocking`.
 template <class C>
 class native_class {
     static_assert(std::is_class_v<C> && !internal::handle_type<C>,
@@ -237,7 +241,7 @@ private:
     template <class F, class R, class... Ps>
     static auto maker(F&& code, R (*)(Ps...)) {
         return [code = std::forward<F>(code)](const Any& self, Ps... arguments) mutable -> Any {
-            return internal::put_object<C>(self, code(std::forward<Ps>(arguments)...));
+            return internal::put_object<C>(self, internal::call_code(code, std::forward<Ps>(arguments)...));
         };
     }
     template <class B, class T>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ling/blocking.h"
 #include "ling/conversion.h"
 #include "ling/error.h"
 #include "ling/function.h"
@@ -16,6 +17,7 @@
 ///
 ///     auto add = make_function("add", "a, b", [](std::int64_t a, std::int64_t b) { return a + b; }, "Adds.");
 ///
+/// Code that waits or computes for long is marked: `blocking(code)` (`ling/blocking.h`).
 /// The callable has one signature: no `auto` parameters, no overloads. `std::span<const T>` as the last parameter takes
 /// all arguments that remain.
 /// What the code throws becomes an error result: no exception leaves the function.
@@ -120,13 +122,23 @@ decltype(auto) call_member(F code, Receiver&& receiver, Arguments&&... arguments
     else
         return (receiver.*code)(std::forward<Arguments>(arguments)...);
 }
-/// Calls functions, function objects, member functions, and data members, which answer what is in them.
+template <class F>
+inline constexpr bool is_blocking = false;
+template <class F>
+inline constexpr bool is_blocking<blocking_code<F>> = true;
+
+/// Calls functions, function objects, member functions, and data members, which answer what is in them. Locks of
+/// languages that blocking code leaves are taken again before its caller looks at what it answered.
 template <class F, class... Arguments>
 decltype(auto) call_code(F& code, Arguments&&... arguments) {
-    if constexpr (std::is_member_pointer_v<F>)
+    if constexpr (is_blocking<std::remove_const_t<F>>) {
+        const guest_locks_left unlocked;
+        return call_code(code.code, std::forward<Arguments>(arguments)...);
+    } else if constexpr (std::is_member_pointer_v<F>) {
         return call_member(code, std::forward<Arguments>(arguments)...);
-    else
+    } else {
         return code(std::forward<Arguments>(arguments)...);
+    }
 }
 
 template <class F, class R, class... Ps>
@@ -254,6 +266,8 @@ template <class C, class R, class... Ps>
 struct call_shape<R (C::*)(Ps...) const noexcept> : call_shape<R (*)(const C&, Ps...)> {};
 template <class C, class R>
 struct call_shape<R C::*> : call_shape<const R& (*)(const C&)> {};
+template <class F>
+struct call_shape<blocking_code<F>> : call_shape<F> {};
 
 template <class F>
 inline constexpr auto shape_of = call_shape<std::decay_t<F>>::value;

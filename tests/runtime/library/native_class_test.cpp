@@ -4,7 +4,9 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// C++ values as values of the runtime: native functions, and classes bound by `native_class`.
@@ -344,6 +346,47 @@ TEST(NativeClass, ADerivedClassOfAScriptStartsTheObjectOfItsBase) {
                                               })
                                       .build();
     EXPECT_EQ(textOf(derived(4).callMethod("add", {1})), "9");
+}
+
+/// A language whose lock this thread holds; where code ran without it.
+thread_local bool isLocked = false;
+constexpr internal::guest_lock kLock{
+    []() noexcept -> void* { return std::exchange(isLocked, false) ? &isLocked : nullptr; },
+    [](void* left) noexcept { *static_cast<bool*>(left) = true; }};
+
+struct Watched {
+    bool seen() const { return isLocked; }
+    bool fails() const { throw std::runtime_error(isLocked ? "locked" : "unlocked"); }
+};
+struct Watcher : Watched {
+    std::vector<int> all() const { return {isLocked ? 1 : 0}; }
+};
+
+TEST(NativeClass, BlockingCodeRunsWithoutLocksAndIsConvertedUnderThem) {
+    static const bool isAdded = internal::add_guest_lock(kLock);
+    ASSERT_TRUE(isAdded);
+    const auto cls =
+        ling::native_class<Watcher>("Watcher", "peers")
+            .factory(blocking([] { return isLocked ? nullptr : std::make_unique<Watcher>(); }))
+            .method("seen", blocking(&Watched::seen))
+            .method("fails", blocking(&Watched::fails))
+            .property("read", blocking(&Watched::seen))
+            .classMethod("called", blocking([](const std::function<bool()>& back, bool) { return back(); }),
+                         "back, given")
+            .iterable(blocking(&Watcher::all))
+            .build();
+    ASSERT_TRUE(cls) << textOf(cls.toAny());
+    for (const bool before : {false, true}) {
+        isLocked = before;
+        const Any seen = make_function("seen", "", [] { return isLocked; });
+        const Any watcher = (*cls)();
+        EXPECT_EQ(textOf(watcher.callMethod("seen")), "false");
+        EXPECT_EQ(textOf(watcher.callMethod("fails")), "error: unlocked");
+        EXPECT_EQ(textOf(watcher.propertyValue("read")), "false");
+        EXPECT_EQ(textOf(watcher.callMethod("called", {seen, true})), "false");
+        EXPECT_EQ(textOf(*I_Iterable_Generic::cast(watcher)->collectImpl()), "[0]");
+        EXPECT_EQ(textOf(unchecked<I_Invokable_Generic>(seen)()), before ? "true" : "false");
+    }
 }
 
 TEST(NativeClass, ABuildThatFailsSaysSo) {
