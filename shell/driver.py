@@ -504,46 +504,27 @@ def _choose_colours():
 
 def finish(status):
     """Does all that python3 does before the process ends. Answers the final exit status."""
-    import atexit
-
-    _wait_for_threads()
-    atexit._run_exitfuncs()
-    flushed = _flush_standard_streams()
+    language = host_names["ling"].python.LanguagePython
+    finished = _finish(language)
     sys.stdin, sys.stdout, sys.stderr = sys.__stdin__, sys.__stdout__, sys.__stderr__
     _let_go_of_program()
-    if flushed:  # Else it has been told.
-        flushed = _flush_standard_streams()
-    return status if flushed or status == INTERRUPTED else FLUSH_FAILED
+    if finished:  # Else it has been told.
+        finished = _finish(language)
+    return status if finished or status == INTERRUPTED else FLUSH_FAILED
 
 
-def _wait_for_threads():
-    threading = sys.modules.get("threading")
-    if threading is None:
-        return
-    try:
-        threading._shutdown()
-    except BaseException as error:  # Ctrl-C: the wait is over.
-        _report_ignored(error, "Exception ignored on threading shutdown")
-
-
-def _flush_standard_streams():
+def _finish(language):
     """False when something that was printed could not be written."""
-    flushed = True
-    for name in ("stdout", "stderr"):
-        stream = getattr(sys, name, None)
-        try:
-            if stream is not None and not getattr(stream, "closed", False):
-                stream.flush()
-        except BaseException as error:
-            flushed = False
-            if name == "stdout":
-                _report_ignored(error, "Exception ignored on flushing sys.stdout")
-    return flushed
+    try:
+        language.finish()
+    except RuntimeError:
+        return False
+    return True
 
 
 def _let_go_of_program():
     """Drops the program's modules, as the end of an interpreter would: its objects are finalised, and the files that
-    it left open are written to the end. What else holds open files is at least told to write them."""
+    it left open are written to the end."""
     import gc
 
     for name in ("last_exc", "last_type", "last_value", "last_traceback"):
@@ -555,32 +536,3 @@ def _let_go_of_program():
     for name in [name for name in sys.modules if name == "__main__" or name not in _modules_at_start]:
         sys.modules.pop(name, None)
     gc.collect()
-    _flush_files(gc.get_objects())
-
-
-def _flush_files(objects):
-    from _io import BufferedRandom, BufferedWriter, TextIOWrapper
-
-    kinds = (TextIOWrapper, BufferedWriter, BufferedRandom)
-    for item in objects:
-        if issubclass(type(item), kinds) and item is not sys.stdout and item is not sys.stderr:
-            try:
-                item.flush()
-            except Exception:
-                pass  # Closed, detached or read-only: nothing of it is waiting.
-
-
-def _report_ignored(error, message):
-    """Tells of an error that has no caller to go to."""
-    error.__traceback__ = _without_driver(error.__traceback__)
-    if sys.unraisablehook is not sys.__unraisablehook__:
-        from types import SimpleNamespace
-
-        details = dict(exc_type=type(error), exc_value=error, exc_traceback=error.__traceback__)
-        sys.unraisablehook(SimpleNamespace(**details, err_msg=message, object=None))
-        return
-    if sys.stderr is not None:
-        import traceback
-
-        print(f"{message}:", file=sys.stderr)
-        traceback.print_exception(error, file=sys.stderr)

@@ -18,6 +18,7 @@ BLOCK = re.compile(r"^```\w+ (\S+)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 # Guide, its program, the lines that it stays below, what is run and how.
 GUIDES = [
     ("embedding.md", "host.cpp", 60, "host", ["{build}/host", "{extensions}"]),
+    ("control.md", "control.cpp", 60, "control", ["{build}/control", "{extensions}"]),
     ("extending.md", "station.cpp", 80, "lingsh",
      ["{prefix}/lingsh", "--extensions", "{extensions}", "--extensions", "{build}/extensions", "{source}/use.py"]),
 ]

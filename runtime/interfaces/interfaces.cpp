@@ -5,6 +5,8 @@
 #include "ling/class_record.h"
 #include "ling/error.h"
 #include "ling/hash_containers.h"
+#include "ling/list.h"
+#include "ling/map_interface.h"
 #include "ling/module.h"
 #include "ling/string.h"
 
@@ -24,6 +26,14 @@ const method_ident_untyped I_Language::$toCode{"toCode"};
 const method_ident_untyped I_Language::$typeName{"typeName"};
 const method_ident_untyped I_Language::$fromNativeClass{"fromNativeClass"};
 const method_ident_untyped I_Language::$toNativeClass{"toNativeClass"};
+const method_ident_untyped I_Language::$interrupt{"interrupt"};
+const method_ident_untyped I_Language::$evaluateWithin{"evaluateWithin"};
+const method_ident_untyped I_Language::$callWithin{"callWithin"};
+const method_ident_untyped I_Language::$makeScope{"makeScope"};
+const method_ident_untyped I_Language::$evaluateIn{"evaluateIn"};
+const method_ident_untyped I_Language::$evaluateExpressionIn{"evaluateExpressionIn"};
+const method_ident_untyped I_Language::$takeOutput{"takeOutput"};
+const method_ident_untyped I_Language::$finish{"finish"};
 const property_ident_untyped I_Language::$$canEvaluate{"canEvaluate"};
 const property_ident_untyped I_Language::$$instance{"instance"};
 
@@ -89,6 +99,30 @@ Any I_Language::evaluateExpression(const String& code, const I_Map_Generic& vari
     return callMethod($evaluateExpression, {code, variables});
 }
 Any I_Language::evaluateExpression(const String& code) const { return callMethod($evaluateExpression, {code}); }
+
+Any I_Language::interrupt() const { return callMethod($interrupt); }
+Any I_Language::evaluateWithin(double seconds, const String& code, const Map_Generic& variables) const {
+    return callMethod($evaluateWithin, {seconds, code, variables, Map_Generic(), variables});
+}
+Any I_Language::evaluateWithin(double seconds, const String& code) const {
+    return callMethod($evaluateWithin, {seconds, code});
+}
+Any I_Language::callWithin(double seconds, const I_Invokable_Generic& function, const List_Generic& arguments) const {
+    return callMethod($callWithin, {seconds, function, arguments});
+}
+
+Result<I_MutableMap_Generic> I_Language::makeScope() const {
+    return I_MutableMap_Generic::cast(callMethod($makeScope));
+}
+Any I_Language::evaluateIn(const I_MutableMap_Generic& scope, const String& code) const {
+    return callMethod($evaluateIn, {scope, code});
+}
+Any I_Language::evaluateExpressionIn(const I_MutableMap_Generic& scope, const String& code) const {
+    return callMethod($evaluateExpressionIn, {scope, code});
+}
+
+Any I_Language::takeOutput(const Any& output) const { return callMethod($takeOutput, {output}); }
+Any I_Language::finish() const { return callMethod($finish); }
 
 Result<I_Language> find_language(const String& name) {
     std::string module = name.toStdString();

@@ -1,7 +1,9 @@
 #include "host/interpreter.h"
 
+#include "host/broken_pipe.h"
 #include "host/once.h"
 #include "host/platform.h"
+#include "host/process_end.h"
 #include "host/py_ref.h"
 #include "host/search_paths.h"
 #include "host/utf8_locale.h"
@@ -89,10 +91,12 @@ void releaseLock() {
 
 void start() {
     promoteLibpython();
+    surviveBrokenPipes();
     bool goOn = true;
     if (Py_IsInitialized() == 0) {
         initialise();
         releaseLock();
+        flushAtProcessEnd();
         goOn = startSteps.afterOwnStart == nullptr || startSteps.afterOwnStart();
     }
     if (goOn && startSteps.afterAnyStart != nullptr)

@@ -37,6 +37,16 @@ ling::FunctionCL_Generic makeEvaluate(const char* name) {
         platform::makeFunction(name, "code, locals, globals, outLocals", code, "Evaluates Python code."), 3);
 }
 
+ling::FunctionCL_Generic makeEvaluateWithin(const char* name) {
+    const auto code = [](double seconds, const ling::String& source, const ling::I_Map_Generic& locals,
+                         const ling::I_Map_Generic& globals, const ling::I_Map_Generic& outLocals) {
+        return evaluate(source, locals, globals, writable(outLocals), seconds);
+    };
+    return withDefaults(platform::makeFunction(name, "seconds, code, locals, globals, outLocals", code,
+                                               "Evaluates Python code, and ends it after so many seconds."),
+                        3);
+}
+
 ling::FunctionCL_Generic makeEvaluateExpression(const char* name) {
     return withDefaults(
         platform::makeFunction(name, "code, locals, globals", &evaluateExpression, "Evaluates Python expression."), 2);

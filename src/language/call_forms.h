@@ -12,4 +12,7 @@ ling::FunctionCL_Generic makeEvaluate(const char* name);
 ling::FunctionCL_Generic makeEvaluateExpression(const char* name);
 ling::FunctionCL_Generic makeEvaluateMethod(const char* name);
 
+/// `evaluate` with a time limit: a number of seconds in front of the code.
+ling::FunctionCL_Generic makeEvaluateWithin(const char* name);
+
 }  // namespace ling::python

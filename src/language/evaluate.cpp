@@ -1,26 +1,17 @@
 #include "language/evaluate.h"
 
 #include "bridge/convert.h"
-#include "host/entry.h"
-#include "host/interpreter.h"
 #include "host/platform.h"
-#include "host/stack_room.h"
 #include "language/builtins.h"
 #include "language/call_state.h"
 #include "language/code_wrap.h"
+#include "language/evaluation.h"
 #include "language/namespace.h"
 #include "language/variables.h"
 
 namespace ling::python {
 
 namespace {
-
-/// None when an evaluation can begin on this thread.
-ling::Any prepare() {
-    if (!hasStackRoom())
-        return platform::failure(u"The evaluation is nested too deeply.");
-    return ensureStarted();
-}
 
 /// The first problem that reading maps met.
 ling::Any problemOf(std::initializer_list<const ling::Result<Variables>*> maps) {
@@ -63,18 +54,9 @@ ling::Any runMethod(const ling::String& text, const Dictionaries& in, const ling
     return hasRun ? result : error;
 }
 
-}  // namespace
-
-ling::Any evaluate(const ling::String& code, const ling::I_Map_Generic& locals, const ling::I_Map_Generic& globals,
-                   const ling::I_Map_Generic& outLocals) {
-    return evaluateMethod(ling::Any(), code, locals, globals, outLocals);
-}
-
-ling::Any evaluateMethod(const ling::Any& self, const ling::String& code, const ling::I_Map_Generic& locals,
-                         const ling::I_Map_Generic& globals, const ling::I_Map_Generic& outLocals) {
-    if (ling::Any problem = prepare(); !problem.isNone())
-        return problem;
-    const PythonEntry entry;
+/// The method with its variables, within a run.
+ling::Any readAndRunMethod(const ling::Any& self, const ling::String& code, const ling::I_Map_Generic& locals,
+                           const ling::I_Map_Generic& globals, const ling::I_Map_Generic& outLocals) {
     const ling::Result<Variables> local = readVariables(locals);
     const ling::Result<Variables> global = readVariables(globals);
     const ling::Result<Variables> out = readVariables(outLocals);
@@ -88,11 +70,8 @@ ling::Any evaluateMethod(const ling::Any& self, const ling::String& code, const 
     return runMethod(wrapMethod(code, local->names), dictionaries, outLocals);
 }
 
-ling::Any evaluateExpression(const ling::String& code, const ling::I_Map_Generic& locals,
-                             const ling::I_Map_Generic& globals) {
-    if (ling::Any problem = prepare(); !problem.isNone())
-        return problem;
-    const PythonEntry entry;
+ling::Any readAndRunExpression(const ling::String& code, const ling::I_Map_Generic& locals,
+                               const ling::I_Map_Generic& globals) {
     const ling::Result<Variables> global = readVariables(globals);
     const ling::Result<Variables> local = readVariables(locals);
     if (ling::Any problem = problemOf({&global, &local}); !problem.isNone())
@@ -102,6 +81,23 @@ ling::Any evaluateExpression(const ling::String& code, const ling::I_Map_Generic
         return problem;
     PyRef result = callBuiltin(names::eval, code, dictionaries.globals.get(), dictionaries.locals.get());
     return takeResult(result.release());
+}
+
+}  // namespace
+
+ling::Any evaluate(const ling::String& code, const ling::I_Map_Generic& locals, const ling::I_Map_Generic& globals,
+                   const ling::I_Map_Generic& outLocals, double limit) {
+    return evaluateMethod(ling::Any(), code, locals, globals, outLocals, limit);
+}
+
+ling::Any evaluateMethod(const ling::Any& self, const ling::String& code, const ling::I_Map_Generic& locals,
+                         const ling::I_Map_Generic& globals, const ling::I_Map_Generic& outLocals, double limit) {
+    return evaluateWith(limit, [&] { return readAndRunMethod(self, code, locals, globals, outLocals); });
+}
+
+ling::Any evaluateExpression(const ling::String& code, const ling::I_Map_Generic& locals,
+                             const ling::I_Map_Generic& globals) {
+    return evaluateWith(kNoLimit, [&] { return readAndRunExpression(code, locals, globals); });
 }
 
 }  // namespace ling::python

@@ -7,6 +7,7 @@
 #include "host/interpreter.h"
 #include "host/platform.h"
 #include "language/call_forms.h"
+#include "language/control.h"
 #include "ling/class_builder.h"
 #include "ling/interfaces.h"
 #include "proxies/python_type.h"
@@ -111,6 +112,7 @@ void buildLanguageClass() {
     addNames(builder);
     addInstance(builder);
     addImporting(builder);
+    addControl(builder);
     languageInstance() = builder.build().allocateInstance();
 }
 

@@ -8,6 +8,8 @@
 
 namespace ling {
 
+class I_MutableMap_Generic;
+
 /// Values that never change: their hash and order go by content, and they may be keys.
 class LING_EXPORT I_Immutable : public Any {
 public:
@@ -75,11 +77,40 @@ public:
     Any evaluateExpression(const String& code, const I_Map_Generic& variables) const;
     Any evaluateExpression(const String& code) const;
 
+    /// Control over a guest, where the language offers it: an error result where it does not. Any thread may call
+    /// these, and none needs a lock of the language.
+    ///
+    /// Ends the evaluations that are running, on whatever thread: each answers an error that says so. Answers how many
+    /// those are, without waiting for their ends. Those that begin later are not touched.
+    Any interrupt() const;
+    /// `evaluate` with a time limit: once it has passed, the code is ended, and the answer is an error that says so.
+    Any evaluateWithin(double seconds, const String& code, const Map_Generic& variables) const;
+    Any evaluateWithin(double seconds, const String& code) const;
+    /// Calls a function, of whatever it may run, with a time limit for the code of the language in it.
+    Any callWithin(double seconds, const I_Invokable_Generic& function, const List_Generic& arguments) const;
+
+    /// A new scope: names that last, with the host's modules among them, as a map that is read and written live.
+    Result<I_MutableMap_Generic> makeScope() const;
+    /// Runs statements whose names are those of `scope`: what they assign, define and import stays there. None, or an
+    /// error result.
+    Any evaluateIn(const I_MutableMap_Generic& scope, const String& code) const;
+    /// The value of one expression in `scope`.
+    Any evaluateExpressionIn(const I_MutableMap_Generic& scope, const String& code) const;
+
+    /// Has all text that the language's programs print given to `output(text, stream)`, where `stream` is "stdout" or
+    /// "stderr", on the thread that prints. None in the place of a function ends that. None, or an error result.
+    Any takeOutput(const Any& output) const;
+    /// What a program of the language does at its end: waits for its threads, runs its exit functions, writes out what
+    /// was printed. The last call before the process ends. None, or an error result: something could not be written.
+    Any finish() const;
+
     static Result<I_Language> cast(const Any& value);
     static const Class_Generic& getClass();
     static Type getType() { return Type(getClass()); }
     static const method_ident_untyped $evaluate, $evaluateExpression, $evaluateMethod;
     static const method_ident_untyped $toCode, $typeName, $fromNativeClass, $toNativeClass;
+    static const method_ident_untyped $interrupt, $evaluateWithin, $callWithin, $makeScope, $evaluateIn;
+    static const method_ident_untyped $evaluateExpressionIn, $takeOutput, $finish;
     static const property_ident_untyped $$canEvaluate, $$instance;
 };
 
