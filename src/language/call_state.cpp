@@ -4,6 +4,8 @@
 #include "bridge/convert.h"
 #include "host/interruption.h"
 #include "language/code_wrap.h"
+#include "proxies/python_exception.h"
+#include "proxies/python_proxy.h"
 
 #include <memory>
 #include <optional>
@@ -33,6 +35,15 @@ std::optional<ling::Any> convertArgument(PyObject* argument) {
     return value;
 }
 
+/// What a variable is handed back as. An exception that converts to an error would end the evaluation instead, as if it
+/// had been raised: it goes back as the object that it is.
+std::optional<ling::Any> convertVariable(PyObject* variable) {
+    std::optional<ling::Any> value = convertArgument(variable);
+    if (value && ling::internal::is_error_result(*value) && PyExceptionInstance_Check(variable))
+        value = PythonProxy::create(PythonException::getClass(), variable);
+    return value;
+}
+
 PyObject* storeResult(PyObject* capsule, PyObject* argument) {
     if (!checkOpen(capsule))
         return nullptr;
@@ -51,7 +62,7 @@ PyObject* storeLocal(PyObject* capsule, PyObject* const* arguments, Py_ssize_t c
     if (!checkOpen(capsule))
         return nullptr;
     const std::optional<ling::Any> name = convertArgument(arguments[0]);
-    const std::optional<ling::Any> value = name ? convertArgument(arguments[1]) : std::nullopt;
+    const std::optional<ling::Any> value = name ? convertVariable(arguments[1]) : std::nullopt;
     if (!value)
         return nullptr;
     const ling::Any outcome = stateOf(capsule).setLocal(*name, *value);

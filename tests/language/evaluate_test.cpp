@@ -103,6 +103,17 @@ TEST_F(EvaluateTest, BlocksGiveWhatTheyReturn) {
     }
 }
 
+/// As an error, which it converts to elsewhere, it would be what the evaluation answers.
+TEST_F(EvaluateTest, AnExceptionIsAVariableLikeAnyOther) {
+    const Any raised = block("raise KeyError(1)");
+    const Map_Generic names = mapOf({{String("a"), ling::Error::cast(raised)->origin()}, {String("b"), 1}});
+    EXPECT_EQ(textOf(block("b = a\nreturn repr(a)", names, names)), "KeyError(1)");
+    EXPECT_EQ(describe(expression("a is b and a is c", mapOf({{String("a"), names.get(String("a"))},
+                                                              {String("b"), names.get(String("b"))},
+                                                              {String("c"), ling::Error::cast(raised)->origin()}}))),
+              "true");
+}
+
 TEST_F(EvaluateTest, LaterVariablesOverrideEarlierOnes) {
     const Map_Generic globals = mapOf({{String("a"), 1}, {String("b"), 1}, {String("c"), 1}, {String("d"), 1}});
     const Map_Generic out = mapOf({{String("b"), 2}, {String("c"), 2}, {String("ling"), 2}});
