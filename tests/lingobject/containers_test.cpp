@@ -1,5 +1,6 @@
 #include "support/python_test.h"
 #include "support/script.h"
+#include "support/table.h"
 #include "support/things.h"
 
 /// The containers of `ling`, and what its interfaces do for a class that gives no more than their abstract members,
@@ -71,10 +72,10 @@ for i, n in ((0, 1), (1, 2), (-2, 2), (7, 0), (0, -1)):
     operations[f'remove {i}, {n}'] = pair(lambda x, i=i, n=n: call(x, 'removeAt', i, n),
                                           lambda x, i=i, n=n: x.remove_at(i, n))
 def foreign():
-    """Only `at`, `length`, `set`, `appendAt` and `removeAt`: the rest is what the interface does with them."""
+    """Only these members: the rest is what the interface does with them."""
     content = ling.List()
     def answer(name, *rest): return read(content, name) if name == 'length' else call(content, name, *rest)
-    return puppets.BareSequence(answer)
+    return puppets.bare('I_MutableSequence', 'length at/1 set/2 appendAt/2 removeAt/2', answer)
 )";
 
 TEST_F(Containers, SequencesAnswerAsPythonLists) {
@@ -117,5 +118,93 @@ for k in keys:
 return [compare(ling.Map, Model, of_maps, 3), compare(ling.Set, Model, of_sets, 3)])"),
               "['alike', 'alike']");
 }
+
+/// `bare` makes an object of an interface that has nothing but the named members, answered as given; a function is
+/// called for the answer, and what it raises is the error of the member.
+constexpr const char* kBare = R"(
+def bare(interface, members, **answers):
+    def answer(name, *rest):
+        given = answers[name]
+        return given(*rest) if callable(given) else given
+    return puppets.bare(interface, members, answer)
+def steps(*items):
+    left = [*items]
+    def step():
+        item = left.pop(0) if left else StopIteration()
+        if isinstance(item, BaseException): raise item
+        return item
+    return bare('I_Iterator', 'next/0', next=step)
+def broken(length): return bare('I_MutableSequence', 'length', length=length)
+def every(x):
+    asked = [probe(lambda: call(x, m, *a)) for m, a in (('indexOf', [1]), ('indexOf', [1, -1]), ('append', [1]),
+             ('pop', []), ('removeOne', [1]), ('clear', []), ('collect', []))]
+    return sorted({*asked, probe(len, x)})
+)";
+
+constexpr ScriptRow kInterfaces[] = {
+    {"LengthFails", "every(broken(lambda: 1 // 0))", "['RuntimeError: integer division or modulo by zero']"},
+    {"LengthIsText", "every(broken('3'))",
+     "[\"RuntimeError: Unable to cast a value of class 'ling.String' to 'ling.Integer'.\"]"},
+    {"LengthIsNegative",
+     "x = broken(-5)\nreturn [call(x, 'collect'), call(x, 'indexOf', 1), probe(lambda: call(x, 'pop'))]",
+     "[[], -1, 'RuntimeError: Index out of range: -1.']"},
+    {"AbstractMember", "call(broken(1), 'at', 0)", "RuntimeError: Method 'at' not found in: <Bare>."},
+    {"IterationFollowsTheLengthAndStaysEnded",
+     "c = ling.List([1, 2, 3])\nx = bare('I_Sequence', 'length at/1', length=lambda: len(c), at=lambda i: c[i])\n"
+     "w = iter(x)\nseen = [next(w)]\nc.pop()\nseen += [next(w), next(w, 'end')]\nc += [4, 5]\n"
+     "return seen + [next(w, 'end')]",
+     "[1, 2, 'end', 'end']"},
+    {"WhatVanishesBetweenLengthAndItemIsTheEnd",
+     "c = ling.List([1, 2])\n"
+     "x = bare('I_Sequence', 'length at/1', length=lambda: len(c), at=lambda i: c.clear() or c[i])\nreturn [*x]",
+     "[]"},
+    {"ExtendingByAnotherViewEnds",
+     "c = ling.List([1, 2])\ndef view():\n    return bare('I_MutableSequence', 'length at/1 appendAt/2', "
+     "length=lambda: len(c), at=lambda i: c[i], appendAt=lambda i, v: call(c, 'appendAt', i, v))\n"
+     "call(view(), 'extend', view())\nreturn [*c]",
+     "[1, 2, 1, 2]"},
+    {"ExtendingByWhatFailsAddsNothing",
+     "c = ling.List([1])\nreturn [probe(c.extend, 5)[:32], probe(c.extend, steps(2, ValueError('Broken.'))), [*c]]",
+     "['RuntimeError: Unable to cast a v', 'RuntimeError: Broken.', [1]]"},
+    {"IterationEndsAtAnError",
+     "x = steps(1, ValueError('Broken.'), 3)\nreturn [probe(lambda: call(x, 'collect')), call(x, 'collect')]",
+     "['RuntimeError: Broken.', [3]]"},
+    {"SearchEndsAtAnError", "call(steps(ValueError('Broken.')), 'contains', 1)", "RuntimeError: Broken."},
+    {"DefaultsWalkTheIteration",
+     "x = bare('I_Iterable', 'iter/0', iter=lambda: steps(1, 'two', 3.5))\n"
+     "return [call(x, 'collect'), call(x, 'contains', 3.5), call(x, 'contains', 4), [*x]]",
+     "[[1, 'two', 3.5], True, False, [1, 'two', 3.5]]"},
+    {"IteratorGivesWhatItHasLeft", "w = iter(ling.List([1, 2, 3]))\nreturn [call(w, 'next'), call(w, 'collect'), [*w]]",
+     "[1, [2, 3], []]"},
+    {"WhatGivesNoIterator",
+     "[probe(lambda: call(bare('I_Iterable', 'iter/0', iter=None), 'collect')), "
+     "probe(lambda: call(bare('I_Iterable', ''), 'collect'))]",
+     "[\"RuntimeError: Unable to cast a value of class 'ling.None' to 'ling.I_Iterator'.\", "
+     "\"RuntimeError: Method 'iter' not found in: <Bare>.\"]"},
+    {"MapDefaults",
+     "m = ling.Map({'one': 1, 2: 'two', 'gone': None})\n"
+     "x = bare('I_Map', 'keys length get/2', keys=lambda: m.keys, length=3, get=lambda k, d: call(m, 'get', k))\n"
+     "return [[*x], [*read(x, 'values')], call(x, 'collect'), len(x), x[2]]",
+     "[['one', 2, 'gone'], [1, 'two', None], ['one', 2, 'gone'], 3, 'two']"},
+    {"ValuesOfAMapThatCannotBeRead",
+     "x = bare('I_Map', 'keys get/2', keys=lambda: ling.List([1, 2]), get=lambda k, d: 1 // (2 - k))\n"
+     "return [probe(lambda: read(x, 'values')), [*x]]",
+     "['RuntimeError: integer division or modulo by zero', [1, 2]]"},
+    {"ValuesOfAMapWhoseKeysFailMidway",
+     "read(bare('I_Map', 'keys get/2', keys=lambda: steps(1, ValueError('Broken.')), get=lambda k, d: k), 'values')",
+     "RuntimeError: Broken."},
+    {"SetDefaults",
+     "s = ling.Set()\nx = bare('I_MutableSet', 'iter/0 insert/1', iter=lambda: iter(s), insert=lambda v: s.insert(v))\n"
+     "call(x, 'extend', [3, 1, 3, 2])\ncall(x, 'extend', x)\n"
+     "return [call(x, 'collect'), call(x, 'contains', 1), call(x, 'contains', 4)]",
+     "[[3, 1, 2], True, False]"},
+    {"TheFirstItemThatIsRefusedEndsAnExtension",
+     "seen = []\nx = bare('I_MutableSet', 'insert/1', insert=lambda v: seen.append(v) or v < 2 or 1 // 0)\n"
+     "return [probe(lambda: call(x, 'extend', [1, 2, 3])), seen]",
+     "['RuntimeError: integer division or modulo by zero', [1, 2]]"},
+};
+LING_TABLE(Interfaces, ThingsTest, kInterfaces);
+
+TEST_P(Interfaces, DoTheRestForAbstractMembers) { EXPECT_EQ(outcome(kBare, GetParam()), GetParam().expected); }
 
 }  // namespace

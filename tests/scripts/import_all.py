@@ -16,11 +16,20 @@ import asks  # Its body waits for a walk on another thread.
 
 print("waited for: asks:", language.importProblems["asks"])
 del sys.modules["asks"]
-walks = [threading.Thread(target=language.importAllModules) for _ in range(2)]
+there = []
+
+
+def walk_all():
+    language.importAllModules()
+    there.append(len(sys.modules))
+
+
+walks = [threading.Thread(target=walk_all) for _ in range(2)]
 for walk in walks:
     walk.start()
-for walk in walks:  # One of them does all the work.
+for walk in walks:  # One of them does all the work, and the other waits for the end of it.
     walk.join()
+print("waited for each other:", len(set(there)) == 1)
 
 packages = next(path for path in sys.path if path.endswith("site-packages"))
 for name in sorted(language.importProblems.keys):

@@ -2,7 +2,9 @@
 
 #include "ling/ling.h"
 
+#include <map>
 #include <mutex>
+#include <sstream>
 
 namespace {
 
@@ -41,7 +43,7 @@ void addMethod2(class_builder& builder, const char* name, const ling::method_ide
 }
 
 class_builder puppet(const char* name, const ling::Class_Generic& parent) {
-    class_builder builder = defclass_impl(name, "puppets");
+    class_builder builder = *name == 0 ? defclass_impl("Bare", "") : defclass_impl(name, "puppets");
     if (!parent.isNone())
         builder.parent(parent);
     builder.field($answer).method(Any::$__init__, "answer", [](const Any& self, const Any& answer) {
@@ -67,14 +69,28 @@ void definePuppet(const char* name, const ling::Class_Generic& parent) {
     builder.build();
 }
 
-void defineBareSequence() {
-    class_builder builder = puppet("BareSequence", ling::I_MutableSequence_Generic::getClass());
-    addProperty(builder, "length", ling::I_Sequence_Generic::$$length);
-    addMethod1(builder, "at", ling::I_Sequence_Generic::$at);
-    addMethod2(builder, "set", ling::I_MutableSequence_Generic::$set);
-    addMethod2(builder, "appendAt", ling::I_MutableSequence_Generic::$appendAt);
-    addMethod2(builder, "removeAt", ling::I_MutableSequence_Generic::$removeAt);
-    builder.build();
+/// An object of an interface that has the given members and no others. One class for each pair of texts.
+Any bare(const String& interface, const String& members, const Any& answer) {
+    static std::map<std::string, ling::Class_Generic>& made = *new std::map<std::string, ling::Class_Generic>;
+    ling::Class_Generic& cls = made[interface.toStdString() + " " + members.toStdString()];
+    if (cls.isNone()) {
+        class_builder builder = puppet("", ling::find_class(String(u"ling.") + interface));
+        std::istringstream words(members.toStdString());
+        for (std::string word; words >> word;) {
+            const auto& name = *new std::string(word.substr(0, word.find('/')));
+            const ling::method_ident_untyped id{String(name)};
+            if (word.ends_with("/0"))
+                addMethod0(builder, name.c_str(), id);
+            else if (word.ends_with("/1"))
+                addMethod1(builder, name.c_str(), id);
+            else if (word.ends_with("/2"))
+                addMethod2(builder, name.c_str(), id);
+            else
+                addProperty(builder, name.c_str(), ling::property_ident_untyped(String(name)));
+        }
+        cls = builder.build();
+    }
+    return cls(answer);
 }
 
 }  // namespace
@@ -86,8 +102,9 @@ void definePuppets() {
         definePuppet("Sequence", ling::I_MutableSequence_Generic::getClass());
         definePuppet("Map", ling::I_MutableMap_Generic::getClass());
         definePuppet("Iterable", ling::I_Iterable_Generic::getClass());
-        defineBareSequence();
         definePuppet("Iterator", ling::I_Iterator_Generic::getClass());
+        (void)ling::internal::register_function("puppets",
+                                                ling::make_function("bare", "interface, members, answer", &bare));
         (void)ling::internal::register_function(
             "puppets", ling::make_function("late", "action", [](const Any& action) {
                 return ling::Tuple_Generic({ling::Lazy_Generic([action] { return call(action, {}); })});

@@ -10,7 +10,8 @@
 /// `removeAt`, `get`, `remove`, `contains`, `iter`, `next`, `act`, and for `__compare__`, `__hash__`, `__display__`,
 /// `__sub__` and `__iadd__`. An `Iterator` has `next` alone of what makes it one.
 ///
-///     BareSequence(answer)   a mutable sequence of nothing but `length`, `at`, `set`, `appendAt` and `removeAt`
+///     bare(interface, members, answer)   an object of that interface with nothing but these members: names of
+///                      properties, and of methods with a slash and the number of their parameters ("length at/1")
 ///     late(action)     a tuple with a lazy value in it that calls `action` when it is needed
 ///     thrice(action)   calls `action` three times and answers what it answered last
 void definePuppets();

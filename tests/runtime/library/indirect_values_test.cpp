@@ -205,7 +205,7 @@ TEST_F(Error_, ACalledClassMakesAResult) {
 }
 
 TEST_F(Error_, ADerivedClassHasFieldsAndAnInitialiser) {
-    const field_ident_untyped code{"content"};
+    const field_ident_untyped& code = kNumber;
     const Class_Generic derived =
         defclass_impl("Coded", "")
             .parent(Error::getClass())

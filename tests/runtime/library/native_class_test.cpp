@@ -78,21 +78,19 @@ I_Invokable_Generic lengthOf() {
     });
 }
 
+std::string wrong(const std::string& expected, const std::string& found) {
+    return "error: Argument 'a' of 'f' must be of type '" + expected + "', not 'ling." + found + "'.";
+}
+
 const ConversionCase kConversionRows[] = {
     {"Float", native(kHalf), {3}, "1.5"},
     {"SmallInteger", native([](signed char c) { return c; }), {-128}, "-128"},
-    {"IntegerThatDoesNotFit",
-     native([](unsigned char c) { return c; }),
-     {256},
-     "error: Argument 'a' of 'f' must be of type 'Integer', not 'ling.Integer'."},
+    {"IntegerThatDoesNotFit", native([](unsigned char c) { return c; }), {256}, wrong("Integer", "Integer")},
     {"LargeResult", native([] { return ~std::uint64_t(0); }), {}, "18446744073709551615"},
     {"LargestIntegerStaysOne", native([] { return std::uint64_t(1) << 62; }), {}, "4611686018427387904"},
     {"Vector", native(kJoin), {List_Generic{"a", "b"}, "-"}, "a-b"},
     {"VectorOfASet", native(kJoin), {Set_Generic{"a"}, ""}, "a"},
-    {"TextIsNoVector",
-     native(kJoin),
-     {"ab", "-"},
-     "error: Argument 'a' of 'f' must be of type 'I_Iterable<String>', not 'ling.String'."},
+    {"TextIsNoVector", native(kJoin), {"ab", "-"}, wrong("I_Iterable<String>", "String")},
     {"WrongItem",
      native(kJoin),
      {List_Generic{"a", 2}, "-"},
@@ -100,23 +98,17 @@ const ConversionCase kConversionRows[] = {
      "must be of type 'String', not 'ling.Integer'."},
     {"Rest", native(kSum), {1, 2, 0.5}, "3.5"},
     {"EmptyRest", native(kSum), {}, "0.0"},
-    {"WrongRest", native(kSum), {1, "x"}, "error: Argument 'a' of 'f' must be of type 'Float', not 'ling.String'."},
+    {"WrongRest", native(kSum), {1, "x"}, wrong("Float", "String")},
     {"Callback", native(kApply), {lengthOf(), 4}, "42"},
     {"FailingCallback", native(kApply), {lengthOf(), -4}, "error: Negative: -4"},
     {"CallbackOfAnotherType",
      native(kApply),
      {make_function("g", "", [](const Any&, const Any&) { return "text"; }), 1},
      "error: Unable to cast a value of class 'ling.String' to 'Integer'."},
-    {"NoCallback",
-     native(kApply),
-     {3, 1},
-     "error: Argument 'a' of 'f' must be of type 'I_Invokable', not 'ling.Integer'."},
+    {"NoCallback", native(kApply), {3, 1}, wrong("I_Invokable", "Integer")},
     {"Option", native(kOption), {"x"}, "x"},
     {"NoOption", native(kOption), {Any()}, "none"},
-    {"WrongOption",
-     native(kOption),
-     {1},
-     "error: Argument 'a' of 'f' must be of type 'Option<String>', not 'ling.Integer'."},
+    {"WrongOption", native(kOption), {1}, wrong("Option<String>", "Integer")},
     {"Nested", native(kNested), {List_Generic{List_Generic{1}, Tuple_Generic{2, 3}}}, "[[1], [2, 3]]"},
     {"Document", native(kDocument), {Map_Generic{{"a", 1}}}, "1"},
     {"Typed", native(kTyped), {List_Generic{"a", "b"}, Map_Generic{{"a", 1}, {"b", 2}}}, "3"},
@@ -125,14 +117,11 @@ const ConversionCase kConversionRows[] = {
      {List_Generic{1}, Map_Generic()},
      "error: Unable to cast a value of class 'ling.Integer' to 'ling.String'."},
     {"TypedValue", native(kTyped), {List_Generic{"a"}, Map_Generic()}, "error: Key not found: a."},
-    {"None",
-     native([](None) { return "yes"; }),
-     {1},
-     "error: Argument 'a' of 'f' must be of type 'None', not 'ling.Integer'."},
+    {"None", native([](None) { return "yes"; }), {1}, wrong("None", "Integer")},
     {"Union",
      native([](const Union<String, Integer>& value) { return value; }),
      {1.5},
-     "error: Argument 'a' of 'f' must be of type 'String|Integer', not 'ling.Float'."},
+     wrong("String|Integer", "Float")},
 };
 LING_TABLE(Conversion, ::testing::Test, kConversionRows);
 

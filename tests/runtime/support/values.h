@@ -82,21 +82,22 @@ inline Class_Generic keyClass(std::function<Any(const Any& self, const Any& othe
         .build();
 }
 
+inline const field_ident_untyped kNumber{"number"};
+
 /// A class of keys that are numbers, compared by them and hashed as `hash` says; `comparisons` counts.
 template <class Hash>
 Class_Generic numberedKeys(Hash hash, int* comparisons = nullptr) {
-    static const field_ident_untyped number{"content"};
     return defclass_impl("Numbered", "")
-        .field(number)
+        .field(kNumber)
         .method(Any::$__init__, "number",
-                [](const Any& self, const Any& given) { return self.setFieldValue(number, given); })
+                [](const Any& self, const Any& given) { return self.setFieldValue(kNumber, given); })
         .method(Any::$__compare__, "other",
                 [comparisons](const Any& self, const Any& other) -> Any {
                     if (comparisons != nullptr)
                         ++*comparisons;
-                    return compare_objects(self.fieldValue(number), other.fieldValue(number));
+                    return compare_objects(self.fieldValue(kNumber), other.fieldValue(kNumber));
                 })
-        .method(Any::$__hash__, "", [hash](const Any& self) -> Any { return hash(self.fieldValue(number)); })
+        .method(Any::$__hash__, "", [hash](const Any& self) -> Any { return hash(self.fieldValue(kNumber)); })
         .build();
 }
 
