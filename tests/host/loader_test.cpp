@@ -73,6 +73,13 @@ def rude():
 
 class LoaderTest : public PythonTest {
 protected:
+    /// The threads that answered may still be at it.
+    void TearDown() override {
+        runLocked(
+            "import threading\n"
+            "for thread in threading.enumerate():\n    if 'process_request' in thread.name: thread.join()\n");
+        PythonTest::TearDown();
+    }
     void startServer() {
         GilGuard gil;
         define("loader_test_server", kServer);

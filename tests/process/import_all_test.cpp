@@ -68,7 +68,7 @@ void writeModules(const fs::path& folder) {
 constexpr const char* kExpected =
     "before\n"
     "waited for: asks: The module is still being imported.\n"
-    "waited for each other: True\n"
+    "one goes on: True\n"
     "ends: BaseException: all\n"
     "interrupts: KeyboardInterrupt\n"
     "leaves: SystemExit: 3\n"

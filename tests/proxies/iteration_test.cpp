@@ -197,22 +197,4 @@ TEST_F(ProxyIteration, AnItemWithoutAFormEndsWhatTakesAll) {
     EXPECT_TRUE(unchecked<I_Iterable_Generic>(good).collectImpl());
 }
 
-/// What stands on the proxy itself goes before what its class does.
-TEST_F(ProxyIteration, CollectingHonoursMembersPutOnTheProxy) {
-    const auto iterate = make_method("iter", "", [](const Any&) {
-        return List_Generic{8, 9}.callMethod(I_Iterable_Generic::$iter);
-    });
-    for (const char* expression : {"frozenset([1])", "{1}"}) {
-        SCOPED_TRACE(expression);
-        const Any iterable = proxy(expression);
-        EXPECT_TRUE(raw_insert_method(iterable, I_Iterable_Generic::$iter, iterate).isNone());
-        EXPECT_EQ(display(iterable.callMethod(I_Iterable_Generic::$collect)), u"[8, 9]");
-    }
-    const Any list = proxy("[1, 2]");
-    EXPECT_TRUE(raw_insert_method(list, I_Sequence_Generic::$at,
-                                  make_method("at", "index", [](const Any&, std::int64_t index) { return index + 10; }))
-                    .isNone());
-    EXPECT_EQ(display(list.callMethod(I_Iterable_Generic::$collect)), u"[10, 11]");
-}
-
 }  // namespace

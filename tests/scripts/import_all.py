@@ -21,15 +21,15 @@ there = []
 
 def walk_all():
     language.importAllModules()
-    there.append(len(sys.modules))
+    there.append(len(language.importProblems.keys))
 
 
 walks = [threading.Thread(target=walk_all) for _ in range(2)]
 for walk in walks:
     walk.start()
-for walk in walks:  # One of them does all the work, and the other waits for the end of it.
+for walk in walks:  # One of them does all the work, and the other goes on at once.
     walk.join()
-print("waited for each other:", len(set(there)) == 1)
+print("one goes on:", there[0] < there[1])
 
 packages = next(path for path in sys.path if path.endswith("site-packages"))
 for name in sorted(language.importProblems.keys):
