@@ -2,6 +2,8 @@
 #include "library/list_storage.h"
 #include "ling/list.h"
 
+#include <algorithm>
+
 namespace ling {
 
 using internal::counted_buffer;
@@ -35,7 +37,7 @@ void list_builder::grow() {
 
 void list_builder::growBy(std::size_t count) {
     const std::size_t present = buffer_ == nullptr ? 0 : static_cast<std::size_t>(next_ - buffer_->items());
-    moveTo(counted_buffer<Any>::make(present + count));
+    moveTo(counted_buffer<Any>::make(std::max(present + count, internal::grown_capacity(present))));
 }
 
 /// Gives the buffer away, with its count set.
