@@ -146,7 +146,7 @@ Figures readMapByText() {
 
 /// Two threads make and drop objects of one class, beside one thread that does so alone.
 Figures twoThreads() {
-    const Class_Generic cls = internal::defclass_impl("Shared", "").field(field_ident_untyped("value")).build();
+    const Class_Generic cls = internal::defclass_impl("Shared", "bench").field(field_ident_untyped("value")).build();
     constexpr int kObjects = 200'000;
     auto make = [&cls](double* seconds) {
         const double begin = threadSeconds();

@@ -38,7 +38,9 @@ bool iteration::advance() {
     if (iterator_.isNone())
         return false;  // An iteration that ended stays ended.
     internal::native_iterator* native = plain(native_);
-    const internal::Step alone = native == nullptr ? internal::Step::Ask : native->stepAlone(item_);
+    const internal::Step alone = native == nullptr      ? internal::Step::Ask
+                                 : native->isUnshared() ? native->stepUnshared(item_)
+                                                        : native->stepAlone(item_);
     if (alone == internal::Step::Item && !item_.isHeap())
         return true;  // Neither lazy nor an error.
     return finish(alone == internal::Step::Ask ? ask(iterator_, native_, item_) : alone == internal::Step::Item);

@@ -20,6 +20,8 @@ public:
     virtual bool step(Any& item) = 0;
     /// A step in which nobody else is asked for the item, who might answer one beside a failure.
     virtual Step stepAlone(Any& item) { return step(item) ? Step::Item : Step::End; }
+    /// The same for who has the only reference to the iterator: no other thread steps it.
+    virtual Step stepUnshared(Any& item) { return stepAlone(item); }
     Any next();
 };
 

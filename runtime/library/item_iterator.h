@@ -21,6 +21,14 @@ public:
         item = items_[position];
         return true;
     }
+    Step stepUnshared(Any& item) override {
+        const std::size_t position = next_.load(std::memory_order_relaxed);
+        if (position >= items_.size())
+            return Step::End;
+        next_.store(position + 1, std::memory_order_relaxed);
+        item = items_[position];
+        return Step::Item;
+    }
 
 private:
     const Owner owner_;

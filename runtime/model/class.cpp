@@ -58,22 +58,24 @@ Module Class_Generic::parentModule() const {
     return read_declarations(*record(), [](const class_declarations& own) { return own.module; });
 }
 
-Any Class_Generic::allocateInstance() const {
-    if (record()->isInterface())
-        return internal::failure(String(u"The interface '{}' has no instances of its own.").arg(qualname(*this)));
-    return internal::contain([&] { return Any::adopt(record()->hooks().allocate(record())); });
-}
-
 namespace {
 
+Any allocate(object_value_class* record) {
+    if (record->isInterface())
+        return internal::failure(
+            String(u"The interface '{}' has no instances of its own.").arg(qualname(Class_Generic::share(record))));
+    return Any::adopt(record->hooks().allocate(record));
+}
+
 Any makeInstance(const Class_Generic& cls, std::span<const Any> arguments) {
-    if (auto construct = cls.record()->hooks().construct)
+    object_value_class* const record = cls.record();
+    if (auto construct = record->hooks().construct)
         return construct(cls, arguments);
-    Any instance = cls.allocateInstance();
+    Any instance = allocate(record);
     if (internal::is_error_result(instance))
         return instance;
-    if (cls.record()->findMethod(Any::$__init__)) {
-        Any outcome = instance.callMethod(Any::$__init__, arguments);
+    if (const internal::found_member& initialiser = record->findMethod(Any::$__init__)) {
+        Any outcome = internal::initialise(instance, initialiser, arguments);
         return internal::is_error_result(outcome) ? outcome : instance;
     }
     if (!arguments.empty())
@@ -82,6 +84,10 @@ Any makeInstance(const Class_Generic& cls, std::span<const Any> arguments) {
 }
 
 }  // namespace
+
+Any Class_Generic::allocateInstance() const {
+    return internal::contain([&] { return allocate(record()); });
+}
 
 Any Class_Generic::construct(std::span<const Any> arguments) const {
     return internal::contain([&] { return makeInstance(*this, arguments); });
@@ -189,10 +195,7 @@ const std::array<object_value_class*, 16>& nativeClasses() {
 
 }  // namespace
 
-internal::object_value_class* raw_class_record(const Any& value) noexcept {
-    if (const internal::object_value* object = value.object())
-        if (object_value_class* own = object->ownClass())
-            return own;
+object_value_class* internal::native_class_record(const Any& value) noexcept {
     if (value.isNone())
         return None::getClass().record();
     return nativeClasses()[static_cast<std::size_t>(value.kind())];

@@ -5,11 +5,13 @@
 #include "ling/members.h"
 #include "ling/property.h"
 #include "model/argument_frame.h"
+#include "model/borrowed_frame.h"
 #include "model/class_tables.h"
 #include "model/define.h"
 #include "values/content_hash.h"
 
 #include <algorithm>
+#include <cstring>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -25,7 +27,25 @@ std::mutex& class_structure_guard() noexcept {
 
 namespace {
 
-object_value* allocateObject(object_value_class* klass) { return new object_value_object(klass); }
+/// An object with its fields in one piece of memory.
+class plain_object final : public object_value_object {
+public:
+    static plain_object* make(object_value_class* klass) {
+        const std::size_t count = klass->fieldCount();
+        void* memory = ::operator new(sizeof(plain_object) + count * sizeof(Any));
+        return new (memory) plain_object(klass, static_cast<std::uint32_t>(count));
+    }
+    /// Of the whole, whose size the language does not know.
+    static void operator delete(void* memory) noexcept { ::operator delete(memory); }
+
+private:
+    static void* operator new(std::size_t, void* memory) noexcept { return memory; }
+
+    plain_object(object_value_class* klass, std::uint32_t count) noexcept
+        : object_value_object(klass, reinterpret_cast<Any*>(this + 1), count) {}
+};
+
+object_value* allocateObject(object_value_class* klass) { return plain_object::make(klass); }
 
 constexpr const char16_t* kNativeValues =
     u"The values of the class '{}' are native ones: they have no fields and no finaliser.";
@@ -250,6 +270,8 @@ std::span<object_value_class* const> object_value_class::ancestry() const { retu
 bool object_value_class::isAncestor(const object_value_class* ancestor) const noexcept {
     if (ancestor == this)
         return true;
+    if (const class_tables* present = outline_.load(std::memory_order_acquire))
+        return present->ancestors.has(ancestor);
     try {
         return tables().ancestors.has(ancestor);
     } catch (const std::bad_alloc&) {
@@ -449,6 +471,15 @@ Class_Generic object_value_class::genericInstance(std::span<const Type> paramete
     return instance;
 }
 
+Any initialise(const Any& instance, const found_member& initialiser, std::span<const Any> arguments) {
+    const object_value* object = instance.object();
+    if (object == nullptr || object->ownClass() == nullptr || object->ownClass()->methodProtocol() ||
+        object->findExtras() != nullptr)
+        return instance.callMethod(Any::$__init__, arguments);
+    return initialiser.classLevel ? initialiser.member->invoke(arguments)
+                                  : initialiser.member->invoke(borrowed_frame(instance, arguments));
+}
+
 namespace {
 
 bool takesNamesAlone(object_value& function) {
@@ -481,10 +512,26 @@ Any object_value_class::invokeNamed(std::span<const Any> positional, std::span<c
     return is_error_result(outcome) ? outcome : instance;
 }
 
-object_value_object::object_value_object(object_value_class* klass)
-    : object_value(Kind::Object, klass), fieldCount_(0) {}
+/// Fields that have grown out of the place they were in.
+struct object_value_object::field_block {
+    static field_block* make(std::size_t count) {
+        return new (::operator new(sizeof(field_block) + count * sizeof(Any))) field_block;
+    }
+    Any* fields() noexcept { return reinterpret_cast<Any*>(this + 1); }
 
-object_value_object::~object_value_object() = default;
+    field_block* before = nullptr;
+};
+
+object_value_object::object_value_object(object_value_class* klass, Any* fields, std::uint32_t count) noexcept
+    : object_value(Kind::Object, klass), fields_(fields), fieldCount_(count) {
+    std::uninitialized_default_construct_n(fields, count);
+}
+
+object_value_object::~object_value_object() {
+    std::destroy_n(fields_.load(std::memory_order_relaxed), fieldCount_.load(std::memory_order_relaxed));
+    while (blocks_ != nullptr)
+        ::operator delete(std::exchange(blocks_, blocks_->before));
+}
 
 void object_value_object::aboutToDie() noexcept {
     const auto finalize = ownClass()->finaliser();
@@ -499,7 +546,27 @@ void object_value_object::aboutToDie() noexcept {
         });
 }
 
+/// False where the guard is needed: for an object, which has to be counted, while a field is written, and for a field
+/// that is not there. Each load is ordered before the next one, so that what was written between the first and the last
+/// shows in the last.
+bool object_value_object::readField(std::size_t position, Any& value) const noexcept {
+    const std::uint64_t before = changes_.load(std::memory_order_acquire);
+    if (before % 2 != 0 || position >= fieldCount_.load(std::memory_order_acquire))
+        return false;
+    Any& field = fields_.load(std::memory_order_acquire)[position];
+    const Any::Tag tag = std::atomic_ref(field.tag_).load(std::memory_order_acquire);
+    const std::uint64_t bits = std::atomic_ref(field.bits_).load(std::memory_order_acquire);
+    if (tag == Any::Tag::Heap || changes_.load(std::memory_order_relaxed) != before)
+        return false;
+    value.tag_ = tag;
+    value.bits_ = bits;
+    return true;
+}
+
 Any object_value_object::field(std::size_t position) const {
+    Any value;
+    if (readField(position, value))
+        return value;
     std::lock_guard hold(guard());
     return position < fieldCount_ ? fields_[position] : Any();
 }
@@ -514,23 +581,37 @@ void object_value_object::setField(std::size_t position, Any value) {
 
 bool object_value_object::storeField(std::size_t position, Any& value) {
     std::lock_guard hold(guard());
-    if (position >= fieldCount_)
+    if (position >= fieldCount_.load(std::memory_order_relaxed))
         return false;
-    fields_[position].swap(value);
+    Any& field = fields_.load(std::memory_order_relaxed)[position];
+    const change writing(*this);
+    const Any::Tag tag = field.tag_;
+    const std::uint64_t bits = field.bits_;
+    std::atomic_ref(field.tag_).store(value.tag_, std::memory_order_release);
+    std::atomic_ref(field.bits_).store(value.bits_, std::memory_order_release);
+    value.tag_ = tag;
+    value.bits_ = bits;
     return true;
 }
 
-/// Fields take room when the first of them is set: many objects, proxies above all, never use theirs. And the class may
-/// gain some after this instance was made.
+/// Fields take room when the first of them is set, but where they are part of the object: many objects, proxies above
+/// all, never use theirs. And the class may gain some after this instance was made.
 void object_value_object::makeRoom(std::size_t count) {
-    auto larger = std::make_unique<Any[]>(count);
+    const auto discard = [](field_block* block) { ::operator delete(block); };
+    std::unique_ptr<field_block, decltype(discard)> larger(field_block::make(count), discard);
     std::lock_guard hold(guard());
-    if (count <= fieldCount_)
+    const std::size_t present = fieldCount_.load(std::memory_order_relaxed);
+    if (count <= present)
         return;  // Another thread was faster.
-    std::move(fields_.get(), fields_.get() + fieldCount_, larger.get());
-    fields_.swap(larger);
-    fieldCount_ = count;
-    // The old storage, which holds nothing any more, dies after the guard.
+    const change writing(*this);
+    if (present != 0)  // They move by their bytes.
+        std::memcpy(static_cast<void*>(larger->fields()), fields_.load(std::memory_order_relaxed),
+                    present * sizeof(Any));
+    std::uninitialized_default_construct(larger->fields() + present, larger->fields() + count);
+    fields_.store(larger->fields(), std::memory_order_release);
+    fieldCount_.store(static_cast<std::uint32_t>(count), std::memory_order_release);
+    larger->before = blocks_;
+    blocks_ = larger.release();
 }
 
 Any object_value_object::invoke(std::span<const Any> arguments) {
@@ -576,6 +657,7 @@ Class_Generic native_class(const char* name, std::initializer_list<Class_Generic
         made->add_parent_unsafe(rootClass());
     if (std::string_view(name).starts_with("I_"))
         made->set_interface_unsafe();
+    made->pin();
     return cls;
 }
 

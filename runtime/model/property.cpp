@@ -5,6 +5,7 @@
 #include "ling/class_record.h"
 #include "ling/error.h"
 #include "ling/interfaces.h"
+#include "model/borrowed_frame.h"
 #include "model/canonical_text.h"
 #include "model/define.h"
 
@@ -51,17 +52,31 @@ bool Property::isValue() const noexcept { return record(*this).isValue; }
 Any Property::value() const { return record(*this).value; }
 
 Any Property::get(const Any& self) const {
-    const object_value_property& own = record(*this);
-    if (own.isValue)
-        return own.value;
-    return own.isIndependent ? own.getter() : own.getter(self);
+    const Any kept = self;
+    return internal::get_property(*object(), kept);
 }
 
 Any Property::set(const Any& self, const Any& value) const {
-    const object_value_property& own = record(*this);
+    const Any kept[] = {self, value};
+    return internal::set_property(*object(), kept[0], kept[1]);
+}
+
+Any internal::get_property(const object_value& property, const Any& self) {
+    const auto& own = static_cast<const object_value_property&>(property);
+    if (own.isValue)
+        return own.value;
+    return own.getter.invoke({&self, own.isIndependent ? std::size_t(0) : 1});
+}
+
+Any internal::set_property(const object_value& property, const Any& self, const Any& value) {
+    const auto& own = static_cast<const object_value_property&>(property);
     if (own.setter.isNone())
-        return internal::failure(u"The property is read-only.");
-    return own.isIndependent ? own.setter(value) : own.setter(self, value);
+        return failure(u"The property is read-only.");
+    return own.isIndependent ? own.setter.invoke({&value, 1}) : own.setter.invoke(borrowed_frame(self, {&value, 1}));
+}
+
+bool internal::has_setter(const object_value& property) noexcept {
+    return !static_cast<const object_value_property&>(property).setter.isNone();
 }
 
 Property Property::ofValue(const Any& value, const String& doc) {

@@ -137,7 +137,7 @@ bool Type::isMatch(const Any& value) const {
         case Form::Any:
             return true;
         case Form::Class:
-            return classMatches(raw_class_of(value), own.cls);
+            return raw_class_record(value) == own.cls.record() || classMatches(raw_class_of(value), own.cls);
         case Form::Union:
         case Form::Variable:
             break;

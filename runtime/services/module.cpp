@@ -63,12 +63,14 @@ std::vector<object_value_module::function_entry> object_value_module::functions(
 void object_value_module::addClass(const Class_Generic& cls) {
     std::lock_guard hold(members_);
     classes_.push_back(cls);
+    cls.record()->pin();  // What is listed once stays listed, as long as the module does.
 }
 
 void object_value_module::addFunction(const FunctionCL_Generic& function) {
     const method_ident_untyped id(function.name());
     std::lock_guard hold(members_);
     functions_.push_back({id, function});
+    function.record()->pin();
 }
 
 namespace {

@@ -36,8 +36,11 @@ Stack findStack() noexcept {
 
 }  // namespace
 
-bool has_stack_room() noexcept {
+constinit thread_local roomy_stack roomyStack LING_STATIC_TLS;
+
+bool find_stack_room() noexcept {
     thread_local const Stack stack = findStack();
+    roomyStack = {stack.limit, stack.top - stack.limit};
     const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
     return here < stack.bottom || here >= stack.top || here >= stack.limit;
 }

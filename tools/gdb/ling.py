@@ -93,6 +93,14 @@ def unique(pointer):
     return both.cast(head)["_M_head_impl"]
 
 
+def atomic(value):
+    """What is in a `std::atomic`."""
+    base = next((field for field in value.type.strip_typedefs().fields() if field.name in ("_M_b", "_M_i")), None)
+    if base is None:
+        return atomic(value.cast(value.type.strip_typedefs().fields()[0].type))
+    return value["_M_b"]["_M_p"] if base.name == "_M_b" else value["_M_i"]
+
+
 def memory(address, size):
     return gdb.selected_inferior().read_memory(int(address), size).tobytes() if size else b""
 
@@ -154,11 +162,11 @@ def bytes_text(thing):
 
 def fields_of(thing):
     """The fields of an instance by the names that its classes declare."""
-    first = unique(thing["fields_"])
+    first = atomic(thing["fields_"])
     if not int(first):
         return []
     names = vector_items(unique(thing["class_"]["declarations_"]).dereference()["layout"])
-    values = [(first + i).dereference() for i in range(int(thing["fieldCount_"]))]
+    values = [(first + i).dereference() for i in range(int(atomic(thing["fieldCount_"])))]
     return [(names[i]["data_"]["utf8"]["_M_str"].string() if i < len(names) else f"[{i}]", value)
             for i, value in enumerate(values)]
 
@@ -250,7 +258,7 @@ class WrapperPrinter:
         self.cell = wrapper["value"]
 
     def to_string(self):
-        return "wrapper without a value" if not int(self.cell) else "wrapper"
+        return "bound method" if not int(self.cell) else "wrapper"
 
     def children(self):
         return iter([("value", self.cell.dereference())] if int(self.cell) else [])

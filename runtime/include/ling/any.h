@@ -180,6 +180,7 @@ private:
     static constexpr Kind kImmediateKinds[] = {Kind::Undefined, Kind::Undefined, Kind::Boolean, Kind::Integer,
                                                Kind::Float};
     friend class Undefined;
+    friend class internal::object_value_object;  // Reads fields while others may write them.
 
     static Any ofText(std::string_view utf8);
     static Any ofText(std::u16string_view units);

@@ -88,9 +88,18 @@ protected:
     explicit Class_Generic(Any&& value) noexcept : I_Invokable_Generic(std::move(value)) {}
 };
 
+namespace internal {
+/// The class of a value that brings none with it.
+LING_EXPORT object_value_class* native_class_record(const Any& value) noexcept;
+}  // namespace internal
+
 /// The class that answers for a value: for an object the class it was made of, for a native value that of its kind,
 /// for a class the class `Class`. Borrowed for as long as the value lives, or for ever for a native one.
-LING_EXPORT internal::object_value_class* raw_class_record(const Any& value) noexcept;
+inline internal::object_value_class* raw_class_record(const Any& value) noexcept {
+    const internal::object_value* object = value.object();
+    internal::object_value_class* own = object == nullptr ? nullptr : object->ownClass();
+    return own != nullptr ? own : internal::native_class_record(value);
+}
 LING_EXPORT Class_Generic raw_class_of(const Any& value);
 /// As `raw_class_of`, but lazy values and weak references are resolved first.
 LING_EXPORT Class_Generic class_of(const Any& value);

@@ -57,6 +57,9 @@ public:
     std::span<object_value_class* const> ancestry() const;
     bool isAncestor(const object_value_class* ancestor) const noexcept;
     const class_hooks& hooks() const;  ///< With what is inherited.
+    /// Stands for the ancestry, the hooks, the fields and the member protocol of the class as they are: changes with
+    /// them, and is never the same again. Null while nobody has asked for them.
+    const void* shape() const noexcept { return outline_.load(std::memory_order_acquire); }
     /// The hook `finalize`, or null. It is found without any memory too, since instances die then as well.
     void (*finaliser() const noexcept)(object_value_object&);
 
@@ -157,9 +160,13 @@ private:
 };
 
 /// An instance of a class: its declared fields, and nothing else. Native classes derive their own data from it.
+///
+/// Fields that are no objects are read without the guard: `changes_` tells whether one was written meanwhile. So a
+/// block of fields stays where it is as long as the object lives, even when the class has gained some and there is a
+/// larger one.
 class LING_EXPORT object_value_object : public object_value {
 public:
-    explicit object_value_object(object_value_class* klass);
+    explicit object_value_object(object_value_class* klass) : object_value(Kind::Object, klass) {}
     ~object_value_object() override;
 
     /// Copies a field under the object's guard. `position` comes from the class's `findField`. A native class may keep
@@ -171,14 +178,35 @@ public:
     Any invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) override;
 
 protected:
+    /// `fields` is raw memory for so many fields, which is part of the object.
+    object_value_object(object_value_class* klass, Any* fields, std::uint32_t count) noexcept;
     void aboutToDie() noexcept override;
 
 private:
+    struct field_block;
+    /// Marks the fields as being written. Under the guard.
+    class change {
+    public:
+        explicit change(object_value_object& object) noexcept : changes_(object.changes_) {
+            changes_.store(changes_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+        }
+        ~change() { changes_.store(changes_.load(std::memory_order_relaxed) + 1, std::memory_order_release); }
+        change(const change&) = delete;
+        change& operator=(const change&) = delete;
+
+    private:
+        std::atomic<std::uint64_t>& changes_;
+    };
+
+    bool readField(std::size_t position, Any& value) const noexcept;
     bool storeField(std::size_t position, Any& value);
     void makeRoom(std::size_t count);
 
-    std::unique_ptr<Any[]> fields_;  // None until one is set. Guarded by guard(), as is their number.
-    std::size_t fieldCount_;
+    // None until one is set, but where they are part of the object. Written under guard(), as is all that follows.
+    std::atomic<Any*> fields_{nullptr};
+    std::atomic<std::uint64_t> changes_{0};  // Odd while fields are being written.
+    std::atomic<std::uint32_t> fieldCount_{0};
+    field_block* blocks_ = nullptr;  // Owned, the larger one first: those that fields are in, or were once.
 };
 
 /// A class of the runtime itself, without members as yet: the start of the runtime adds them once all classes exist.

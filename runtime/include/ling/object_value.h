@@ -17,8 +17,9 @@ struct object_extras;
 /// Everything a `ling::Any` can point to: strings, containers, functions, classes, objects.
 ///
 /// The count is intrusive and atomic; an object starts with one reference, which its maker owns, and is deleted
-/// on whichever thread drops the last one. Long chains of objects are taken apart without deep recursion.
-/// A value's storage is guarded by `guard()`, one byte, for a few instructions at a time.
+/// on whichever thread drops the last one. Long chains of objects are taken apart without deep recursion. An object
+/// that is pinned stays for ever, and counts no more. A value's storage is guarded by `guard()`, one byte, for a few
+/// instructions at a time.
 class LING_EXPORT object_value {
 public:
     /// `klass` is borrowed and kept alive by the new object. Null stands for the native class of the kind, and,
@@ -32,10 +33,24 @@ public:
     /// that is never null.
     object_value_class* ownClass() const noexcept { return class_; }
 
-    void retain() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
+    void retain() noexcept {
+        if (!isPinned())
+            count_.fetch_add(1, std::memory_order_relaxed);
+    }
     void release() noexcept {
-        if (count_.fetch_sub(1, std::memory_order_release) == 1)
+        const std::uint32_t count = count_.load(std::memory_order_relaxed);
+        if (count == 1)
+            releaseOnlyReference();
+        else if (count < kPinned && count_.fetch_sub(1, std::memory_order_release) == 1)
             destroy();
+    }
+    /// Keeps the object for ever, for what lives as long as the process anyway: threads that use it at the same time do
+    /// not meet in its count. The caller has a reference, which is left to the object.
+    void pin() noexcept { count_.fetch_or(kPinned, std::memory_order_relaxed); }
+    bool isPinned() const noexcept { return count_.load(std::memory_order_relaxed) >= kPinned; }
+    /// Whether the caller, who has a reference, has the only one. Nobody else reaches the object then.
+    bool isUnshared() const noexcept {
+        return count_.load(std::memory_order_acquire) == 1 && extras_.load(std::memory_order_relaxed) == nullptr;
     }
     /// Takes a reference unless the last one is already gone. For weak references, under their own guard.
     bool retainIfAlive() noexcept;
@@ -66,6 +81,10 @@ protected:
     void markErrorResult(bool flag) noexcept { errorResult_ = flag; }
 
 private:
+    /// So many references that they are not counted any more.
+    static constexpr std::uint32_t kPinned = std::uint32_t{1} << 31;
+
+    void releaseOnlyReference() noexcept;
     void destroy() noexcept;
     void dismantle() noexcept;
     void waitBefore(object_value* next) noexcept;

@@ -39,6 +39,12 @@ private:
 
 namespace internal {
 
+/// Reads or writes a property that was found in a class. The caller keeps the property, `self` and `value` as long as
+/// that takes, whatever the function does to the places that it knows them from.
+LING_EXPORT Any get_property(const object_value& property, const Any& self);
+LING_EXPORT Any set_property(const object_value& property, const Any& self, const Any& value);
+LING_EXPORT bool has_setter(const object_value& property) noexcept;
+
 /// Collects the parts of a property. A getter takes the receiver, or nothing when it is independent; a setter takes
 /// the receiver and the value. A function with more parameters is refused, with a line in the assertion log.
 class LING_EXPORT property_builder_base {

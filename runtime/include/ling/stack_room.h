@@ -2,7 +2,19 @@
 
 #include "ling/export.h"
 
+#include <cstdint>
+
 namespace ling::internal {
+
+/// Where the stack of a thread may be used without a thought: nowhere until somebody has looked.
+struct roomy_stack {
+    std::uintptr_t limit = 0;
+    std::uintptr_t size = 0;
+};
+extern LING_EXPORT constinit thread_local roomy_stack roomyStack LING_STATIC_TLS;
+
+/// Looks at the bounds of the thread's stack.
+LING_EXPORT bool find_stack_room() noexcept;
 
 /// Whether the stack of this thread has room for one more round through foreign code and back.
 ///
@@ -10,6 +22,9 @@ namespace ling::internal {
 /// often have small stacks: recursion through both would overflow one long before a guest's limit. Whatever goes round
 /// through both asks here first and fails with an error instead. Always true on a stack that is not the thread's own (a
 /// coroutine's), whose bounds nobody knows.
-LING_EXPORT bool has_stack_room() noexcept;
+inline bool has_stack_room() noexcept {
+    const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    return here - roomyStack.limit < roomyStack.size || find_stack_room();
+}
 
 }  // namespace ling::internal

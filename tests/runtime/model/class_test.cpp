@@ -120,6 +120,70 @@ TEST(Class, ObjectsKeepTheirFieldsWhenAnAncestorGainsOne) {
     EXPECT_EQ(child.fields(Inherited::Yes).size(), 3u);
 }
 
+TEST(Class, FieldsAreReadWholeWhileTheyAreWritten) {
+    const field_ident_untyped $value("value");
+    const Class_Generic cls = defclass_impl("Cell", "").field($value).build();
+    const Any object = cls.allocateInstance();
+    std::atomic<bool> done{false};
+    std::thread reader([&] {
+        while (!done) {
+            const Any value = object.fieldValue($value);
+            // The bits of a float would be far more as an integer, and those of an integer next to nothing as a float.
+            EXPECT_TRUE(!value.is(Kind::Integer) || value.asInteger() < 100'000);
+            EXPECT_TRUE(!value.is(Kind::Float) || value.asFloat() >= 0.5);
+            EXPECT_TRUE(!value.isHeap() || unchecked<String>(value).length() == 5);
+        }
+    });
+    for (int i = 0; i < 30'000; ++i) {
+        (void)object.setFieldValue($value, i);
+        (void)object.setFieldValue($value, i + 0.5);
+        (void)object.setFieldValue($value, i % 2 == 0 ? Any("words") : Any());
+        if (i % 3'000 == 0) {
+            const field_ident_untyped $more(String(u"more{}").arg(i).toStdString());
+            cls.record()->add_field_unsafe($more, Untyped::getType(), u"");
+            EXPECT_TRUE(object.setFieldValue($more, i).isNone());
+            EXPECT_TRUE(object.fieldValue($more).isSameAs(Any(i)));
+        }
+    }
+    done = true;
+    reader.join();
+}
+
+/// A getter, setter or initialiser may take away the value that it was called through.
+TEST(Class, ReceiverOutlastsThePlaceItWasFoundIn) {
+    static Any place;
+    const field_ident_untyped $value("value");
+    const property_ident_untyped $$held("held");
+    const Class_Generic cls =
+        defclass_impl("Held", "")
+            .field($value)
+            .method(Any::$__init__, "value",
+                    [=](const Any& self, const Any& value) {
+                        place = Any();
+                        return self.setFieldValue($value, value);
+                    })
+            .property("held", property_builder()
+                                  .getter([=](const Any& self) {
+                                      place = Any();
+                                      return self.fieldValue($value);
+                                  })
+                                  .setter([=](const Any& self, const Any& value) -> Any {
+                                      place = Any();
+                                      return value.fieldValue($value).isSameAs(self.fieldValue($value)) ? Any() : 1;
+                                  }))
+            .build();
+    const auto refill = [&] { place = cls.construct(std::initializer_list<Any>{7}); };
+    refill();
+    EXPECT_TRUE(place.propertyValue($$held).isSameAs(Any(7)));
+    refill();
+    EXPECT_TRUE(property_of(place, $$held).get(place).isSameAs(Any(7)));
+    refill();
+    EXPECT_TRUE(place.setPropertyValue($$held, place).isNone());
+    refill();
+    EXPECT_TRUE(property_of(place, $$held).set(place, place).isNone());
+    EXPECT_TRUE(place.isNone());
+}
+
 TEST(Class, FieldsKeepTheirPlaceInDerivedClassesAndCheckTypes) {
     const field_ident_untyped $name("name");
     const field_ident_untyped $count("count");
