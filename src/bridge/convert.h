@@ -41,6 +41,8 @@ PyObject* toPython(const ling::Any& value);
 /// again costs more than converting a number.
 ling::Any toLingLocked(PyObject* object);
 PyObject* toPythonLocked(const ling::Any& value);
+/// A value that nobody else needs: where a wrapper is made, it takes the reference over.
+PyObject* toPythonLocked(ling::Any&& value);
 
 /// The value of an object whose conversion runs no code and leaves no error: one of exactly the types `int`, `str`,
 /// `float`, `bool`, `None`, `list`, `tuple` and `dict`, unless something would be lost. False, with nothing done that

@@ -17,6 +17,7 @@
 #include "proxies/python_proxy.h"
 #include "proxies/python_type.h"
 
+#include <typeinfo>
 #include <unordered_map>
 
 namespace ling::python {
@@ -292,7 +293,8 @@ PyObject* exceptionClassRaisedFor(const ling::Class_Generic& cls) {
 bool raiseCarried(const ling::Any& error) {
     if (mustRaiseInterruption())
         return true;
-    if (dynamic_cast<const StandingError*>(error.object()) == nullptr)
+    const ling::internal::object_value* object = error.object();
+    if (object == nullptr || typeid(*object) != typeid(StandingError))
         return false;
     const ling::Any origin = platform::originOf(ling::unchecked<ling::Error>(error));
     PyObject* exception = PythonProxy::pythonObject(origin);
@@ -306,9 +308,9 @@ PyObject* raiseError(const ling::Error& error) {
     if (raiseCarried(error))
         return nullptr;
     PyErr_Clear();
-    const ling::Class_Generic cls = ling::raw_class_of(error);
-    if (cls == ling::Error::getClass() && error.exception().isNone())
+    if (ling::raw_class_record(error) == ling::Error::getClass().record() && error.exception().isNone())
         return raiseText(PyExc_RuntimeError, error);
+    const ling::Class_Generic cls = ling::raw_class_of(error);
     PyObject* exceptionClass = exceptionClassRaisedFor(cls);
     if (exceptionClass == nullptr)
         return raiseText(PyExc_RuntimeError, error);

@@ -33,6 +33,8 @@ bool isInstance(const ling::Any& value) {
     return ling::internal::cast_object(value, Handle::getClass()) != nullptr;
 }
 
+PyObject* wrap(const ling::Any& value) { return wrapLocked(ling::Any(value)); }
+
 PyObject* fromBoolean(const ling::Any& value) { return PyBool_FromLong(value.asBoolean()); }
 
 PyObject* fromByteArray(const ling::Any& value) {
@@ -83,7 +85,7 @@ Answer classObject(const ling::Any& value) {
     if (value.object()->ownClass() != nullptr)  // Classes alone have none.
         return kNotMine;
     PyTypeObject* type = pythonTypeOf(ling::unchecked<ling::Class_Generic>(value));
-    return type != nullptr ? Py_NewRef(reinterpret_cast<PyObject*>(type)) : wrapValue(value);
+    return type != nullptr ? Py_NewRef(reinterpret_cast<PyObject*>(type)) : wrap(value);
 }
 
 Answer date(const ling::Any& value) {
@@ -111,7 +113,7 @@ Answer dateTime(const ling::Any& value) {
     return isInstance<ling::DateTime>(value) ? Answer(makeDateTime(ling::unchecked<ling::DateTime>(value))) : kNotMine;
 }
 
-Answer anyObject(const ling::Any& value) { return wrapValue(value); }
+Answer anyObject(const ling::Any& value) { return wrap(value); }
 
 /// The first rule that takes the object decides.
 constexpr ObjectRule kObjectRules[] = {
@@ -126,11 +128,59 @@ constexpr ObjectRule kObjectRules[] = {
     anyObject,     // a wrapper
 };
 
-PyObject* fromObject(const ling::Any& value) {
-    Answer answer;
-    for (const ObjectRule* rule = kObjectRules; !answer; ++rule)
-        answer = (*rule)(value);
+/// The rules that classes came to of late. Every rule but that for classes goes by the class of the object, as its
+/// shape shows. Under the interpreter lock.
+class RecentRules {
+public:
+    /// Null where it is not known.
+    ObjectRule find(const ling::internal::object_value_class* cls) const noexcept {
+        const Entry& entry = entries_[slotOf(cls)];
+        return entry.cls == cls && entry.shape == cls->shape() ? entry.rule : nullptr;
+    }
+    /// `shape` is that of the class before the rules were asked.
+    void remember(const ling::internal::object_value_class* cls, const void* shape, ObjectRule rule) noexcept {
+        if (cls != nullptr && cls->isPinned() && shape != nullptr)
+            entries_[slotOf(cls)] = {cls, shape, rule};
+    }
+
+private:
+    struct Entry {
+        const ling::internal::object_value_class* cls = nullptr;  // Is there for ever.
+        const void* shape = nullptr;
+        ObjectRule rule = nullptr;
+    };
+    static constexpr std::size_t kSlots = 256;
+    static std::size_t slotOf(const ling::internal::object_value_class* cls) noexcept {
+        return (reinterpret_cast<std::uintptr_t>(cls) >> 4) % kSlots;
+    }
+
+    std::array<Entry, kSlots> entries_{};
+};
+
+constinit RecentRules recentRules;
+
+/// The rule that is known for the object's class, or null.
+ObjectRule knownRule(const ling::Any& value) noexcept {
+    const ling::internal::object_value_class* cls = value.object()->ownClass();
+    return cls != nullptr ? recentRules.find(cls) : nullptr;
+}
+
+PyObject* findRule(const ling::Any& value) {
+    const ling::internal::object_value_class* cls = value.object()->ownClass();
+    const void* shape = cls != nullptr ? cls->shape() : nullptr;
+    const ObjectRule* rule = kObjectRules;
+    Answer answer = (*rule)(value);
+    while (!answer)
+        answer = (*++rule)(value);
+    recentRules.remember(cls, shape, *rule);
     return *answer;
+}
+
+PyObject* fromObject(const ling::Any& value) {
+    if (ObjectRule rule = knownRule(value))
+        if (const Answer answer = rule(value))
+            return *answer;
+    return findRule(value);
 }
 
 using Conversion = PyObject* (*)(const ling::Any&);
@@ -140,18 +190,18 @@ constexpr std::array<Conversion, 16> kConversions = {
     fromBoolean,    // Boolean
     fromByteArray,  // ByteArray
     fromFloat,      // Float
-    wrapValue,      // Function
-    wrapValue,      // Map
-    wrapValue,      // Set
+    wrap,           // Function
+    wrap,           // Map
+    wrap,           // Set
     fromInteger,    // Integer
-    wrapValue,      // List
+    wrap,           // List
     fromObject,     // Object
     fromString,     // String
     fromTuple,      // Tuple
-    wrapValue,      // Boxed
+    wrap,           // Boxed
     fromExternal,   // External
-    wrapValue,      // Lazy
-    wrapValue,      // Weak
+    wrap,           // Lazy
+    wrap,           // Weak
     fromUndefined,  // Undefined
 };
 
@@ -159,12 +209,17 @@ PyObject* convert(const ling::Any& value) {
     if (value.isNone())
         return Py_NewRef(Py_None);
     const auto kind = static_cast<std::size_t>(value.kind());
-    return kind < kConversions.size() ? kConversions[kind](value) : wrapValue(value);
+    return kind < kConversions.size() ? kConversions[kind](value) : wrap(value);
 }
 
 }  // namespace
 
 PyObject* toPythonLocked(const ling::Any& value) { return convert(value); }
+
+PyObject* toPythonLocked(ling::Any&& value) {
+    const bool isWrapped = value.is(ling::Kind::Object) && knownRule(value) == &anyObject;
+    return isWrapped ? wrapLocked(std::move(value)) : convert(value);
+}
 
 PyObject* toPython(const ling::Any& value) {
     const GilGuard gil;

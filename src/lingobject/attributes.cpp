@@ -10,11 +10,42 @@
 #include "lingobject/slot_result.h"
 #include "lingobject/special_names.h"
 
+#include <optional>
+
 namespace ling::python {
 
 namespace {
 
 using ling::internal::identifier_data;
+
+/// Where a look-up needs to see the tables of the class alone, since nothing else could answer: those of an object or
+/// native value without members of its own whose class leaves look-ups to the runtime. The wrapper keeps the value, and
+/// that its class with all that is found there. Null for every other value.
+const ling::internal::object_value_class* decidingClass(PyObject* self) {
+    const WrapperBlock& block = blockOf(self);
+    const ling::Any* value = block.instance.value;
+    if (value == nullptr || !value->isHeap() || value->object()->findExtras() != nullptr)
+        return nullptr;
+    const ClassFacts& facts = *block.facts;
+    return facts.isPlain() && !facts.isError() ? facts.record() : nullptr;
+}
+
+/// What the class has under a name. Nothing where the look-up has to go the long way.
+std::optional<PyObject*> lookUpDirectly(PyObject* self, PyObject* name) {
+    const identifier_data* id = knownPublicName(name);
+    const ling::internal::object_value_class* cls = id != nullptr ? decidingClass(self) : nullptr;
+    if (cls == nullptr)
+        return std::nullopt;
+    if (const auto& property = cls->findProperty(ling::property_ident_untyped(*id))) {
+        if (mustRaise())
+            return nullptr;
+        return giveResult(ling::internal::get_property(*property.member, *blockOf(self).instance.value));
+    }
+    const auto& method = cls->findMethod(ling::method_ident_untyped(*id));
+    if (!method || method.classLevel || mustRaise())
+        return std::nullopt;
+    return bindLocked(self, method.member);
+}
 
 /// A new reference, or null: with the Python error set, or with nothing pending when there is no such member.
 PyObject* lookUpMember(const ling::Any& value, const identifier_data& name) {
@@ -64,6 +95,8 @@ int refuse(PyObject* name, const ling::Any& error, MessageEnd end) {
 }
 
 int finish(PyObject* name, const ling::Any& outcome, MessageEnd end) {
+    if (!outcome.isHeap())
+        return mustRaise() ? -1 : 0;
     const ling::Any value = ling::internal::result_unwrap_lazy(outcome);
     if (ling::internal::is_error_result(value))
         return refuse(name, value, end);
@@ -90,6 +123,18 @@ int assignMember(const ling::Any& self, PyObject* name, const identifier_data& i
     return finish(name, ling::insert_property_value(self, propertyId, value), MessageEnd::Bare);
 }
 
+/// Writes a property of the class that has a setter. Nothing where the assignment has to go the long way.
+std::optional<int> assignDirectly(PyObject* self, PyObject* name, const identifier_data& id, const ling::Any& value) {
+    const ling::internal::object_value_class* cls = decidingClass(self);
+    if (cls == nullptr)
+        return std::nullopt;
+    const auto& property = cls->findProperty(ling::property_ident_untyped(id));
+    if (!property || !ling::internal::has_setter(*property.member) || mustRaise())
+        return std::nullopt;
+    return finish(name, ling::internal::set_property(*property.member, *blockOf(self).instance.value, value),
+                  MessageEnd::FullStop);
+}
+
 /// Takes a property off the object itself; what the class declares stays.
 int deleteMember(const ling::Any& self, PyObject* name, const identifier_data& id) {
     const bool removed = ling::remove_property(self, ling::property_ident_untyped(id));
@@ -104,6 +149,8 @@ int deleteMember(const ling::Any& self, PyObject* name, const identifier_data& i
 }  // namespace
 
 PyObject* lookUpAttribute(PyObject* self, PyObject* name) {
+    if (const std::optional<PyObject*> found = lookUpDirectly(self, name))
+        return *found;
     const Receiver receiver(self);
     if (isPrivateName(name)) {
         PyObject* special = nullptr;
@@ -135,7 +182,12 @@ int assignAttribute(PyObject* self, PyObject* name, PyObject* value) {
     }
     const identifier_data* id = memberName(name);
     ling::Any converted;
-    return id != nullptr && takeArgument(value, converted) ? assignMember(*receiver, name, *id, converted) : -1;
+    if (id == nullptr || !takeArgument(value, converted))
+        return -1;
+    // Only now: the conversion may have run code that changed anything.
+    if (const std::optional<int> outcome = assignDirectly(self, name, *id, converted))
+        return *outcome;
+    return assignMember(*receiver, name, *id, converted);
 }
 
 }  // namespace ling::python

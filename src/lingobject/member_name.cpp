@@ -63,6 +63,11 @@ const identifier_data* remembered(PyObject* name, const identifier_data* identif
 
 }  // namespace
 
+const identifier_data* knownPublicName(PyObject* name) noexcept {
+    const identifier_data* known = cache.find(name);
+    return known != nullptr && !known->isPrivate ? known : nullptr;
+}
+
 const identifier_data* memberName(PyObject* name) {
     if (const identifier_data* known = cache.find(name))
         return known;

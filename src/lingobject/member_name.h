@@ -14,6 +14,9 @@ namespace ling::python {
 /// its address. The interpreter lock must be held.
 const ling::internal::identifier_data* memberName(PyObject* name);
 
+/// The same for a name that was used before and does not begin with "_". Null for all others, with nothing pending.
+const ling::internal::identifier_data* knownPublicName(PyObject* name) noexcept;
+
 /// The same for a look-up alone. A name that nobody declared is none of the identifiers, and does not become one: what
 /// this gives for it is good as long as it lives.
 class LookupName {

@@ -5,6 +5,7 @@
 #include "ling/comparison.h"
 #include "ling/error.h"
 #include "ling/interfaces.h"
+#include "ling/list.h"
 #include "ling/map_interface.h"
 #include "ling/members.h"
 #include "ling/sequence.h"
@@ -108,7 +109,18 @@ Py_ssize_t giveLength(std::int64_t number) {
     return -1;
 }
 
+/// The native list in a wrapper, where nothing can stand in for its operations: its class is no derived one, and it has
+/// no members of its own. Null for every other value.
+const ling::List_Generic* plainList(PyObject* self) noexcept {
+    const ling::Any* value = blockOf(self).instance.value;
+    const bool isPlain = value != nullptr && value->is(ling::Kind::List) && value->object()->ownClass() == nullptr &&
+                         value->object()->findExtras() == nullptr;
+    return isPlain ? &ling::unchecked<ling::List_Generic>(*value) : nullptr;
+}
+
 Py_ssize_t length(PyObject* self) {
+    if (const ling::List_Generic* list = plainList(self))
+        return static_cast<Py_ssize_t>(list->size());
     const Receiver receiver(self);
     if (failsLate(receiver))
         return -1;
@@ -180,6 +192,8 @@ PyObject* subscript(PyObject* self, PyObject* key) {
         return nullptr;
     if (!isLingObject(self))
         return raiseKey(converted);
+    if (const ling::List_Generic* list = plainList(self); list != nullptr && converted.is(ling::Kind::Integer))
+        return giveResultOrMessage(list->at(converted.asInteger()));
     const Receiver receiver(self);
     if (raisesItself(*receiver))
         return nullptr;

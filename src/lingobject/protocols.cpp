@@ -9,7 +9,9 @@
 #include "ling/iterable.h"
 #include "lingobject/instance.h"
 #include "lingobject/slot_result.h"
+#include "lingobject/wrapper_memory.h"
 
+#include <memory>
 #include <utility>
 
 namespace ling::python {
@@ -17,12 +19,11 @@ namespace ling::python {
 namespace {
 
 PyObject* takeNext(const ling::Any& iterator) {
-    if (!ling::internal::is_instance<ling::I_Iterator_Generic>(iterator))
-        return nullptr;
-    const ling::Any item =
-        ling::internal::result_unwrap_lazy(ling::unchecked<ling::I_Iterator_Generic>(iterator).next());
+    ling::Any item = ling::unchecked<ling::I_Iterator_Generic>(iterator).next();
+    if (item.isHeap())
+        item = ling::internal::result_unwrap_lazy(std::move(item));
     if (!ling::internal::is_error_result(item))
-        return giveResult(item);
+        return giveResult(std::move(item));
     forgetError();  // Any failure ends the loop quietly, an interruption apart.
     (void)raiseHeldInterruption();
     return nullptr;
@@ -31,13 +32,15 @@ PyObject* takeNext(const ling::Any& iterator) {
 }  // namespace
 
 void deallocate(PyObject* self) {
-    GilGuard gil;
-    ling::Any* cell = std::exchange(reinterpret_cast<Instance*>(self)->value, nullptr);
-    {
+    const GilGuard gil;
+    WrapperBlock& block = blockOf(self);
+    if (block.instance.value == nullptr) {
+        Py_DECREF(block.bound.receiver);
+    } else {
         const ErrorScope scope;  // The value's end may run any code; an error pending around us is not its business.
-        delete cell;
+        std::destroy_at(&block.cell);
     }
-    PyObject_Free(self);
+    freeWrapper(&block);
 }
 
 Py_hash_t hash(PyObject* self) {
@@ -82,6 +85,11 @@ PyObject* iterate(PyObject* self) {
     return giveResult(ling::unchecked<ling::I_Iterable_Generic>(*receiver).iter());
 }
 
-PyObject* nextItem(PyObject* self) { return takeNext(*Receiver(self)); }
+PyObject* nextItem(PyObject* self) {
+    const Receiver receiver(self);
+    const bool isIterator = receiver.isResolved() ? ling::internal::is_instance<ling::I_Iterator_Generic>(*receiver)
+                                                  : blockOf(self).facts->isIterator();
+    return isIterator ? takeNext(*receiver) : nullptr;
+}
 
 }  // namespace ling::python

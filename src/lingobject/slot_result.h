@@ -8,6 +8,8 @@
 #include "ling/error.h"
 #include "lingobject/instance.h"
 
+#include <utility>
+
 /// The adapters between what `ling` operations answer and what a slot must give to Python.
 ///
 /// A conversion may leave an error pending beside a value that says nothing (an integer beyond 64 bits). Python must
@@ -26,18 +28,24 @@ inline bool takeArgument(PyObject* object, ling::Any& converted) {
 
 /// A converted result: a new reference, or null with the Python error set. An error result raises the exception that
 /// stands for it.
-inline PyObject* giveResult(const ling::Any& result) {
+inline PyObject* giveResult(ling::Any&& result) {
     if (mustRaise())
         return nullptr;
-    PyObject* converted =
-        toPythonLocked(result.is(ling::Kind::Lazy) ? ling::internal::result_unwrap_lazy(result) : result);
-    // Only what lies behind an object can leave an error beside its value.
-    if (result.isHeap() && converted != nullptr && mustRaise()) {
+    if (result.is(ling::Kind::Integer))
+        return PyLong_FromLongLong(result.asInteger());  // As all of them are converted, without a look at the rules.
+    if (!result.isHeap())
+        return toPythonLocked(result);
+    if (result.is(ling::Kind::Lazy))
+        result = ling::internal::result_unwrap_lazy(std::move(result));
+    PyObject* converted = toPythonLocked(std::move(result));
+    // What lies behind an object can leave an error beside its value.
+    if (converted != nullptr && mustRaise()) {
         Py_DECREF(converted);
         return nullptr;
     }
     return converted;
 }
+inline PyObject* giveResult(const ling::Any& result) { return giveResult(ling::Any(result)); }
 
 /// Raises `type` with a text of ours, unless an interruption goes before it. Always null, for slots that end with it.
 PyObject* raise(PyObject* type, const ling::String& text);
@@ -48,17 +56,19 @@ PyObject* raiseMessage(const ling::Any& error);
 ling::String messageOf(const ling::Any& error);
 
 /// A converted result of an operation whose failure is told by a `RuntimeError` with the plain message.
-inline PyObject* giveResultOrMessage(const ling::Any& result) {
+inline PyObject* giveResultOrMessage(ling::Any result) {
     if (result.is(ling::Kind::Lazy))
-        return giveResultOrMessage(ling::internal::result_unwrap_lazy(result));
-    return ling::internal::is_error_result(result) ? raiseMessage(result) : giveResult(result);
+        result = ling::internal::result_unwrap_lazy(std::move(result));
+    return ling::internal::is_error_result(result) ? raiseMessage(result) : giveResult(std::move(result));
 }
 
 /// The outcome of an operation without a result: 0, or -1 with a `RuntimeError` with the plain message.
 inline int giveOutcome(const ling::Any& outcome) {
-    const ling::Any value = ling::internal::result_unwrap_lazy(outcome);
-    if (ling::internal::is_error_result(value))
-        (void)raiseMessage(value);
+    if (outcome.isHeap()) {
+        const ling::Any value = ling::internal::result_unwrap_lazy(outcome);
+        if (ling::internal::is_error_result(value))
+            (void)raiseMessage(value);
+    }
     return mustRaise() ? -1 : 0;
 }
 

@@ -3,6 +3,8 @@
 #include "bridge/contained.h"
 #include "ling/comparison.h"
 #include "ling/error.h"
+#include "ling/indirect_values.h"
+#include "ling/iterable.h"
 #include "ling/module.h"
 #include "lingobject/attributes.h"
 #include "lingobject/call.h"
@@ -13,8 +15,10 @@
 #include "lingobject/protocols.h"
 #include "lingobject/type_members.h"
 
+#include <array>
 #include <atomic>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <unordered_map>
 
@@ -123,28 +127,28 @@ PyTypeObject* makeClassType(const ClassParts& parts) {
     return makeReady(type);
 }
 
-/// The type chosen for each class so far. One spin lock guards it. A thread that finds it taken gives the interpreter
-/// lock up while it waits, since the holder may need that lock to go on.
+/// What is known of each class so far, the type chosen for it above all. One spin lock guards it. A thread that finds
+/// it taken gives the interpreter lock up while it waits, since the holder may need that lock to go on.
 class TypeCache {
 public:
-    PyTypeObject* find(const ling::Class_Generic& cls) {
+    const ClassFacts* find(const ling::internal::object_value_class* record) {
         const SpinGuard hold(lock_);
-        auto found = types_.find(cls.record());
-        return found == types_.end() ? nullptr : found->second;
+        auto found = facts_.find(record);
+        return found == facts_.end() ? nullptr : found->second.get();
     }
 
     /// Makes the type unless another thread was faster; the lock is held meanwhile, so no class gets two.
     template <class Make>
-    PyTypeObject* findOrMake(const ling::Class_Generic& cls, Make&& make) {
+    const ClassFacts* findOrMake(ling::internal::object_value_class* record, Make&& make) {
         const SpinGuard hold(lock_);
-        if (auto found = types_.find(cls.record()); found != types_.end())
-            return found->second;
+        if (auto found = facts_.find(record); found != facts_.end())
+            return found->second.get();
         PyTypeObject* type = make();
         if (type == nullptr)
             return nullptr;
-        kept_.push_back(cls);  // The address of a class that is gone must not be taken for that of a new one.
-        types_.emplace(cls.record(), type);
-        return type;
+        const auto made = facts_.emplace(record, std::make_unique<ClassFacts>(record, type)).first;
+        record->pin();  // The address of a class that is gone must not be taken for that of a new one.
+        return made->second.get();
     }
 
 private:
@@ -166,8 +170,7 @@ private:
     };
 
     std::atomic<bool> lock_{false};
-    std::unordered_map<const ling::internal::object_value_class*, PyTypeObject*> types_;
-    std::vector<ling::Class_Generic> kept_;
+    std::unordered_map<const ling::internal::object_value_class*, std::unique_ptr<ClassFacts>> facts_;
 };
 
 TypeCache& cache() {
@@ -184,22 +187,54 @@ PyTypeObject* sharedType(const ling::Class_Generic& cls) {
     return cls.isAncestor(ling::I_Invokable_Generic::getClass()) ? callableType() : plainType();
 }
 
-PyTypeObject* makeTypeFor(const ling::Class_Generic& cls) {
+const ClassFacts* makeFactsFor(const ling::Class_Generic& cls) {
     if (!selectsOwnType(cls))
-        return cache().findOrMake(cls, [&] { return sharedType(cls); });
+        return cache().findOrMake(cls.record(), [&] { return sharedType(cls); });
     const ClassParts parts = gatherParts(cls);
-    return cache().findOrMake(cls, [&] { return makeClassType(parts); });
+    return cache().findOrMake(cls.record(), [&] { return makeClassType(parts); });
 }
+
+const ClassFacts* findFacts(ling::internal::object_value_class* record) {
+    if (const ClassFacts* known = cache().find(record))
+        return known;
+    const ClassFacts* made = makeFactsFor(ling::Class_Generic::share(record));
+    if (made == nullptr && PyErr_Occurred() == nullptr)
+        PyErr_NoMemory();
+    return made;
+}
+
+/// The facts asked for of late, by the addresses of their classes. Under the interpreter lock.
+constinit std::array<const ClassFacts*, 256> recentFacts{};
 
 }  // namespace
 
+void ClassFacts::look() const {
+    (void)record_->hooks();  // There is a shape once somebody has asked for them.
+    const void* const shape = record_->shape();
+    isError_ = record_->isAncestor(ling::Error::getClass().record());
+    isPlainlyInvokable_ = !isError_ && record_->isAncestor(ling::I_Invokable_Generic::getClass().record());
+    isIterator_ = record_->isAncestor(ling::I_Iterator_Generic::getClass().record());
+    isPlain_ = !record_->methodProtocol() && !record_->propertyProtocol() &&
+               record_ != ling::Class_Generic::getClass().record() &&
+               !record_->isAncestor(ling::Lazy_Generic::getClass().record()) &&
+               !record_->isAncestor(ling::Weak_Generic::getClass().record());
+    shape_ = shape;
+}
+
+const ClassFacts* factsOf(ling::internal::object_value_class* record) {
+    const ClassFacts*& recent = recentFacts[(reinterpret_cast<std::uintptr_t>(record) >> 4) % recentFacts.size()];
+    if (recent == nullptr || recent->record() != record) {
+        const ClassFacts* found = findFacts(record);
+        if (found == nullptr)
+            return nullptr;
+        recent = found;
+    }
+    return recent;
+}
+
 PyTypeObject* typeForClass(const ling::Class_Generic& cls) {
-    if (PyTypeObject* known = cache().find(cls))
-        return known;
-    PyTypeObject* type = makeTypeFor(cls);
-    if (type == nullptr && PyErr_Occurred() == nullptr)
-        PyErr_NoMemory();
-    return type;
+    const ClassFacts* facts = factsOf(cls.record());
+    return facts == nullptr ? nullptr : facts->type();
 }
 
 }  // namespace ling::python

@@ -31,6 +31,17 @@ constexpr ScriptRow kRows[] = {
     {"PrivateStoreGoesToLing", "t._own = 3\nreturn probe(lambda: t._own)",
      "AttributeError: 'ling~things`Thing' object has no attribute '_own'"},
     {"MethodIsCallable", "return repr(callable(t.greet)) + t.greet()", "Truebox greets you"},
+    {"BoundMethodOutlivesTheObject",
+     "m, n = t.greet, t.greet\ndel t\nsame = m == n\nreturn [m(), n('me'), n(whom='us'), same, m is n, "
+     "ling.kind_of(m), "
+     "hash(m) == hash(n), repr(m) == repr(n), ling.is_same(things.same(m), m)]",
+     "['box greets you', 'box greets me', 'box greets us', True, False, 'function', True, True, True]"},
+    {"BoundMethodBecomesAValueWhileItIsCalled",
+     "m = t.greet\ndel t\nclass Whom:\n    @property\n    def __class__(self):\n        things.same(m)\n"
+     "        return str\nreturn [probe(lambda: m(Whom()))[:33], m('me')]",
+     "[\"RuntimeError: Argument 'whom' of \", 'box greets me']"},
+    {"BoundMethodIsReplacedByTheObject", "m = t.greet\nbefore = m()\nt.greet = 5\nreturn [before, m(), t.greet]",
+     "['box greets you', 'box greets you', 5]"},
     {"LazyResult", "t.lazy()", "42"},
     {"TypeName", "type(t).__name__", "'ling~things`Thing'"},
     {"PlainTypeName", "type(things.Bare()).__name__", "'>LingObject'"},
@@ -173,7 +184,13 @@ constexpr ScriptRow kRows[] = {
 LING_TABLE(Wrapper, ThingsTest, kRows);
 
 /// What Python code sees of a `ling` value: the outcome of an expression, exceptions with their whole text.
-TEST_P(Wrapper, BehavesAsAnObject) { EXPECT_EQ(outcome("t = things.Thing('box')\n", GetParam()), GetParam().expected); }
+/// Members of an object itself may stand in for those of its class, so that a look-up goes another way as soon as there
+/// is one.
+TEST_P(Wrapper, BehavesAsAnObject) {
+    for (const char* member : {"", "t.unrelated = 1\n"})
+        EXPECT_EQ(outcome(std::string("t = things.Thing('box')\n") + member, GetParam()), GetParam().expected)
+            << member;
+}
 
 class WrapperIdentity : public ThingsTest {};
 
