@@ -291,80 +291,45 @@ NativeList.__name__, NativeSet.__name__, NativeMap.__name__ = (f"ling~ling`{name
 # Python's own containers, as their proxies use them.
 
 
-class OwnList(list):
-    """Every method that an operation stands for does something else."""
-
-    def __getitem__(self, index):
-        return super().__getitem__(index if index != 1 else 0)
-
-    def __setitem__(self, index, item):
-        super().__setitem__(index, ("set", item))
-
-    def __delitem__(self, index):
-        super().__delitem__(-1)
-
-    def __len__(self):
-        return super().__len__() + 1
-
-    def __contains__(self, item):
-        return item == 3
-
-    def append(self, item):
-        super().insert(0, item)
-
-    def insert(self, index, item):
-        super().insert(0, item)
-
-    def extend(self, items):
-        super().append(len(list(items)))
-
-    def pop(self, index=-1):
-        return "popped", super().pop(index)
-
-    def count(self, item):
-        return 3
-
-    def index(self, item, start=0):
-        return start + 100
-
-    def clear(self):
-        super().append("cleared")
+def refuse_three(self, item):
+    if item == 3:
+        raise OSError("three")
+    set.add(self, item)
 
 
-class OwnSet(set):
-    def __contains__(self, item):
-        return not super().__contains__(item)
-
-    def __len__(self):
-        return super().__len__() * 2
-
-    def add(self, item):
-        if item == 3:
-            raise OSError("three")
-        super().add(item)
-
-    def remove(self, item):
-        super().clear()
+def keep(self):
+    raise OSError("kept")
 
 
-class OwnDict(dict):
-    def __contains__(self, key):
-        return key != 1
-
-    def __getitem__(self, key):
-        return [key]
-
-    def __setitem__(self, key, value):
-        super().__setitem__(key, ("set", value))
-
-    def pop(self, key):
-        return "popped", key
-
-    def keys(self):
-        return reversed(list(super().keys()))
-
-    def clear(self):
-        raise OSError("kept")
+# Classes whose methods, for which operations stand, do something else.
+OwnList = type("OwnList", (list,), {
+    "__getitem__": lambda self, index: list.__getitem__(self, index if index != 1 else 0),
+    "__setitem__": lambda self, index, item: list.__setitem__(self, index, ("set", item)),
+    "__delitem__": lambda self, index: list.__delitem__(self, -1),
+    "__len__": lambda self: list.__len__(self) + 1,
+    "__contains__": lambda self, item: item == 3,
+    "append": lambda self, item: list.insert(self, 0, item),
+    "insert": lambda self, index, item: list.insert(self, 0, item),
+    "extend": lambda self, items: list.append(self, len(list(items))),
+    "pop": lambda self, index=-1: ("popped", list.pop(self, index)),
+    "count": lambda self, item: 3,
+    "index": lambda self, item, start=0: start + 100,
+    "clear": lambda self: list.append(self, "cleared"),
+})
+OwnSet = type("OwnSet", (set,), {
+    "__contains__": lambda self, item: not set.__contains__(self, item),
+    "__len__": lambda self: set.__len__(self) * 2,
+    "add": refuse_three,
+    "remove": lambda self, item: set.clear(self),
+})
+OwnDict = type("OwnDict", (dict,), {
+    "__contains__": lambda self, key: key != 1,
+    "__getitem__": lambda self, key: [key],
+    "__setitem__": lambda self, key, value: dict.__setitem__(self, key, ("set", value)),
+    "pop": lambda self, key: ("popped", key),
+    "keys": lambda self: reversed(list(dict.keys(self))),
+    "clear": keep,
+})
 
 
 class Items(collections.UserList):
