@@ -41,8 +41,11 @@ namespace {
 /// One call being put together: a place for each parameter, filled from positions, names and defaults, in this order.
 class argument_binder {
 public:
-    argument_binder(const String& function, const Signature& signature)
-        : function_(function), parameters_(signature.parameters()), places_(parameters_.size()) {}
+    argument_binder(const String& function, const Signature& signature, std::size_t receivers)
+        : function_(function),
+          receivers_(receivers),
+          parameters_(signature.parameters()),
+          places_(parameters_.size()) {}
 
     /// Each step answers none, or the error that ends the call.
     Any takePositions(std::span<const Any> positional) {
@@ -53,7 +56,7 @@ public:
             else if (takes_one_position(mode(i)))
                 places_[i] = positional[next++];
         }
-        return next == positional.size() ? Any() : superfluousArgument(function_, next, positional);
+        return next == positional.size() ? Any() : superfluousArgument(function_, next, positional, receivers_);
     }
 
     Any takeName(const NamedArgument& argument) {
@@ -109,6 +112,7 @@ private:
     }
 
     const String& function_;
+    const std::size_t receivers_;
     const std::vector<Parameter>& parameters_;
     std::vector<std::optional<Any>> places_;
     std::span<const Any> rest_;
@@ -118,8 +122,8 @@ private:
 }  // namespace
 
 Any bind_arguments(const String& function, const Signature& signature, std::span<const Any> positional,
-                   std::span<const NamedArgument> named, std::vector<Any>& bound) {
-    argument_binder binder(function, signature);
+                   std::span<const NamedArgument> named, std::vector<Any>& bound, std::size_t receivers) {
+    argument_binder binder(function, signature, receivers);
     Any problem = binder.takePositions(positional);
     for (std::size_t i = 0; i < named.size() && !is_error_result(problem); ++i)
         problem = binder.takeName(named[i]);

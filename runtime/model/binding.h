@@ -11,9 +11,10 @@
 namespace ling::internal {
 
 /// Puts the arguments of one call in the order of `ParameterMode`: positions first, then names for what they left open,
-/// then defaults. None, or the error result that ends the call of the function called `function`.
+/// then defaults. None, or the error result that ends the call of the function called `function`. `receivers` of the
+/// arguments are none that the caller sees.
 Any bind_arguments(const String& function, const Signature& signature, std::span<const Any> positional,
-                   std::span<const NamedArgument> named, std::vector<Any>& bound);
+                   std::span<const NamedArgument> named, std::vector<Any>& bound, std::size_t receivers = 0);
 
 /// Reads a map of names. None, or an error result: of the map, of an argument that is one, or about a name that is no
 /// text. A map is foreign code: nothing may be locked.

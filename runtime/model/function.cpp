@@ -93,7 +93,8 @@ Any object_value_native_function::setParameterDefaults(std::span<const Any> defa
 
 Any object_value_native_function::invokeNamed(std::span<const Any> positional, std::span<const NamedArgument> named) {
     std::vector<Any> arguments;
-    Any problem = bind_arguments(name_, *signature(), positional, named, arguments);
+    Any problem =
+        bind_arguments(calledName(positional), *signature(), positional, named, arguments, independent_ ? 0 : 1);
     return is_error_result(problem) ? problem : call(arguments);
 }
 

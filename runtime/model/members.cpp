@@ -73,14 +73,25 @@ found_method find_method(const Any& value, const method_ident_untyped& id) {
     return method.isNone() ? found_method{} : ofFunction(std::move(method));
 }
 
+namespace {
+
+/// What was asked for a member, as its message shows it. A value that stands for another has members of its own, so it
+/// shows as what it is.
+Any asked(const Any& value) {
+    const bool standsForAnother = value.is(Kind::Weak) || value.is(Kind::Lazy) || value.is(Kind::External);
+    return standsForAnother ? Any(String(u"<{}>").arg(qualname(raw_class_of(value)))) : value;
+}
+
+}  // namespace
+
 namespace helpers {
 
 Any error_method_not_found(const String& name, const Any& value) {
-    return failure(String(u"Method '{}' not found in: {}.").arg(brief(name), value));
+    return failure(String(u"Method '{}' not found in: {}.").arg(brief(name), asked(value)));
 }
 
 Any error_property_not_found(const String& name, const Any& value) {
-    return failure(String(u"Property '{}' not found in: {}.").arg(brief(name), value));
+    return failure(String(u"Property '{}' not found in: {}.").arg(brief(name), asked(value)));
 }
 
 }  // namespace helpers

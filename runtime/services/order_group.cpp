@@ -2,6 +2,7 @@
 
 #include "ling/class_record.h"
 #include "ling/function.h"
+#include "ling/stand_in.h"
 #include "ling/string.h"
 #include "services/number_order.h"
 
@@ -36,9 +37,6 @@ int order(T a, T b) noexcept {
 
 std::uintptr_t place(const object_value* object) noexcept { return reinterpret_cast<std::uintptr_t>(object); }
 
-/// Differs for any two values that are not the same, with the immediates of one pattern told apart by their kind.
-std::pair<std::uint64_t, Kind> identityKey(const Any& value) noexcept { return {value.rawBits(), value.kind()}; }
-
 }  // namespace
 
 order_group order_group_of(const Any& value) noexcept {
@@ -59,6 +57,14 @@ int compare_identity(const Any& a, const Any& b) noexcept {
     return byClass != 0 ? byClass : order(place(a.object()), place(b.object()));
 }
 
+/// The immediates of one pattern are told apart by their kind.
+std::pair<std::uint64_t, Kind> identity_key(const Any& value) noexcept {
+    if (value.isHeap() && value.is(Kind::Object))
+        if (const auto* standIn = dynamic_cast<const object_value_stand_in*>(value.object()))
+            return {reinterpret_cast<std::uintptr_t>(standIn->original()), Kind::Object};
+    return {value.rawBits(), value.kind()};
+}
+
 int compare_functions(const Any& a, const Any& b) noexcept {
     const function_identity left = static_cast<const object_value_function*>(a.object())->identity();
     const function_identity right = static_cast<const object_value_function*>(b.object())->identity();
@@ -67,8 +73,9 @@ int compare_functions(const Any& a, const Any& b) noexcept {
     if (left.leading.size() != right.leading.size())
         return order(left.leading.size(), right.leading.size());
     for (std::size_t i = 0; i < left.leading.size(); ++i)
-        if (!left.leading[i].isSameAs(right.leading[i]))
-            return order(identityKey(left.leading[i]), identityKey(right.leading[i]));
+        if (const int byReceiver = order(identity_key(left.leading[i]), identity_key(right.leading[i]));
+            byReceiver != 0)
+            return byReceiver;
     return 0;
 }
 

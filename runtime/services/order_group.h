@@ -3,6 +3,7 @@
 #include "ling/any.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace ling::internal {
 
@@ -29,6 +30,9 @@ order_group order_group_of(const Any& value) noexcept;
 /// The order of two different objects of which nothing is known but that they are two: by group, then by class, then by
 /// place in memory. It holds as long as both live.
 int compare_identity(const Any& a, const Any& b) noexcept;
+
+/// What a value is told from others by, whatever it holds. Two stand-ins for one object of a guest are one here.
+std::pair<std::uint64_t, Kind> identity_key(const Any& value) noexcept;
 
 /// The order of two functions, by what they are known by. Zero for a method of one object that was bound twice.
 int compare_functions(const Any& a, const Any& b) noexcept;

@@ -18,32 +18,47 @@ namespace {
 
 constinit const Name kDirectory{"__dir__"};
 
-/// Adds a name that Python can see and that is not among `names` yet. False with the Python error set.
-bool addName(PyObject* names, const ling::String& name) {
-    if (name.startsWith(u"_"))
-        return true;
-    PyRef text = PyRef::steal(toPythonLocked(name));
-    const int known = text ? PySequence_Contains(names, text.get()) : -1;
-    return known > 0 || (known == 0 && PyList_Append(names, text.get()) == 0);
-}
+/// Names to be listed, each once. Its functions answer false with the Python error set.
+class NameList {
+public:
+    /// Starts with what is in `listed`, which it takes over.
+    explicit NameList(PyObject* listed) : known_(PyRef::steal(PySet_New(listed))), names_(PyRef::steal(listed)) {}
+    explicit operator bool() const noexcept { return static_cast<bool>(known_); }
 
-bool addNames(PyObject* names, const ling::List_Generic& added) {
+    /// Adds a name that Python can see.
+    bool add(const ling::String& name) {
+        if (name.startsWith(u"_"))
+            return true;
+        PyRef text = PyRef::steal(toPythonLocked(name));
+        const Py_ssize_t before = PySet_GET_SIZE(known_.get());
+        if (!text || PySet_Add(known_.get(), text.get()) != 0)
+            return false;
+        return PySet_GET_SIZE(known_.get()) == before || PyList_Append(names_.get(), text.get()) == 0;
+    }
+    PyObject* release() noexcept { return names_.release(); }
+
+private:
+    PyRef known_;
+    PyRef names_;
+};
+
+bool addNames(NameList& names, const ling::List_Generic& added) {
     for (const ling::Any& name : added.copyItems())
-        if (!addName(names, ling::unchecked<ling::String>(name)))
+        if (!names.add(ling::unchecked<ling::String>(name)))
             return false;
     return true;
 }
 
 template <class Members>
-bool addNamesOf(PyObject* names, const Members& members) {
+bool addNamesOf(NameList& names, const Members& members) {
     for (const auto& member : members)
-        if (!addName(names, member.id.name()))
+        if (!names.add(member.id.name()))
             return false;
     return true;
 }
 
 /// A class answers its own class-level members.
-bool addClassLevelNames(PyObject* names, const ling::Any& value) {
+bool addClassLevelNames(NameList& names, const ling::Any& value) {
     if (!ling::internal::is_instance<ling::Class_Generic>(value))
         return true;
     const auto& cls = ling::unchecked<ling::Class_Generic>(value);
@@ -54,13 +69,15 @@ bool addClassLevelNames(PyObject* names, const ling::Any& value) {
 PyObject* listMembers(PyObject* self, PyObject*) {
     PyObject* key = kDirectory.object();
     PyObject* object = reinterpret_cast<PyObject*>(&PyBaseObject_Type);
-    PyRef names = PyRef::steal(key != nullptr ? PyObject_CallMethodOneArg(object, key, self) : nullptr);
+    PyRef listed = PyRef::steal(key != nullptr ? PyObject_CallMethodOneArg(object, key, self) : nullptr);
+    if (!listed)
+        return nullptr;
+    NameList names(listed.release());
     if (!names)
         return nullptr;
     const Receiver receiver(self);
-    const bool done = addNames(names.get(), ling::own_methods_of(*receiver)) &&
-                      addNames(names.get(), ling::own_properties_of(*receiver)) &&
-                      addClassLevelNames(names.get(), *receiver);
+    const bool done = addNames(names, ling::own_methods_of(*receiver)) &&
+                      addNames(names, ling::own_properties_of(*receiver)) && addClassLevelNames(names, *receiver);
     return done ? names.release() : nullptr;
 }
 

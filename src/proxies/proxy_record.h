@@ -3,7 +3,7 @@
 #include <Python.h>
 
 #include "ling/class.h"
-#include "ling/class_record.h"
+#include "ling/stand_in.h"
 
 #include <atomic>
 
@@ -18,10 +18,14 @@ void dropOnAnyThread(PyObject* owned);
 ///
 /// The pointer lives here rather than in the runtime's field storage, so that reading it costs one load. The field
 /// `$_pyobj` is answered from it.
-class ProxyRecord : public ling::internal::object_value_object {
+class ProxyRecord : public ling::internal::object_value_stand_in {
 public:
-    explicit ProxyRecord(ling::internal::object_value_class* klass) : object_value_object(klass) {}
+    explicit ProxyRecord(ling::internal::object_value_class* klass) : object_value_stand_in(klass) {}
 
+    const void* original() const noexcept override {
+        PyObject* held = pythonObject();
+        return held != nullptr ? static_cast<const void*>(held) : this;
+    }
     PyObject* pythonObject() const noexcept { return object_.load(std::memory_order_acquire); }
     /// Adds a reference to `object` and drops the one before. The interpreter lock must be held.
     void hold(PyObject* object);

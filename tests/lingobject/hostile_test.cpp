@@ -49,6 +49,12 @@ constexpr ScriptRow kRows[] = {
      "x = ling.List()\nreturn [ling.Set([x.append, x.append, x.pop]).length, ling.Map({x.append: "
      "1, x.pop: 2}).get(x.append)]",
      "[2, 1]"},
+    {"MethodsOfOnePythonListAreOneKey",
+     "m, other = [1], [1]\ndef take(x=m): return ling.bound_method(x, 'append')\n"
+     "calls = [take()]\ncalls.remove(take())\n"
+     "return [take() == take(), hash(take()) == hash(take()), take() == take(other), ling.Set([take(), "
+     "take()]).length]",
+     "[True, True, False, 1]"},
     {"MemberAppearsAndVanishes",
      "x = make('Puppet')\nseen = []\nfor turn in range(3):\n    x.mark = turn\n    seen.append(x.mark)\n    del "
      "x.mark\n"

@@ -96,8 +96,15 @@ constexpr ScriptRow kRows[] = {
      "['weak_reference', False, True, True]"},
     {"IsAnOperandAsItsTarget", "l = ling.List([1])\nw = things.weak(l)\nreturn [list(l + w), list(w + w)]",
      "[[1, 1], [1, 1]]"},
-    {"TargetIsGone", "w = things.weak(things.Thing('x'))\nreturn [str(w), repr(w), hasattr(w, 'name')]",
-     "['none', 'None', False]"},
+    {"TargetIsGone",
+     "w = things.weak(things.Thing('x'))\nreturn [str(w), repr(w), hasattr(w, 'name'), probe(list, w), probe(list, "
+     "things.weak([1]))]",
+     "['none', 'None', False, \"TypeError: 'NoneType' object is not iterable\", \"TypeError: 'NoneType' object is not "
+     "iterable\"]"},
+    {"MessagesNameWhatWasAsked",
+     "w = things.weak(t)\nreturn [probe(ling.property_value, w, 'name'), probe(ling.bound_method, w, 'greet')]",
+     "[\"RuntimeError: Property 'name' not found in: <ling.Weak>.\", \"RuntimeError: Method 'greet' not found in: "
+     "<ling.Weak>.\"]"},
     {"DocOfFunction", "things.add.__doc__", "'(a: Integer, b: Integer) -> Integer\\n\\nAdds two numbers.'"},
     {"NameOfFunction", "things.add.__name__", "'add'"},
     {"ModuleOfClass", "things.Thing.__module__", "'things'"},

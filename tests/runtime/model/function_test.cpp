@@ -119,6 +119,13 @@ TEST(Function, AClassBindsTheNamesOfItsInitialiser) {
         defclass_impl("ShownClass", "").method(Any::$__init__, FunctionCL_Generic::adopt(new Shown)).build();
     const NamedArgument alone[] = {{"c", 2}};
     EXPECT_FALSE(is_error_result(every.invokeWith(one, alone)));
+    const Class_Generic item =
+        defclass_impl("Item", "")
+            .method(Any::$__init__, make_method("__init__", "*, price", [](const Any&, const Any&) { return Any(); }))
+            .build();
+    EXPECT_EQ(shown(item()), "error: Missing argument 'price' of 'Item'.");
+    EXPECT_EQ(shown(item(1)), "error: Superfluous argument 1 of 'Item': it takes 0, 1 were given.");
+    EXPECT_EQ(shown(item.invokeWith({}, alone)), "error: Unknown argument 'c' of 'Item'.");
 }
 
 TEST(Function, TwoBindingsOfOneMethodToOneObjectAreEqual) {
