@@ -3,10 +3,15 @@
 #include "interfaces/optional_method.h"
 #include "library/define.h"
 #include "ling/class_builder.h"
+#include "ling/indirect_values.h"
 
 #include <cxxabi.h>
+#include <cstdlib>
+#include <memory>
 #include <mutex>
 #include <new>
+#include <string>
+#include <typeinfo>
 
 namespace ling {
 
@@ -111,6 +116,17 @@ void object_value_error::store(Any& part, Any value) {
 
 namespace {
 
+/// What is thrown without a word is told by its type.
+std::string textOf(const std::exception& exception) {
+    const char* text = exception.what();
+    if (text != nullptr && *text != '\0')
+        return text;
+    const char* mangled = typeid(exception).name();
+    const std::unique_ptr<char, void (*)(void*)> name(abi::__cxa_demangle(mangled, nullptr, nullptr, nullptr),
+                                                      &std::free);
+    return std::string("An exception of type '") + (name ? name.get() : mangled) + "'.";
+}
+
 /// An error of its own wherever that can be had: the prepared one belongs to everybody.
 Any makeError(const char* text) {
     try {
@@ -128,11 +144,12 @@ Any error_of_exception() {
     } catch (const abi::__forced_unwind&) {
         throw;
     } catch (const std::bad_alloc&) {
+        note_passing_failure();
         return makeError(kOutOfMemory);
     } catch (const ErrorException& exception) {
         return exception.error();
     } catch (const std::exception& exception) {
-        return makeError(exception.what());
+        return contain([&exception] { return failure(String(textOf(exception))); });
     } catch (...) {
         return makeError("An exception of an unknown kind.");
     }

@@ -40,7 +40,14 @@ public:
             between->isComplete_ = false;
         return met != nullptr;
     }
-    bool isComplete() const noexcept { return isComplete_; }
+    static void meetPassingFailure() noexcept {
+        for (computation* each = innermost; each != nullptr; each = each->outer_)
+            each->metPassingFailure_ = true;
+    }
+    /// Whether `computed` is what it will always be.
+    bool isFinal(const Any& computed) const noexcept {
+        return isComplete_ && !(metPassingFailure_ && is_error_result(computed));
+    }
 
 private:
     static thread_local computation* innermost;
@@ -48,6 +55,7 @@ private:
     const object_value_lazy* const value_;
     computation* const outer_;
     bool isComplete_ = true;
+    bool metPassingFailure_ = false;
 };
 
 thread_local computation* computation::innermost = nullptr;
@@ -64,6 +72,8 @@ void forgetOrigin(const Any& computed) {
 }
 
 }  // namespace
+
+void note_passing_failure() noexcept { computation::meetPassingFailure(); }
 
 object_value_lazy::object_value_lazy(std::function<Any()> compute)
     : object_value(Kind::Lazy), compute_(std::make_shared<const std::function<Any()>>(std::move(compute))) {}
@@ -87,7 +97,7 @@ object_value_lazy::outcome object_value_lazy::computeOnce() {
         computed = contain(*compute);
         if (computed.object() == this)
             computed = endlessChain();
-        if (!running.isComplete())
+        if (!running.isFinal(computed))
             return {std::move(computed), false};
     }
     forgetOrigin(computed);

@@ -40,6 +40,12 @@ struct ExceptionDepth {
     ~ExceptionDepth() { --exceptionDepth; }
 };
 
+/// Whether the failure lies in the state of the program and not in what it was doing.
+bool comesOfTheMoment(PyObject* exception) {
+    return PyErr_GivenExceptionMatches(exception, PyExc_MemoryError) != 0 ||
+           PyErr_GivenExceptionMatches(exception, PyExc_RecursionError) != 0;
+}
+
 /// The error that the exception was raised for, or whatever else its attribute holds. Null without one.
 PyRef carriedValue(PyObject* exception) {
     PyObject* key = exceptionDepth <= kDeepestExceptions ? kLing.object() : nullptr;
@@ -85,6 +91,7 @@ ling::Any standFor(PyObject* exception, const ling::String& message) {
 /// The error "The call was interrupted.". The interruption is held as well: whoever passes over the error must not
 /// lose it.
 ling::Any interruptedCall(PyRef interruption) {
+    platform::notePassingFailure();
     holdInterruption(Py_NewRef(interruption.get()));
     return standFor(interruption.get(), u"The call was interrupted.");
 }
@@ -156,7 +163,19 @@ bool isInterruptionBeside() {
     return state != nullptr && isInterruption(state->current_exception);
 }
 
-constexpr ling::internal::failure_source kFailures{forgetLeftError, takeErrorBeside, isInterruptionBeside};
+/// A class of its own says what was raised by itself.
+ling::Any asRaised(const ling::Any& failed) {
+    if (ling::raw_class_of(failed) != ling::Error::getClass())
+        return failed;
+    const ling::Any origin = platform::originOf(ling::unchecked<ling::Error>(failed));
+    PyObject* exception = PythonProxy::pythonObject(origin);
+    if (exception == nullptr || !PyExceptionInstance_Check(exception))
+        return failed;
+    const GilGuard gil;
+    return standFor(exception, ling::unchecked<ling::Error>(failed).message());
+}
+
+constexpr ling::internal::failure_source kFailures{forgetLeftError, takeErrorBeside, isInterruptionBeside, asRaised};
 const bool failuresAreTold = (ling::internal::set_failure_source(&kFailures), true);
 
 // From errors to exceptions.
@@ -233,6 +252,8 @@ ling::Any errorFromException(PyObject* exception) {
     if (PyRef carried = carriedValue(exception))
         return toLing(carried.get());
     forgetError();
+    if (comesOfTheMoment(exception))
+        platform::notePassingFailure();
     const ling::String message = messageOf(exception);
     if (Py_IS_TYPE(exception, reinterpret_cast<PyTypeObject*>(PyExc_StopIteration)))
         return ling::StopIteration::getClass()(message);

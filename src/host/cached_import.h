@@ -23,15 +23,16 @@ public:
     PyObject* get() noexcept { return settled_.load(std::memory_order_acquire) ? object_ : find(); }
 
     /// The same for those who cannot go on without it: null comes with an `ImportError` that names module and
-    /// attribute.
+    /// attribute, and has what the import ended with as its cause.
     PyObject* require() noexcept;
 
 private:
     PyObject* find() noexcept;
-
     const char* const module_;
     const char* const attribute_;
+
     PyObject* object_ = nullptr;  // Owned. Written once, by the thread that settles it.
+    PyObject* reason_ = nullptr;  // Owned. Without traceback and context, which would keep frames alive.
     std::atomic<bool> settled_{false};
 };
 

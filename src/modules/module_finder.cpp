@@ -4,6 +4,7 @@
 #include "bridge/text.h"
 #include "host/cached_import.h"
 #include "host/gil_guard.h"
+#include "host/interruption.h"
 #include "host/names.h"
 #include "host/py_ref.h"
 #include "ling/module.h"
@@ -24,7 +25,7 @@ constexpr std::u16string_view kLanguageModule = u"ling.python";
 /// The host's module of a Python name; none for what is no text.
 ling::Module findModule(PyObject* name) {
     const ling::String text = PyUnicode_Check(name) ? textFromPython(name) : ling::String();
-    PyErr_Clear();
+    forgetError();
     return ling::find_module(text);
 }
 
@@ -114,7 +115,7 @@ void installModuleFinder() {
         return;
     PyRef finder = PyRef::steal(PyObject_New(PyObject, &type));
     if (!finder || PyList_Append(finders, finder.get()) != 0)
-        PyErr_Clear();
+        forgetError();
 }
 
 }  // namespace ling::python

@@ -74,7 +74,9 @@ PyObject* reduce(PyObject*, PyObject* arguments) {
     PyRef name = errorClassName(Py_TYPE(exception));
     PyObject* cls = name ? exceptionClassNamed(name.get()) : nullptr;
     if (cls != reinterpret_cast<PyObject*>(Py_TYPE(exception))) {
-        PyErr_Clear();
+        if (mustRaiseInterruption())
+            return nullptr;
+        forgetError();
         return reduceDerived(exception);
     }
     PyRef message = messageIn(exception);

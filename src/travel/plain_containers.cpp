@@ -239,7 +239,7 @@ private:
 };
 
 ling::Any failed() {
-    ling::Any error = takePythonError();
+    ling::Any error = takeConversionError();
     return error.isNone() ? platform::failure(u"Unable to convert a container.") : error;
 }
 

@@ -135,6 +135,9 @@ class Keys(dict):
 def generator():
     yield 1
     stop()
+class Nameless(type):
+    __module__ = property(stop)
+class Refusal(things.Refusal.exception, metaclass=Nameless): pass
 class Asked:
     count = 0
     def __eq__(self, other):
@@ -163,7 +166,7 @@ ATTEMPTS = [
     lambda: Asked() in many, lambda: many.indexOf(Asked()), lambda: many.removeOne(Asked()),
     lambda: [some.insert(Asked()) for _ in range(3)],
     lambda: [pairs.set(Asked(), 1) for _ in range(3)], lambda: some.insert(Unhashable()),
-    lambda: pairs.set(Unhashable(), 1), lambda: pairs.remove(Unhashable()),
+    lambda: pairs.set(Unhashable(), 1), lambda: pairs.remove(Unhashable()), lambda: Refusal().__reduce_ex__(4),
 ]
 wrong = []
 for interruption in (SystemExit((7, 'status')), KeyboardInterrupt(3), asyncio.CancelledError('task')):
@@ -183,7 +186,7 @@ for container in (many, some, pairs):
 return sizes + wrong
 )";
 
-TEST_F(PendingErrors, InterruptionsReachTheProgram) { EXPECT_EQ(script(kInterruptions), "[42, 5, 5]"); }
+TEST_F(PendingErrors, InterruptionsReachTheProgram) { EXPECT_EQ(script(kInterruptions), "[43, 5, 5]"); }
 
 constexpr ScriptRow kRows[] = {
     {"AttributeName", "setattr(l, '\\udfff', 1)",
@@ -192,6 +195,12 @@ constexpr ScriptRow kRows[] = {
      "UnicodeEncodeError: 'utf-8' codec can't encode character '\\udfff' in position 1: surrogates not allowed"},
     {"Complex", "l.append(1j)",
      "TypeError: int() argument must be a string, a bytes-like object or a real number, not 'complex'"},
+    {"CopyOfAContainer", "ling.python.from_python([2**64, Int()])", "OverflowError: int too big to convert"},
+    {"IterationThatFails", "ling.List(__import__('collections').UserDict({1: 2}))", "KeyError: 0"},
+    {"GeneratorThatFails", "ling.Set(1 // x for x in [1, 0])", "ZeroDivisionError: integer division or modulo by zero"},
+    {"MappingThatFails",
+     "class Keys(dict):\n    def __getitem__(self, key): raise LookupError(key)\nreturn probe(ling.Map, Keys(a=1))",
+     "LookupError: a"},
     {"InsideAContainerOnlyWhenTaken", "x = ling.List([[2**64]])\nreturn x[0] == [2**64]", "true"},
     {"ItemOfAPythonList", "ling.bound_method([2**64], 'at')(0)", "OverflowError: int too big to convert"},
     {"ValuesOfAPythonMapping", "read({1: 2**64, 2: Int()}, 'values')", "OverflowError: int too big to convert"},

@@ -148,8 +148,8 @@ constexpr ScriptRow kCopies[] = {
      "seen = [ling.is_same(y[0], y[1]), ling.is_same(y[2], y), z[0] is z[1], z[2] is z, z is x]\n"
      "for c in (x, y, z): c.clear()\nreturn seen",
      "[True, True, True, True, False]"},
-    {"AnItemThatDoesNotConvert", "ling.python.from_python([[2 ** 64]])", "RuntimeError: int too big to convert"},
-    {"AnItemThatCannotBeHashed", "ling.python.to_python(ling.Set([l]))", "RuntimeError: unhashable type: 'list'"},
+    {"AnItemThatDoesNotConvert", "ling.python.from_python([[2 ** 64]])", "OverflowError: int too big to convert"},
+    {"AnItemThatCannotBeHashed", "ling.python.to_python(ling.Set([l]))", "TypeError: unhashable type: 'list'"},
 };
 LING_TABLE(WrapperCopies, ThingsTest, kCopies);
 

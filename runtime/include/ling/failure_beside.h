@@ -18,6 +18,9 @@ struct failure_source {
     /// Whether that failure is somebody's wish to end the program. The answer that it met may then be any: the
     /// operation should end with it, and change nothing that rests on the answer.
     bool (*isInterruption)();
+    /// The error for what was raised in the language and ended an operation on many items: given back to the language,
+    /// it is raised as the very thing it was. Any other error is answered as it is.
+    Any (*asRaised)(const Any& error);
 };
 
 /// Makes `source`, which has to live for ever, the one that is asked. Any thread.
@@ -30,6 +33,12 @@ LING_EXPORT const failure_source* current_failure_source() noexcept;
 inline bool is_interrupted() {
     const failure_source* source = current_failure_source();
     return source != nullptr && source->isInterruption();
+}
+
+/// What an operation on many items answers when `error` ends it.
+inline Any as_raised(const Any& error) {
+    const failure_source* source = current_failure_source();
+    return source == nullptr ? error : source->asRaised(error);
 }
 
 /// What `ask` answers, or the failure that is beside it: for one of the many values that an operation takes.

@@ -24,7 +24,8 @@ public:
     explicit object_value_lazy(std::function<Any()> compute);
     /// The value, computed now if it was not before. Runs the computation with nothing locked. A computation that
     /// needs the value itself gets an error result; so does a computation in between, whose own result is then not
-    /// kept: asked for by itself it may have another.
+    /// kept: asked for by itself it may have another. An error that may pass (`note_passing_failure`) is not kept
+    /// either.
     Any evaluate();
 
 private:
@@ -40,6 +41,10 @@ private:
     std::shared_ptr<const std::function<Any()>> compute_;  // Null once the value is there. Guarded, as is value_.
     Any value_;
 };
+
+/// Tells the computations that are under way on this thread of a failure that comes of the moment, not of the value:
+/// memory or the stack has ended, or the program is to stop. What fails by it may succeed later.
+LING_EXPORT void note_passing_failure() noexcept;
 
 /// A value that lives elsewhere and is read anew each time.
 class LING_EXPORT object_value_external final : public object_value {

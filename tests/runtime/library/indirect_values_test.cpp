@@ -21,6 +21,15 @@ TEST_F(Indirect, ALazyValueIsComputedOnce) {
     EXPECT_EQ(computed, 1);
 }
 
+TEST_F(Indirect, AFailureThatPassesIsNotKept) {
+    bool hasEnded = true;
+    const Lazy_Generic inner([&]() -> Any { return hasEnded ? throw std::bad_alloc() : Any(1); });
+    const Lazy_Generic outer([&] { return inner.evaluate(); });
+    EXPECT_EQ(shown(outer.evaluate()), "error: Out of memory.");
+    hasEnded = false;
+    EXPECT_EQ(shown(outer.evaluate()), "1");
+}
+
 TEST_F(Indirect, AValueThatNeedsItselfIsAnError) {
     Any self;
     const Lazy_Generic lazy([&]() -> Any { return unchecked<Lazy_Generic>(self).evaluate(); });

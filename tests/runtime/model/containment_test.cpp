@@ -78,6 +78,7 @@ constexpr struct Throw {
     const char* message;
 } kThrows[] = {
     {"StandardException", [] { throw std::out_of_range("Beyond the end."); }, "error: Beyond the end."},
+    {"NoWord", [] { throw std::runtime_error(""); }, "error: An exception of type 'std::runtime_error'."},
     {"EndOfMemory", [] { throw std::bad_alloc(); }, "error: Out of memory."},
     {"SomethingElse", [] { throw 5; }, "error: An exception of an unknown kind."},
 };
