@@ -10,7 +10,9 @@
 #include "ling/comparison.h"
 #include "ling/error.h"
 #include "ling/failure_beside.h"
+#include "ling/interruption.h"
 #include "ling/list.h"
+#include "ling/walk_check.h"
 
 namespace ling {
 
@@ -106,11 +108,11 @@ namespace internal {
 Result<std::vector<Any>> collect_items(const Any& iterable) {
     const Result<I_Iterable_Generic> source = read_result<I_Iterable_Generic>(iterable);
     if (!source)
-        return Result<std::vector<Any>>::failure(source.error());
+        return Result<std::vector<Any>>::failure(as_raised(source.error()));
     if (!collects_itself(*source))
         return walk_items(*source);
     const Result<List_Generic> collected = source->collectImpl();
-    return collected ? collected->copyItems() : Result<std::vector<Any>>::failure(collected.error());
+    return collected ? collected->copyItems() : Result<std::vector<Any>>::failure(as_raised(collected.error()));
 }
 
 bool collects_itself(const I_Iterable_Generic& iterable) {
@@ -122,10 +124,14 @@ bool collects_itself(const I_Iterable_Generic& iterable) {
 Result<std::vector<Any>> walk_items(const I_Iterable_Generic& iterable) {
     std::vector<Any> items;
     iteration walk = iterable.beginImpl();
-    while (walk.advance())
+    interruption_poll mustStop;
+    while (walk.advance()) {
+        if (mustStop())
+            return Result<std::vector<Any>>::failure(interrupted_error());
         items.push_back(walk.item());
+    }
     if (walk.failed())
-        return Result<std::vector<Any>>::failure(walk.error());
+        return Result<std::vector<Any>>::failure(as_raised(walk.error()));
     return items;
 }
 

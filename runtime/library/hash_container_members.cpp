@@ -30,7 +30,7 @@ Result<Pairs> pairsOf(const I_Map_Generic& map) {
     for (const Any& key : *keys) {
         Any value = answer_or_failure([&] { return result_unwrap_lazy(map.get(key)); });
         if (is_error_result(value))
-            return Result<Pairs>::failure(std::move(value));
+            return Result<Pairs>::failure(as_raised(value));
         pairs.emplace_back(key, std::move(value));
     }
     return pairs;

@@ -6,10 +6,10 @@
 #include "library/hash_table.h"
 #include "library/plain_key.h"
 #include "library/table_iterator.h"
-#include "ling/depth_check.h"
 #include "ling/error.h"
 #include "ling/failure_beside.h"
 #include "ling/list.h"
+#include "ling/walk_check.h"
 
 namespace ling {
 
@@ -41,8 +41,8 @@ Any object_value_hash_map::remove(const Any& key, bool& found) {
 
 void object_value_hash_map::clear() { table_->clear(); }
 
-std::vector<std::pair<Any, Any>> object_value_hash_map::copy_and_load_pairs() const {
-    std::vector<std::pair<Any, Any>> pairs = table_->copyPairs();
+std::vector<std::pair<Any, Any>> object_value_hash_map::copy_and_load_pairs(std::size_t atMost) const {
+    std::vector<std::pair<Any, Any>> pairs = table_->copyPairs(atMost);
     for (auto& [key, value] : pairs)
         value = result_unwrap_lazy(std::move(value));
     return pairs;
@@ -75,7 +75,7 @@ bool object_value_hash_set::remove(const Any& item) {
 }
 
 void object_value_hash_set::clear() { table_->clear(); }
-std::vector<Any> object_value_hash_set::copy_items() const { return table_->copyKeys(); }
+std::vector<Any> object_value_hash_set::copy_items(std::size_t atMost) const { return table_->copyKeys(atMost); }
 Any object_value_hash_set::iterate() const { return Any::adopt(new table_iterator(table_->snapshot())); }
 
 namespace {
@@ -96,8 +96,17 @@ Any withKey(const Any& key, Operation&& operation) {
         return resolved;
     if (is_plain_key(resolved))
         return operation(resolved);
-    const Any answer = checking_depth([&] { return operation(resolved); });
+    const Any answer = checking_walks([&] { return operation(resolved); });
     return is_interrupted() ? current_failure_source()->take() : answer;
+}
+
+/// A step in building a container from C++. What ended too soon is thrown, as that has no result of its own.
+template <class Step>
+void build(Step&& step) {
+    const walk_check check;
+    step();
+    if (const Any problem = check.problem(); !problem.isNone())
+        throw ErrorException(problem);
 }
 
 }  // namespace
@@ -165,7 +174,7 @@ Map_Generic::Map_Generic() : Map_Generic(unchecked<Map_Generic>(Any::adopt(new o
 
 Map_Generic::Map_Generic(std::span<const std::pair<Any, Any>> pairs) : Map_Generic() {
     for (const auto& [key, value] : pairs)
-        internal::storageOf(*this).set(key, value);
+        internal::build([&] { internal::storageOf(*this).set(key, value); });
 }
 
 Map_Generic::Map_Generic(std::initializer_list<std::pair<Any, Any>> pairs)
@@ -207,7 +216,7 @@ Set_Generic::Set_Generic() : Set_Generic(unchecked<Set_Generic>(Any::adopt(new o
 
 Set_Generic::Set_Generic(std::span<const Any> items) : Set_Generic() {
     for (const Any& item : items)
-        internal::storageOf(*this).insert(item);
+        internal::build([&] { internal::storageOf(*this).insert(item); });
 }
 
 std::size_t Set_Generic::size() const noexcept { return internal::storageOf(*this).size(); }

@@ -140,25 +140,25 @@ table_snapshot hash_table::snapshot() const noexcept {
     return {storage_.entries(), storage_.entries().count()};
 }
 
-std::vector<Any> hash_table::copyKeys() const {
+std::vector<Any> hash_table::copyKeys(std::size_t atMost) const {
     const table_snapshot now = snapshot();
     std::vector<Any> keys;
-    keys.reserve(now.count);
-    for (const hash_entry& entry : std::span(now.entries.items(), now.count))
-        if (entry.isLive())
+    keys.reserve(std::min(now.count, atMost));
+    for (std::size_t i = 0; i < now.count && keys.size() < atMost; ++i)
+        if (const hash_entry& entry = now.entries.items()[i]; entry.isLive())
             keys.push_back(entry.key);
     return keys;
 }
 
-std::vector<std::pair<Any, Any>> hash_table::copyPairs() const {
+std::vector<std::pair<Any, Any>> hash_table::copyPairs(std::size_t atMost) const {
     std::vector<std::pair<Any, Any>> pairs;
     for (std::size_t wanted = size();; wanted = size()) {
-        pairs.reserve(wanted);
+        pairs.reserve(std::min(wanted, atMost));
         std::lock_guard hold(guard_);  // Values change in place, so they are not read from a snapshot.
-        if (storage_.live() > pairs.capacity())
+        if (std::min(storage_.live(), atMost) > pairs.capacity())
             continue;
-        for (const hash_entry& entry : std::span(storage_.entries().items(), storage_.entries().count()))
-            if (entry.isLive())
+        for (std::size_t i = 0; i < storage_.entries().count() && pairs.size() < atMost; ++i)
+            if (const hash_entry& entry = storage_.entries().items()[i]; entry.isLive())
                 pairs.emplace_back(entry.key, entry.value);
         return pairs;
     }

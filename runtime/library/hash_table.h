@@ -34,8 +34,8 @@ public:
 
     /// Costs the same for every size: the keys are shared until one of them is removed.
     table_snapshot snapshot() const noexcept;
-    std::vector<Any> copyKeys() const;
-    std::vector<std::pair<Any, Any>> copyPairs() const;
+    std::vector<Any> copyKeys(std::size_t atMost = SIZE_MAX) const;
+    std::vector<std::pair<Any, Any>> copyPairs(std::size_t atMost = SIZE_MAX) const;
 
 private:
     void adopt(hash_storage& spare) noexcept;

@@ -2,8 +2,8 @@
 
 #include "library/plain_key.h"
 #include "ling/comparison.h"
-#include "ling/depth_check.h"
 #include "ling/failure_beside.h"
+#include "ling/walk_check.h"
 
 namespace ling::internal {
 
@@ -15,7 +15,7 @@ constexpr std::size_t kSpareRounds = 64;
 }  // namespace
 
 key_search::key_search(const Any& key) : key_(key), hash_(hash_entry::hashOf(hash_of(key))), plain_(is_plain_key(key)) {
-    failed_ = !plain_ && (depth_check::isExceeded() || is_interrupted());
+    failed_ = !plain_ && (walk_check::isEnded() || is_interrupted());
 }
 
 void key_search::begin(const hash_storage& storage, std::uint64_t version) noexcept {
@@ -57,7 +57,7 @@ key_search::Verdict key_search::judge(const Any& present) const noexcept {
 
 void key_search::compare() {
     const bool equal = compare_objects(key_, open_) == 0;
-    failed_ = depth_check::isExceeded() || is_interrupted();
+    failed_ = walk_check::isEnded() || is_interrupted();
     compared_.emplace(std::move(open_), equal);
     --roundsLeft_;
 }

@@ -23,7 +23,7 @@ public:
 
     std::uint64_t hash() const noexcept { return hash_; }
     /// Goes on as far as it can. The table is locked; `version` changes with every change of its keys. It has failed
-    /// when a hash or a comparison found no end, which the `depth_check` of the operation tells, or was interrupted.
+    /// when a hash or a comparison ended too soon, which the `walk_check` of the operation tells, or was interrupted.
     Outcome advance(const hash_storage& storage, std::uint64_t version) noexcept;
     /// Where the key is, once it is present.
     hash_storage::slot place() const noexcept { return place_; }

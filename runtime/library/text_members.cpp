@@ -32,7 +32,7 @@ object_value* copyByteArray(const Any& value, object_value_class* derived) {
     return made;
 }
 
-Any makeString(const Any& value) { return is_error_result(value) ? value : display(value); }
+Any makeString(const Any& value) { return is_error_result(value) ? value : try_display(value).toAny(); }
 
 Any makeByteArray(const Any& value) {
     if (value.is(Kind::ByteArray) || is_error_result(value))

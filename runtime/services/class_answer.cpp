@@ -1,10 +1,10 @@
 #include "services/class_answer.h"
 
 #include "ling/decimal.h"
-#include "ling/depth_check.h"
 #include "ling/error.h"
 #include "ling/stack_room.h"
 #include "ling/string.h"
+#include "ling/walk_check.h"
 
 namespace ling::internal {
 
@@ -35,7 +35,7 @@ found_member class_answer(const Any& value, const method_ident_untyped& id) {
 
 Any ask_class(const found_member& method, std::initializer_list<Any> arguments) {
     if (!has_stack_room()) {
-        depth_check::noteExceeded();
+        walk_check::noteTooDeep();
         return Any();
     }
     return call_class(method, arguments);

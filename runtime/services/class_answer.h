@@ -12,7 +12,7 @@ namespace ling::internal {
 found_member class_answer(const Any& value, const method_ident_untyped& id);
 
 /// Asks it. A lazy answer is resolved. None when classes ask each other deeper than the stack allows, which is noted
-/// for the `depth_check` of the thread. Nothing may be locked: any code runs.
+/// for the `walk_check` of the thread. Nothing may be locked: any code runs.
 Any ask_class(const found_member& method, std::initializer_list<Any> arguments);
 
 /// The same for callers that have seen themselves that there is room, and have an answer of their own where there is

@@ -1,10 +1,10 @@
 #include "services/comparison_run.h"
 
 #include "ling/byte_array.h"
-#include "ling/depth_check.h"
 #include "ling/hash_containers.h"
 #include "ling/stack_room.h"
 #include "ling/string.h"
+#include "ling/walk_check.h"
 #include "services/class_answer.h"
 #include "services/number_order.h"
 #include "services/order_group.h"
@@ -36,7 +36,7 @@ std::optional<std::int64_t> answered(const found_member& method, const Any& self
     if (!method)
         return std::nullopt;
     const Any answer = ask_class(method, {self, other});
-    if (!answer.is(Kind::Integer) || depth_check::isExceeded())
+    if (!answer.is(Kind::Integer) || walk_check::isEnded())
         return std::nullopt;
     return order<std::int64_t>(answer.asInteger(), 0);
 }
@@ -56,11 +56,11 @@ std::optional<std::int64_t> askClasses(const Any& a, const Any& b) {
         return std::nullopt;
     const bool bFirst = ofA && ofB && isDerived(b, a);
     std::optional<std::int64_t> answer = bFirst ? std::nullopt : answered(ofA, a, b);
-    if (answer || depth_check::isExceeded())
+    if (answer || walk_check::isEnded())
         return answer;
     if (answer = answered(ofB, b, a); answer)
         return -*answer;
-    return bFirst && !depth_check::isExceeded() ? answered(ofA, a, b) : std::nullopt;
+    return bFirst && !walk_check::isEnded() ? answered(ofA, a, b) : std::nullopt;
 }
 
 object_value_hash_map& mapOf(const Any& value) { return static_cast<object_value_hash_map&>(*value.object()); }
@@ -70,9 +70,13 @@ int compareSets(const Any& a, const Any& b) {
     const std::vector<Any> items = setOf(a).copy_items();
     if (const int bySize = order(items.size(), setOf(b).size()); bySize != 0)
         return bySize;
-    for (const Any& item : items)
-        if (!setOf(b).contains(item))
+    interruption_poll mustStop;
+    for (const Any& item : items) {
+        if (mustStop())
+            walk_check::noteInterrupted();
+        if (walk_check::isEnded() || !setOf(b).contains(item))
             return compare_identity(a, b);
+    }
     return 0;
 }
 
@@ -80,13 +84,13 @@ int compareSets(const Any& a, const Any& b) {
 
 std::int64_t comparison_run::compare(const Any& a, const Any& b) {
     if (!has_stack_room())
-        depth_check::noteExceeded();
-    if (depth_check::isExceeded())
+        walk_check::noteTooDeep();
+    if (walk_check::isEnded())
         return compare_identity(a, b);
     std::int64_t found = compareResolved(a, b);
-    while (found == 0 && !levels_.empty() && !depth_check::isExceeded())
+    while (found == 0 && !levels_.empty() && !walk_check::isEnded())
         found = stepInnermost();
-    return depth_check::isExceeded() ? compare_identity(a, b) : closeAll(found);
+    return walk_check::isEnded() ? compare_identity(a, b) : closeAll(found);
 }
 
 std::int64_t comparison_run::compareResolved(const Any& a, const Any& b) {
@@ -143,6 +147,10 @@ std::int64_t comparison_run::openMaps(const Any& a, const Any& b) {
     std::vector<Any> left;
     std::vector<Any> right;
     for (const auto& [key, value] : pairs) {
+        if (mustStop_())
+            walk_check::noteInterrupted();
+        if (walk_check::isEnded())
+            return 0;
         bool found = false;
         right.push_back(mapOf(b).find(key, found));
         if (!found)
@@ -153,6 +161,10 @@ std::int64_t comparison_run::openMaps(const Any& a, const Any& b) {
 }
 
 std::int64_t comparison_run::stepInnermost() {
+    if (mustStop_()) {
+        walk_check::noteInterrupted();
+        return 0;
+    }
     level& innermost = levels_.back();
     Any left;
     Any right;
@@ -173,7 +185,7 @@ std::int64_t comparison_run::open(const Any& a, const Any& b, item_cursor left, 
     if (isOpen(a, b))
         return 0;
     if (made_ && ++madeLevels_ > kDeepestMade)
-        depth_check::noteExceeded();
+        walk_check::noteTooDeep();
     levels_.push_back({a, b, std::move(left), std::move(right), made_});
     if (levels_.size() > kShallow)
         deepPairs_.insert({a.object(), b.object()});

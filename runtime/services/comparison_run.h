@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ling/interruption.h"
 #include "services/item_cursor.h"
 
 #include <set>
@@ -12,8 +13,8 @@ namespace ling::internal {
 ///
 /// The containers that are open are kept in a list of their own and not on the stack, which a deep value would exhaust.
 /// A pair of containers that is met again within itself is taken as equal: two values that hold themselves are equal
-/// when no difference can be found by walking them. Where the stack ends, or a value has no end, the run ends too, and
-/// notes that for the `depth_check` of the thread.
+/// when no difference can be found by walking them. Where the stack ends, a value has no end, or the program is to
+/// stop, the run ends too, and notes that for the `walk_check` of the thread.
 class comparison_run {
 public:
     /// Negative, zero or positive.
@@ -37,6 +38,7 @@ private:
     bool isOpen(const Any& a, const Any& b) const;
     std::int64_t closeAll(std::int64_t order);
 
+    interruption_poll mustStop_;
     bool made_ = false;           // The containers that are about to be opened stand for others.
     std::size_t madeLevels_ = 0;  // Levels opened by such.
     std::vector<level> levels_;

@@ -74,7 +74,9 @@ std::optional<String> display_run::ownText(const Any& value) {
     if (!method)
         return std::nullopt;
     const shown_scope shown(value.object());
-    if (!has_stack_room() || !shown.isNew())
+    if (!has_stack_room())
+        walk_check::noteTooDeep();
+    if (walk_check::isEnded() || !shown.isNew())
         return u"...";
     const Any answer = call_class(method, {value});
     Result<String> given = String::cast(answer);
@@ -164,7 +166,7 @@ void display_run::writeFunction(const Any& value) {
 void display_run::open(const Any& container, brackets around, Shape shape, item_cursor items) {
     shown_scope shown(container.object());
     if (made_ && madeLevels_ == kDeepestMade)
-        isEndless_ = true;
+        walk_check::noteTooDeep();
     if (isFull() || !shown.isNew()) {
         out_.append("...");
         return;
@@ -176,7 +178,7 @@ void display_run::open(const Any& container, brackets around, Shape shape, item_
 
 void display_run::openMap(const Any& map) {
     std::vector<Any> row;
-    for (auto& [key, value] : static_cast<object_value_hash_map&>(*map.object()).copy_and_load_pairs()) {
+    for (auto& [key, value] : static_cast<object_value_hash_map&>(*map.object()).copy_and_load_pairs(mostItems())) {
         row.push_back(std::move(key));
         row.push_back(std::move(value));
     }
@@ -185,7 +187,7 @@ void display_run::openMap(const Any& map) {
 
 /// An empty set must not look like an empty map.
 void display_run::openSet(const Any& set) {
-    std::vector<Any> items = static_cast<object_value_hash_set&>(*set.object()).copy_items();
+    std::vector<Any> items = static_cast<object_value_hash_set&>(*set.object()).copy_items(mostItems());
     if (items.empty())
         out_.append("Set()");
     else
@@ -193,6 +195,8 @@ void display_run::openSet(const Any& set) {
 }
 
 void display_run::writeNext() {
+    if (mustStop_())
+        walk_check::noteInterrupted();
     level& innermost = levels_.back();
     Any item;
     const bool hasNext = innermost.items.next(item);

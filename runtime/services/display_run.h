@@ -1,8 +1,11 @@
 #pragma once
 
+#include "ling/interruption.h"
 #include "ling/shown_values.h"
+#include "ling/walk_check.h"
 #include "services/item_cursor.h"
 
+#include <algorithm>
 #include <limits>
 #include <optional>
 #include <vector>
@@ -13,7 +16,8 @@ namespace ling::internal {
 ///
 /// Open containers are kept in a list, not on the stack, so that deep ones can be shown. What is being shown by this
 /// thread already, here or by anybody else (`shown_scope`), shows as "..." where it comes round again. A text may have
-/// a limit: from there on "..." stands for what is left out, and open brackets are closed.
+/// a limit: from there on "..." stands for what is left out, and open brackets are closed. The same goes for what is
+/// left when the run ends too soon, which it notes for the `walk_check` of the thread.
 class display_run {
 public:
     explicit display_run(std::size_t limit = std::numeric_limits<std::size_t>::max()) noexcept : limit_(limit) {}
@@ -54,7 +58,9 @@ private:
     void openMap(const Any& map);
     void openSet(const Any& set);
     std::optional<String> ownText(const Any& value);
-    bool isFull() const noexcept { return isEndless_ || out_.length() >= limit_; }
+    bool isFull() const noexcept { return walk_check::isEnded() || out_.length() >= limit_; }
+    /// How many items of one container can be met before the text is full, and one that no longer fits.
+    std::size_t mostItems() const noexcept { return std::max(limit_, limit_ + 1); }
     /// How many units there is room for, at most `wanted`.
     std::size_t roomFor(std::size_t wanted) const noexcept;
 
@@ -63,7 +69,7 @@ private:
     std::vector<level> levels_;
     bool made_ = false;           // The value that is being written came out of a lazy or external one.
     std::size_t madeLevels_ = 0;  // Open levels of such values.
-    bool isEndless_ = false;
+    interruption_poll mustStop_;
 };
 
 }  // namespace ling::internal

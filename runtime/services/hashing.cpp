@@ -1,9 +1,10 @@
 #include "ling/byte_array.h"
 #include "ling/comparison.h"
-#include "ling/depth_check.h"
 #include "ling/function.h"
+#include "ling/interruption.h"
 #include "ling/list.h"
 #include "ling/stack_room.h"
+#include "ling/walk_check.h"
 #include "services/class_answer.h"
 #include "services/number_order.h"
 #include "services/order_group.h"
@@ -16,9 +17,9 @@ namespace ling {
 
 namespace {
 
-using internal::depth_check;
 using internal::has_stack_room;
 using internal::order_group;
+using internal::walk_check;
 using internal::content_hash::mix;
 
 // What nothing else is likely to hash to: these values have no content.
@@ -46,7 +47,7 @@ std::int64_t hashOfFunction(const Any& value) noexcept {
     const internal::function_identity identity = function->identity();
     std::uint64_t state = mix(reinterpret_cast<std::uintptr_t>(identity.target), internal::content_hash::kFirst);
     for (const Any& argument : identity.leading)
-        state = mix(state ^ argument.rawBits(), kTupleStep);
+        state = mix(state ^ internal::identity_key(argument).first, kTupleStep);
     return static_cast<std::int64_t>(state);
 }
 
@@ -65,10 +66,12 @@ class hash_run {
 public:
     std::int64_t hash(const Any& value) {
         if (!has_stack_room())
-            depth_check::noteExceeded();
-        std::int64_t hashed = depth_check::isExceeded() ? 0 : enter(value);
+            walk_check::noteTooDeep();
+        std::int64_t hashed = walk_check::isEnded() ? 0 : enter(value);
         while (!open_.empty()) {
-            if (isEndless_ || depth_check::isExceeded())
+            if (mustStop_())
+                walk_check::noteInterrupted();
+            if (isEndless_ || walk_check::isEnded())
                 return kHashOfEndless;
             open_tuple& innermost = open_.back();
             if (innermost.next < innermost.items().size()) {
@@ -136,6 +139,7 @@ private:
         open_.push_back({tuple, made});
     }
 
+    internal::interruption_poll mustStop_;
     std::vector<open_tuple> open_;
     std::unordered_set<const internal::object_value*> made_;  // Those of the open tuples that are.
     bool isEndless_ = false;
@@ -148,12 +152,12 @@ std::int64_t hash_of(const Any& value) {
         return internal::hash_number(value);
     if (value.is(Kind::String) && value.object()->ownClass() == nullptr)
         return static_cast<std::int64_t>(unchecked<String>(value).hash());
-    const internal::depth_check check;
+    const internal::walk_check check;
     return hash_run().hash(value);
 }
 
 Result<std::int64_t> try_hash(const Any& value) {
-    const internal::depth_check check;
+    const internal::walk_check check;
     const std::int64_t hash = hash_of(value);
     Any problem = check.problem();
     return problem.isNone() ? Result<std::int64_t>(hash) : Result<std::int64_t>::failure(std::move(problem));

@@ -35,7 +35,7 @@ void addValueFunctions() {
     add("qualname", "value", &qualname, "The dotted name of a class or module; for any other value that of its class.");
     add("kind_of", "value", &kind_of,
         "What a value is made of: \"integer\", \"byte_array\", \"object\", ...; \"none\" for none.");
-    add("display", "value", &display, "The text that shows a value to a person.");
+    add("display", "value", &try_display, "The text that shows a value to a person.");
     add("compare_objects", "a, b", &try_compare,
         "The order of two values: negative, zero for equal ones, or positive.");
     add("is_same", "a, b", &is_same, "Whether two values are one and the same object, or equal simple values.");

@@ -5,6 +5,7 @@
 #include "host/platform.h"
 #include "host/py_ref.h"
 #include "host/stack_room.h"
+#include "host/text_round.h"
 #include "ling/basic_values.h"
 #include "ling/byte_array.h"
 #include "ling/comparison.h"
@@ -67,6 +68,8 @@ private:
         return {};
     }
 
+    platform::InterruptionPoll mustStop_;
+    const platform::WalkCheck walks_;
     ling::string_builder text_;
 };
 
@@ -84,9 +87,12 @@ std::optional<ling::String> pythonText(const ling::Any& proxy) {
     if (object == nullptr)
         return std::nullopt;
     const PythonEntry entry;
+    const TextRound round;
     PyRef shown = PyRef::steal(isInterruptionHeld() ? nullptr : PyObject_Repr(object));
     const ling::Result<ling::String> text = ling::String::cast(shown ? toLing(shown.get()) : ling::Any());
     const bool isShown = text && PyErr_Occurred() == nullptr;
+    if (!shown && PyErr_Occurred() != nullptr && PyErr_ExceptionMatches(PyExc_RecursionError) != 0)
+        round.noteRecursion();
     forgetError();
     return isShown ? std::optional(*text) : std::nullopt;
 }
@@ -100,8 +106,14 @@ ling::Any Renderer::render(const ling::Any& value) {
     if (value.isNone())
         return put("None");
     if (!hasStackRoom())
-        return platform::failure(u"The value is nested too deeply.");
-    return (this->*kSteps[static_cast<std::size_t>(value.kind())])(value);
+        platform::WalkCheck::noteTooDeep();
+    else if (mustStop_())
+        platform::WalkCheck::noteInterrupted();
+    ling::Any problem = walks_.problem();
+    if (!problem.isNone())
+        return problem;
+    problem = (this->*kSteps[static_cast<std::size_t>(value.kind())])(value);
+    return problem.isNone() ? walks_.problem() : problem;
 }
 
 ling::Any Renderer::renderByteArray(const ling::Any& value) {

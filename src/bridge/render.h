@@ -9,7 +9,8 @@ namespace ling::python {
 /// brackets where it comes round again.
 ///
 /// Returns  a string, or an error result when the value, or one inside it, has no source form ("Boxed object.",
-///          "External object.", "Non-reachable class.") or lies too deep for the stack that is left.
+///          "External object.", "Non-reachable class."), lies too deep for the stack that is left, or the program
+///          is to stop.
 /// Lock     takes the interpreter lock for Python objects only; holds nothing of the runtime's while it renders.
 ling::Any renderPython(const ling::Any& value);
 

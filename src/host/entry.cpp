@@ -1,8 +1,34 @@
 #include "host/entry.h"
 
+#include "host/error_scope.h"
+#include "host/platform.h"
+
 #include <utility>
 
 namespace ling::python {
+
+namespace {
+
+bool isInterruptionDue() {
+    if (PyThreadState_GetUnchecked() == nullptr)
+        return false;
+    if (isInterruptionHeld() || (PyErr_Occurred() != nullptr && PyErr_ExceptionMatches(PyExc_Exception) == 0))
+        return true;
+    PyObject* raised = nullptr;
+    {
+        const ErrorScope scope;  // A handler is Python code.
+        if (PyErr_CheckSignals() != 0)
+            raised = PyErr_GetRaisedException();
+    }
+    if (raised == nullptr)
+        return false;
+    holdInterruption(raised);
+    return true;
+}
+
+}  // namespace
+
+void watchForInterruptions() noexcept { platform::setInterruptionCheck(&isInterruptionDue); }
 
 /// An interruption is held rather than put aside: whoever would call Python code next has to see it.
 void PythonEntry::putAside() noexcept {

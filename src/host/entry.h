@@ -5,6 +5,13 @@
 
 namespace ling::python {
 
+/// Makes native work ask Python from time to time whether to end (`platform::setInterruptionCheck`): it does when a
+/// signal has come whose handler raises. On the thread that handles signals, while it holds the interpreter lock; other
+/// work is none that Python waits for. The exception is raised once control is back in Python, whatever its class.
+///
+/// Further reasons to stop a thread belong here, too.
+void watchForInterruptions() noexcept;
+
 /// The guard of an entry from `ling`: it starts with a clean error indicator, since Python code never runs with an
 /// error pending.
 ///

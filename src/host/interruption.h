@@ -30,8 +30,8 @@ inline bool isInterruptionHeld() noexcept {
     return internal::holders.load(std::memory_order_relaxed) != 0 && internal::held != nullptr;
 }
 
-/// Holds an exception, whose reference comes along. The first one stays. On a thread that has no Python code below
-/// there is nowhere to raise it later: it is let go.
+/// Holds an exception, whose reference comes along: an interruption, or what the handler of a signal raised. The first
+/// one stays. On a thread that has no Python code below there is nowhere to raise it later: it is let go.
 void holdInterruption(PyObject* exception) noexcept;
 /// What this thread holds, with its reference, or null. Nothing is held afterwards.
 PyObject* releaseInterruption() noexcept;
@@ -46,7 +46,10 @@ inline bool mustRaise() noexcept {
 }
 
 /// The same for interruptions alone: whoever means to raise an error of his own asks this before.
-inline bool mustRaiseInterruption() noexcept { return mustRaise() && PyErr_ExceptionMatches(PyExc_Exception) == 0; }
+inline bool mustRaiseInterruption() noexcept {
+    return (isInterruptionHeld() && raiseHeldInterruption()) ||
+           (PyErr_Occurred() != nullptr && PyErr_ExceptionMatches(PyExc_Exception) == 0);
+}
 
 /// Drops the pending error, for those to whom any failure means the same; an interruption is held.
 void forgetPendingError() noexcept;

@@ -1,14 +1,16 @@
 #pragma once
 
 #include "ling/blocking.h"
-#include "ling/depth_check.h"
 #include "ling/error.h"
 #include "ling/hash_containers.h"
+#include "ling/indirect_values.h"
+#include "ling/interruption.h"
 #include "ling/list.h"
 #include "ling/module.h"
 #include "ling/native_function.h"
 #include "ling/short_ways.h"
 #include "ling/shown_values.h"
+#include "ling/walk_check.h"
 
 #include <initializer_list>
 #include <span>
@@ -103,8 +105,20 @@ using ling::internal::brief;
 using LookupName = ling::internal::lookup_name;
 /// What is being shown on this thread, in whatever language: it is not shown again inside itself.
 using ShownScope = ling::internal::shown_scope;
-/// Ends all comparisons and hashes that are under way on this thread: the stack is used up.
-inline void noteTooDeep() noexcept { ling::internal::depth_check::noteExceeded(); }
+/// Watches walks through values: comparisons, hashes, texts. All that are under way on this thread end at once when the
+/// stack is used up or the program is to stop.
+using WalkCheck = ling::internal::walk_check;
+/// Whether to stop, asked at each step of a walk or a long loop of native code.
+using InterruptionPoll = ling::internal::interruption_poll;
+inline ling::Any interruptedError() { return ling::internal::interrupted_error(); }
+/// Sets what native code at work asks from time to time, with nothing locked and nothing half done: whether it should
+/// end.
+inline void setInterruptionCheck(ling::internal::interruption_check check) noexcept {
+    ling::internal::set_interruption_check(check);
+}
+
+/// Tells that what fails now may succeed later: its error is no value to be kept.
+inline void notePassingFailure() noexcept { ling::internal::note_passing_failure(); }
 
 /// Native code may be marked as blocking: around it the runtime calls the two functions of the lock, once for each run
 /// of the code, on its thread. A runtime without such marks keeps the lock held throughout.

@@ -4,6 +4,7 @@
 #include "functions/module_class.h"
 #include "functions/module_tree.h"
 #include "host/blocking.h"
+#include "host/entry.h"
 #include "host/gil_guard.h"
 #include "host/interpreter.h"
 #include "host/once.h"
@@ -78,6 +79,7 @@ void setUpLanguage() {
     registerContainerFunctions();
     registerLossWarning();
     registerStubFunctions();
+    watchForInterruptions();
     installModuleFinder();
 }
 

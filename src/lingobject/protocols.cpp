@@ -3,6 +3,7 @@
 #include "bridge/render.h"
 #include "host/error_scope.h"
 #include "host/gil_guard.h"
+#include "host/platform.h"
 #include "ling/comparison.h"
 #include "ling/error.h"
 #include "ling/interfaces.h"
@@ -29,6 +30,11 @@ PyObject* takeNext(const ling::Any& iterator) {
     return nullptr;
 }
 
+/// Raises the error that a walk through a value ended with. Always null.
+PyObject* raiseUnfinished(const ling::Any& error) {
+    return platform::WalkCheck::isTooDeep() ? raise(PyExc_RecursionError, messageOf(error)) : raiseMessage(error);
+}
+
 }  // namespace
 
 void deallocate(PyObject* self) {
@@ -44,6 +50,7 @@ void deallocate(PyObject* self) {
 }
 
 Py_hash_t hash(PyObject* self) {
+    const platform::WalkCheck walks;
     const Receiver receiver(self);  // What compares as its target does hashes as that, too.
     const ling::Result<std::int64_t> number = ling::internal::is_instance<ling::I_Immutable>(*receiver)
                                                   ? ling::try_hash(*receiver)
@@ -51,7 +58,7 @@ Py_hash_t hash(PyObject* self) {
     if (mustRaise())
         return -1;
     if (!number) {
-        (void)raiseMessage(number.error());
+        (void)raiseUnfinished(number.error());
         return -1;
     }
     return *number == -1 ? -2 : static_cast<Py_hash_t>(*number);
@@ -61,25 +68,36 @@ PyObject* compare(PyObject* self, PyObject* other, int operation) {
     ling::Any right;
     if (!takeArgument(other, right))
         return nullptr;
+    const platform::WalkCheck walks;
     const ling::Result<std::int64_t> order = ling::try_compare(*Receiver(self), right);
     if (mustRaise())
         return nullptr;
     if (!order)
-        return raiseMessage(order.error());
+        return raiseUnfinished(order.error());
     Py_RETURN_RICHCOMPARE(*order, 0, operation);
 }
 
 PyObject* representation(PyObject* self) {
+    const platform::WalkCheck walks;
     const Receiver receiver(self);
-    return failsLate(receiver) ? nullptr : giveResult(renderPython(*receiver));
+    if (failsLate(receiver))
+        return nullptr;
+    const ling::Any rendered = renderPython(*receiver);
+    return platform::WalkCheck::isTooDeep() ? raiseUnfinished(rendered) : giveResult(rendered);
 }
 
-PyObject* text(PyObject* self) { return giveResult(ling::display(*Receiver(self))); }
+PyObject* text(PyObject* self) {
+    const platform::WalkCheck walks;
+    const ling::Result<ling::String> shown = ling::try_display(*Receiver(self));
+    return shown ? giveResult(*shown) : raiseUnfinished(shown.error());
+}
 
 PyObject* iterate(PyObject* self) {
     const Receiver receiver(self);
     if (raisesItself(*receiver))
         return nullptr;
+    if (receiver.isResolved() && receiver->isNone())  // The target is gone: as none answers.
+        return PyObject_GetIter(Py_None);
     if (!ling::internal::is_instance<ling::I_Iterable_Generic>(*receiver))
         return nullptr;
     return giveResult(ling::unchecked<ling::I_Iterable_Generic>(*receiver).iter());

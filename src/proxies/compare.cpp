@@ -72,6 +72,20 @@ std::int64_t byIdentity(const ling::Any& self, const ling::Any& other) {
     return ling::object_id(self) - ling::object_id(other);
 }
 
+/// Whether the stack has room for the hash of the object. Python hashes tuples in tuples without a look at the stack,
+/// so this goes down as far before, in frames that are no smaller than its own.
+[[gnu::noinline]] bool hasRoomToHash(PyObject* object) {
+    if (!PyTuple_Check(object))
+        return true;
+    constexpr std::size_t kFrames = 256;  // What a level takes in Python is about half of that.
+    volatile char room[kFrames];
+    room[0] = 0;
+    bool hasRoom = hasStackRoom();
+    for (Py_ssize_t i = 0; hasRoom && i < PyTuple_GET_SIZE(object); ++i)
+        hasRoom = hasRoomToHash(PyTuple_GET_ITEM(object, i));
+    return hasRoom && room[0] == 0;
+}
+
 }  // namespace
 
 std::int64_t hashObject(const ling::Any& self) {
@@ -79,6 +93,10 @@ std::int64_t hashObject(const ling::Any& self) {
     if (object == nullptr)
         return ling::object_id(self);
     PythonEntry entry;
+    if (!hasRoomToHash(object)) {
+        platform::WalkCheck::noteTooDeep();
+        return Py_HashPointer(object);
+    }
     const Py_hash_t hash = PyObject_Hash(object);
     if (hash != -1)
         return hash;
@@ -94,7 +112,7 @@ ling::Any compareObjects(const ling::Any& self, const ling::Any& other) {
     if (left == right)
         return 0;
     if (!hasStackRoom()) {
-        platform::noteTooDeep();
+        platform::WalkCheck::noteTooDeep();
         return byIdentity(self, other);
     }
     PythonEntry entry;

@@ -126,11 +126,14 @@ ling::Any listOfItems(PyObject* iterator, Items wanted) {
         return platform::failure(u"The object is not an iterator.");
     ling::list_builder items;
     ErrorSteps steps;
+    platform::InterruptionPoll mustStop;
     while (PyRef item = PyRef::steal(PyIter_Next(iterator))) {
         items.add(toLingLocked(item.get()));
         if (wanted == Items::Whole && PyErr_Occurred() != nullptr)
             return takeConversionError();
         steps.endStep();
+        if (mustStop())
+            return platform::interruptedError();
     }
     return PyErr_Occurred() == nullptr ? ling::Any(items.take()) : takePythonError();
 }

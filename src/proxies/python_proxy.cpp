@@ -5,6 +5,7 @@
 #include "host/entry.h"
 #include "host/platform.h"
 #include "host/py_ref.h"
+#include "host/text_round.h"
 #include "ling/class_builder.h"
 #include "ling/extension.h"
 #include "ling/interfaces.h"
@@ -28,9 +29,18 @@ ling::internal::object_value* allocateProxy(ling::internal::object_value_class* 
     return new ProxyRecord(klass);
 }
 
+bool isRecursion(const ling::Any& failed) {
+    const ling::Result<ling::Error> error = ling::Error::cast(failed);
+    PyObject* exception = error ? PythonProxy::pythonObject(platform::originOf(*error)) : nullptr;
+    return exception != nullptr && PyObject_TypeCheck(exception, reinterpret_cast<PyTypeObject*>(PyExc_RecursionError));
+}
+
 /// The text of the object's `__str__`, or an empty one; a failure leaves no error pending.
 ling::Any displayText(const ling::Any& self) {
+    const TextRound round;
     const ling::Any text = ling::internal::result_unwrap_lazy(PythonProxy::callPythonMethod(self, names::dunderStr));
+    if (isRecursion(text))
+        round.noteRecursion();
     return ling::String::cast(text).valueOr(ling::String());
 }
 

@@ -146,11 +146,14 @@ std::optional<ling::Any> collect(const ling::Any& self) {
     if (!isSequence(object))
         return plainItems(object);
     ling::list_builder items(static_cast<std::size_t>(Py_SIZE(object)));
+    platform::InterruptionPoll mustStop;
     for (Py_ssize_t i = addSmallIntegers(items, object, 0); i < Py_SIZE(object);
          i = addSmallIntegers(items, object, i + 1)) {
         items.add(takeResult(Py_NewRef(itemOf(object, i))));
         if (PyErr_Occurred() != nullptr)
             return takeConversionError();
+        if (mustStop())
+            return platform::interruptedError();
     }
     return items.take();
 }

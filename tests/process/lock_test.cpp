@@ -21,7 +21,8 @@ TEST_P(ExitTest, IsHarmless) {
 
 INSTANTIATE_TEST_SUITE_P(Ends, ExitTest,
                          testing::Values("statics", "statics-busy", "waiting-threads", "exit-on-thread",
-                                         "exit-below-python", "thread-local", "forked-thread", "forked-by-python"));
+                                         "exit-below-python", "thread-local", "first-fetch", "forked-thread",
+                                         "forked-by-python"));
 
 /// What was printed at the end, and what broken pipes do.
 struct EndCase {

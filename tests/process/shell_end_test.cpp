@@ -100,7 +100,8 @@ TEST(ShellEnd, ControlCEndsTheWaitForThreads) {
     EXPECT_EQ(ended.status, 0);
 }
 
-/// Again and again, while `ling` calls back into Python for each of many objects.
+/// Again and again, while `ling` calls back into Python for each of many objects, and in walks through native values
+/// alone that would take for ever.
 constexpr const char* kInterrupted = R"(import os, signal, sys, threading
 
 class Item:
@@ -121,6 +122,26 @@ for turn in range(24):
     except KeyboardInterrupt:
         caught += 1
 print(caught)
+
+def doubled(kind):
+    x = kind([1])
+    for _ in range(60): x = kind([x, x])
+    return x
+
+class Stop(Exception): pass
+def stop(*_): raise Stop
+
+a, b = doubled(ling.List), doubled(ling.List)
+walks = [lambda: repr(a), lambda: str(a), lambda: ling.display(a), lambda: repr([[a]]), lambda: a == b,
+         lambda: a in ling.List([b]), lambda: ling.compare_objects(a, b), lambda: ling.Map({1: a}) == ling.Map({1: b}),
+         lambda: ling.bound_method(ling.List([b]), 'indexOf')(a), lambda: ling.python.LanguagePython.toCode(a)]
+for handler, expected in (signal.default_int_handler, KeyboardInterrupt), (stop, Stop):
+    signal.signal(signal.SIGALRM, handler)
+    for walk in walks:
+        try:
+            signal.setitimer(signal.ITIMER_REAL, 0.02)
+            walk()
+        except expected: pass
 ling.bound_method(lambda: sys.exit(7), 'invoke')([])
 )";
 
@@ -135,7 +156,7 @@ TEST(ShellEnd, ControlCReachesTheProgramOutOfAnyCallback) {
 constexpr const char* kSpoilt = R"(
 for make in [lambda: ling.Decimal('1.5'), lambda: ling.Date(2024, 1, 2)] * 2:
     try: print(make())
-    except ImportError as error: print(error)
+    except ImportError as error: print(error, repr(error.__cause__))
 )";
 
 TEST(ShellEnd, AValueWhoseModuleIsSpoiltIsAnErrorEachTime) {
@@ -143,7 +164,9 @@ TEST(ShellEnd, AValueWhoseModuleIsSpoiltIsAnErrorEachTime) {
     (void)folder.write("numbers.py", "");
     (void)folder.write("datetime.py", "raise OSError('no clock')\n");
     const Ended ended = run(shell({folder.write("program.py", kSpoilt).string()}));
-    const std::string once = "cannot import name 'Decimal' from 'decimal'\ncannot import name 'date' from 'datetime'\n";
+    const std::string once =
+        "cannot import name 'Decimal' from 'decimal' AttributeError(\"module 'numbers' has no attribute 'Number'\")\n"
+        "cannot import name 'date' from 'datetime' OSError('no clock')\n";
     EXPECT_EQ(ended.out, once + once);
     EXPECT_EQ(ended.status, 0) << ended.err;
 }

@@ -12,8 +12,11 @@ namespace ling {
 /// 2}", "Set()" for the empty set, the qualified name of a class, the name of a module, "name(parameters)" for a
 /// function, the message of an error. A string shows as itself, a string inside a container in quotes, with escapes. An
 /// object shows as its class's `$__display__` says; where there is none, or it fails, as the qualified name of the
-/// class in angle brackets. What is shown within itself is "..." there. Never an error.
+/// class in angle brackets. What is shown within itself is "..." there. Never an error: "..." stands for what is left
+/// out where the stack ends before the text, or where the program is to stop.
 LING_EXPORT String display(const Any& value);
+/// As `display`, or an error result where that would leave something out.
+LING_EXPORT Result<String> try_display(const Any& value);
 
 /// Negative, zero or positive: the order of two values.
 ///
@@ -29,13 +32,14 @@ LING_EXPORT String display(const Any& value);
 /// Native containers may be nested as deep as memory allows, objects whose classes answer as deep as the stack allows.
 /// Where that ends the two are ordered by identity.
 LING_EXPORT std::int64_t compare_objects(const Any& a, const Any& b);
-/// As `compare_objects`, or an error result ("The value is nested too deeply.") where the stack ends before the answer.
+/// As `compare_objects`, or an error result where the stack ends before the answer ("The value is nested too deeply."),
+/// or where the program is to stop ("The call was interrupted.").
 LING_EXPORT Result<std::int64_t> try_compare(const Any& a, const Any& b);
 /// Equal values have equal hashes. What can change (lists, maps, sets) and all other objects hash by identity, unless
 /// their class gives `$__hash__`; so an equal list is another key. Values without an end, which hold themselves or make
 /// their items while they are walked, all hash alike.
 LING_EXPORT std::int64_t hash_of(const Any& value);
-/// As `hash_of`, or an error result where the stack ends before the answer.
+/// As `hash_of`, or an error result as for `try_compare`.
 LING_EXPORT Result<std::int64_t> try_hash(const Any& value);
 /// One and the same object, or equal immediates of one kind.
 LING_EXPORT bool is_same(const Any& a, const Any& b) noexcept;

@@ -3,6 +3,7 @@
 #include "ling/map_interface.h"
 #include "ling/set_interface.h"
 
+#include <cstdint>
 #include <initializer_list>
 #include <memory>
 #include <span>
@@ -17,6 +18,7 @@ namespace ling {
 class LING_EXPORT Map_Generic : public I_MutableMap_Generic {
 public:
     Map_Generic();  ///< A new, empty map.
+    /// Throws `ErrorException` where a key cannot be hashed or compared (`try_hash`); so does that of a set.
     explicit Map_Generic(std::span<const std::pair<Any, Any>> pairs);
     Map_Generic(std::initializer_list<std::pair<Any, Any>> pairs);
 
@@ -83,8 +85,8 @@ public:
     void set(const Any& key, const Any& value);
     Any remove(const Any& key, bool& found);
     void clear();
-    /// All pairs as they are now, in order of insertion; lazy values are resolved.
-    std::vector<std::pair<Any, Any>> copy_and_load_pairs() const;
+    /// All pairs as they are now, or the first few, in order of insertion; lazy values are resolved.
+    std::vector<std::pair<Any, Any>> copy_and_load_pairs(std::size_t atMost = SIZE_MAX) const;
     std::vector<Any> copy_keys() const;
     std::vector<Any> copy_values() const;
     Any iterate() const;  ///< An iterator over the keys as they are now.
@@ -104,7 +106,7 @@ public:
     bool insert(const Any& item);  ///< True when the item is new.
     bool remove(const Any& item);
     void clear();
-    std::vector<Any> copy_items() const;
+    std::vector<Any> copy_items(std::size_t atMost = SIZE_MAX) const;
     Any iterate() const;  ///< An iterator over the items as they are now.
 
 private:

@@ -97,6 +97,31 @@ void heldByThreadLocal() {
     }).join();
 }
 
+void expectCleanEnd(pid_t child) {
+    int status = -1;
+    waitpid(child, &status, 0);
+    if (status != 0)
+        fail("the child ended with status " + std::to_string(status));
+}
+
+/// The end comes while another thread fetches the first resource, which imports what that takes: early and late in it.
+void duringTheFirstFetch() {
+    for (const int milliseconds : {0, 2, 5, 10, 20, 40, 80, 160}) {
+        const pid_t child = fork();
+        if (child != 0) {
+            expectCleanEnd(child);
+            continue;
+        }
+        std::thread([] {
+            (void)ling::load_resource("data:,x");
+            for (;;)
+                (void)ling::load_resource("http://127.0.0.1:9/");
+        }).detach();
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+        std::exit(0);
+    }
+}
+
 pid_t forkByPython() {
     const ling::Any child =
         call("evaluate", ling::String("import os, warnings\nwarnings.simplefilter('ignore')\nreturn os.fork()"),
@@ -105,13 +130,6 @@ pid_t forkByPython() {
     if (!number)
         fail("no fork");
     return static_cast<pid_t>(number->value());
-}
-
-void expectCleanEnd(pid_t child) {
-    int status = -1;
-    waitpid(child, &status, 0);
-    if (status != 0)
-        fail("the child ended with status " + std::to_string(status));
 }
 
 /// The child of a plain fork has one thread, and the lock may be held by one that it does not have.
@@ -148,6 +166,7 @@ constexpr Mode kModes[] = {
     {"exit-below-python", exitBelowPython},
     {"thread-local", heldByThreadLocal},
     {"forked-thread", forkedThread},
+    {"first-fetch", duringTheFirstFetch},
     {"forked-by-python", forkedByPython},
 };
 

@@ -335,8 +335,33 @@ TEST_F(ComparisonOf, ChainsAreFollowedAsFarAsTheStackReaches) {
         Map_Generic map;
         EXPECT_EQ(shown(map.set(deep, 1)), shown(kTooDeep));
         EXPECT_EQ(map.size(), 0u);
+        EXPECT_THROW((void)Map_Generic({{deep, 1}}), ErrorException);
+        EXPECT_THROW((void)Set_Generic({deep}), ErrorException);
         EXPECT_EQ(shown(try_compare(1, 1)), "0") << "The next one starts afresh.";
     });
+}
+
+/// Values of which each holds the one before twice: walking them takes longer than anybody waits.
+TEST_F(ComparisonOf, WalksEndWhenTheProgramIsToStop) {
+    const auto doubled = [](Any (*twice)(const Any&)) {
+        Any value = twice(1);
+        for (int i = 0; i < 60; ++i)
+            value = twice(value);
+        return value;
+    };
+    const auto pair = [](const Any& value) -> Any { return tupleOf(value, value); };
+    const Any a = doubled(pair);
+    const Any b = doubled(pair);
+    internal::set_interruption_check([] { return true; });
+    const std::string kStopped = shown(internal::failure(u"The call was interrupted."));
+    EXPECT_EQ(shown(try_hash(a)), kStopped);
+    EXPECT_EQ(shown(try_compare(a, b)), kStopped);
+    EXPECT_EQ(shown(try_display(a)), kStopped);
+    EXPECT_NE(display(a).toStdString().find("..."), std::string::npos);
+    EXPECT_EQ(shown(listOf(a).contains(b)), kStopped);
+    EXPECT_EQ(shown(Map_Generic().set(a, 1)), kStopped);
+    internal::set_interruption_check(nullptr);
+    EXPECT_EQ(shown(try_compare(1, 1)), "0") << "The next one starts afresh.";
 }
 
 TEST_F(ComparisonOf, ValuesWithoutAnEndHashAlike) {

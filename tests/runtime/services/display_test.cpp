@@ -128,6 +128,12 @@ TEST_F(DisplayOf, AMessageHasRoomForTheBeginningOfAValue) {
     for (int i = 0; i < 1000; ++i)
         nested = listOf(std::move(nested));
     EXPECT_EQ(messageAbout(nested), "<" + std::string(200, '[') + "..." + std::string(200, ']') + ">");
+    int asked = 0;
+    Map_Generic late;
+    for (int i = 0; i < 10'000; ++i)
+        late.set(i, Lazy_Generic([&asked] { return Any(++asked); }));
+    EXPECT_EQ(messageAbout(late).substr(0, 8), "<{0: 1, ");
+    EXPECT_LT(asked, 250) << "What is left out is not asked for.";
 }
 
 }  // namespace
