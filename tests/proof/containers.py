@@ -114,7 +114,7 @@ class Native:
         if isinstance(items, (Native, set)):
             return iter(list(items))
         if isinstance(items, CONTAINERS):
-            return (as_ours(lambda x, i: x.__getitem__(i), items, (i,)) for i in range(items.__len__()))
+            return (items.__getitem__(i) for i in range(items.__len__()))
         refuse(f"Unable to cast a value of class 'ling.{class_of(items)}' to 'ling.I_Iterable'.")
 
 
