@@ -24,8 +24,8 @@
 /// A host's own runtime is to take the place of the one this plug-in was built with. The port begins here: each line
 /// says in one expression what has to be found again over there. Nothing else of the plug-in knows how these are done.
 ///
-/// Classes that the plug-in derives from, and what inline functions of the runtime's headers leave to the linker, are no
-/// expressions: `platform_names.txt` beside this header lists every name, and says of these too what they must do.
+/// Classes that the plug-in derives from, and what inline functions of the runtime's headers leave to the linker, are
+/// no expressions: `platform_names.txt` beside this header lists every name, and says of these too what they must do.
 namespace ling::python::platform {
 
 /// An error result with a text of ours.
