@@ -4,10 +4,12 @@
 #include "language/evaluate.h"
 #include "ling/extension.h"
 
+#include <dlfcn.h>
 #include <pthread.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <ctime>
 
 namespace ling::python {
@@ -50,6 +52,20 @@ private:
     bool isTaken_ = false;
 };
 
+/// OpenSSL takes its tables down in an exit handler of its own: a thread that is still fetching when `main` returns, in
+/// `hashlib` or `ssl`, would crash there. Told so before its first use, it leaves them to the end of the process. Where
+/// Python uses another library, or none, there is nothing to tell.
+void keepCryptographyToTheEnd() {
+    static const bool isTold [[maybe_unused]] = [] {
+        constexpr std::uint64_t kNoExitHandler = 0x00080000;  // OPENSSL_INIT_NO_ATEXIT
+        void* library = dlopen("libcrypto.so.3", RTLD_NOW);   // Never closed: Python is never unloaded.
+        void* function = library == nullptr ? nullptr : dlsym(library, "OPENSSL_init_crypto");
+        if (function == nullptr)
+            return false;
+        return reinterpret_cast<int (*)(std::uint64_t, const void*)>(function)(kNoExitHandler, nullptr) == 1;
+    }();
+}
+
 ling::FunctionCL_Generic makeLoader() {
     const ling::FunctionCL_Generic loader = platform::makeFunction("load", "in_path, in_uri", &loadResource,
                                                                    "Fetches the resource behind a URI through Python.");
@@ -61,6 +77,7 @@ ling::FunctionCL_Generic makeLoader() {
 
 ling::Any loadResource(const ling::Any& path, const ling::Any& uri) {
     const BrokenPipesIgnored guard;
+    keepCryptographyToTheEnd();
     const ling::Map_Generic variables =
         platform::makeMap({{ling::String("in_path"), path}, {ling::String("in_uri"), uri}});
     return evaluateMethod(ling::Any(), kScript, variables, platform::makeMap(), platform::makeMap());
