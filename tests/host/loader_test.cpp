@@ -55,7 +55,8 @@ class Page(http.server.BaseHTTPRequestHandler):
         self.end_headers()
         self.wfile.write(body)
 server = http.server.ThreadingHTTPServer(('127.0.0.1', 0), Page)
-threading.Thread(target=server.serve_forever, daemon=True).start()
+serving = threading.Thread(target=server.serve_forever, daemon=True)
+serving.start()
 def address_of(socket): return 'http://127.0.0.1:%d' % socket.getsockname()[1]
 address = address_of(server.socket)
 def rude():
@@ -79,6 +80,14 @@ protected:
             "import threading\n"
             "for thread in threading.enumerate():\n    if 'process_request' in thread.name: thread.join()\n");
         PythonTest::TearDown();
+    }
+    /// What a thread holds that still runs at the end looks like a leak.
+    static void TearDownTestSuite() {
+        GilGuard gil;
+        PyRun_SimpleString(
+            "import sys\n"
+            "if tests := sys.modules.get('loader_test_server'):\n"
+            "    tests.server.shutdown()\n    tests.serving.join()\n");
     }
     void startServer() {
         GilGuard gil;
