@@ -28,9 +28,9 @@ public:
 
 private:
     PyObject* find() noexcept;
+
     const char* const module_;
     const char* const attribute_;
-
     PyObject* object_ = nullptr;  // Owned. Written once, by the thread that settles it.
     PyObject* reason_ = nullptr;  // Owned. Without traceback and context, which would keep frames alive.
     std::atomic<bool> settled_{false};
